@@ -1,0 +1,14 @@
+#ifndef RVXCV_MORPH_H
+#define RVXCV_MORPH_H
+
+#include "types.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,65 @@
+// Composable argument checks. A family spells its list out once, in the contract's order; the first failing check
+// decides the status and later ones change nothing:
+//
+//     return Checks().pointers(src, dst).size(roi).steps<std::uint8_t>(roi.width, srcStep, dstStep).status();
+//
+// All sizes are computed in 64 bits: a width whose row bytes would wrap in 32 bits is a bad step, never a pass.
+#pragma once
+
+#include "kernel/base.h"
+
+#include "rvxcv/types.h"
+
+namespace rvxcv {
+
+class Checks {
+public:
+    // Any condition with its status; evaluated eagerly, so it must not read through unchecked pointers.
+    RVX_INLINE Checks &require(bool holds, StatusCode failure) {
+        if (status_ == StatusOk && !holds) {
+            status_ = failure;
+        }
+        return *this;
+    }
+
+    template <class... P> RVX_INLINE Checks &pointers(const P *...p) {
+        return require((... && (p != nullptr)), StatusNullPointer);
+    }
+
+    RVX_INLINE Checks &size(RoiSize roi) { return require(roi.width >= 1 && roi.height >= 1, StatusBadSize); }
+
+    // Every step covers a row of `elements` elements of T.
+    template <class T, class... Step> RVX_INLINE Checks &steps(std::int64_t elements, Step... step) {
+        return require((... && (step >= elements * static_cast<std::int64_t>(sizeof(T)))), StatusBadStep);
+    }
+
+    // Every step is a multiple of the element size (a power of two).
+    template <class T, class... Step> RVX_INLINE Checks &multiples(Step... step) {
+        return require(((... | step) & static_cast<std::int32_t>(sizeof(T) - 1)) == 0, StatusStepNotMultiple);
+    }
+
+    // None of `count` row pointers is null. The array is read only when all earlier checks passed.
+    template <class T> RVX_INLINE Checks &rowPointers(T *const *rows, std::int64_t count) {
+        for (std::int64_t i = 0; status_ == StatusOk && i < count; ++i) {
+            require(rows[i] != nullptr, StatusNullPointer);
+        }
+        return *this;
+    }
+
+    RVX_INLINE bool failed() const { return status_ != StatusOk; }
+    RVX_INLINE StatusCode status() const { return status_; }
+
+private:
+    StatusCode status_ = StatusOk;
+};
+
+// The end of a size query: a size that does not fit in int32 is a bad size and nothing is written.
+inline StatusCode storeSize(std::int64_t bytes, std::int32_t *size) {
+    if (bytes > INT32_MAX) {
+        return StatusBadSize;
+    }
+    *size = static_cast<std::int32_t>(bytes);
+    return StatusOk;
+}
+
+} // namespace rvxcv

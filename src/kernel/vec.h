@@ -1,0 +1,316 @@
+// Thin vector types over AVX2. Free functions named after what they do; rounding and saturation are in the name. No
+// other file uses an _mm256_ intrinsic without saying why.
+//
+// Loads and stores take a span: Full for all lanes, Part{n} for the first n (1 <= n <= lanes). A partial load reads
+// exactly n elements and gives zero in the other lanes; a partial store writes exactly n elements.
+#pragma once
+
+#include "kernel/base.h"
+
+#include <immintrin.h>
+
+namespace rvxcv {
+
+struct Full {};
+struct Part {
+    int n;
+};
+
+// ------------------------------------------------------------------------------------------------------ types
+
+namespace detail {
+template <class T> struct IntVector {
+    using Element = T;
+    static constexpr int lanes = 32 / static_cast<int>(sizeof(T));
+    __m256i v;
+};
+} // namespace detail
+
+struct U8x32 : detail::IntVector<std::uint8_t> {};
+struct I8x32 : detail::IntVector<std::int8_t> {};
+struct U16x16 : detail::IntVector<std::uint16_t> {};
+struct I16x16 : detail::IntVector<std::int16_t> {};
+struct I32x8 : detail::IntVector<std::int32_t> {};
+struct F32x8 {
+    using Element = float;
+    static constexpr int lanes = 8;
+    __m256 v;
+};
+
+template <class T> struct VectorOf;
+template <> struct VectorOf<std::uint8_t> { using type = U8x32; };
+template <> struct VectorOf<std::int8_t> { using type = I8x32; };
+template <> struct VectorOf<std::uint16_t> { using type = U16x16; };
+template <> struct VectorOf<std::int16_t> { using type = I16x16; };
+template <> struct VectorOf<std::int32_t> { using type = I32x8; };
+template <> struct VectorOf<float> { using type = F32x8; };
+template <class T> using Vec = typename VectorOf<std::remove_const_t<T>>::type;
+
+// ------------------------------------------------------------------------- raw bytes: partial loads and stores
+
+namespace detail {
+
+// The first n of up to 16 bytes, the rest zero: two overlapping narrower loads, joined.
+RVX_INLINE __m128i loadBytes16(const void *p, int n) {
+    const auto *b = static_cast<const std::uint8_t *>(p);
+    if (n >= 16) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i *>(b));
+    }
+    if (n >= 8) {
+        std::uint64_t low, high;
+        std::memcpy(&low, b, 8);
+        std::memcpy(&high, b + n - 8, 8);
+        high = n == 8 ? 0 : high >> (8 * (16 - n));
+        return _mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low));
+    }
+    std::uint64_t bits = 0;
+    if (n >= 4) {
+        std::uint32_t low, high;
+        std::memcpy(&low, b, 4);
+        std::memcpy(&high, b + n - 4, 4);
+        bits = low | (static_cast<std::uint64_t>(high) << (8 * (n - 4)));
+    } else if (n >= 1) {
+        bits = b[0];
+        if (n >= 2) {
+            std::uint16_t last;
+            std::memcpy(&last, b + n - 2, 2);
+            bits |= static_cast<std::uint64_t>(last) << (8 * (n - 2));
+        }
+    }
+    return _mm_cvtsi64_si128(static_cast<long long>(bits));
+}
+
+RVX_INLINE __m256i loadBytes32(const void *p, int n) {
+    const auto *b = static_cast<const std::uint8_t *>(p);
+    if (n <= 16) {
+        return _mm256_zextsi128_si256(loadBytes16(b, n));
+    }
+    return _mm256_set_m128i(loadBytes16(b + 16, n - 16), loadBytes16(b, 16));
+}
+
+// Stores by halves, so that no byte is written twice and nothing passes through memory.
+RVX_INLINE void storeBytes16(void *p, __m128i v, int n) {
+    auto *b = static_cast<std::uint8_t *>(p);
+    if (n >= 16) {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(b), v);
+        return;
+    }
+    auto bits = static_cast<std::uint64_t>(_mm_cvtsi128_si64(v));
+    if (n & 8) {
+        std::memcpy(b, &bits, 8);
+        b += 8;
+        bits = static_cast<std::uint64_t>(_mm_extract_epi64(v, 1));
+    }
+    if (n & 4) {
+        const auto word = static_cast<std::uint32_t>(bits);
+        std::memcpy(b, &word, 4);
+        b += 4;
+        bits >>= 32;
+    }
+    if (n & 2) {
+        const auto half = static_cast<std::uint16_t>(bits);
+        std::memcpy(b, &half, 2);
+        b += 2;
+        bits >>= 16;
+    }
+    if (n & 1) {
+        *b = static_cast<std::uint8_t>(bits);
+    }
+}
+
+RVX_INLINE void storeBytes32(void *p, __m256i v, int n) {
+    auto *b = static_cast<std::uint8_t *>(p);
+    if (n <= 16) {
+        storeBytes16(b, _mm256_castsi256_si128(v), n);
+        return;
+    }
+    storeBytes16(b, _mm256_castsi256_si128(v), 16);
+    storeBytes16(b + 16, _mm256_extracti128_si256(v, 1), n - 16);
+}
+
+} // namespace detail
+
+// ------------------------------------------------------------------------------------------- loads and stores
+
+template <class V> RVX_INLINE V load(const typename V::Element *p, Full = {}) {
+    const __m256i raw = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return {_mm256_castsi256_ps(raw)};
+    } else {
+        return {{raw}};
+    }
+}
+
+template <class V> RVX_INLINE V load(const typename V::Element *p, Part part) {
+    const __m256i raw = detail::loadBytes32(p, part.n * static_cast<int>(sizeof(typename V::Element)));
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return {_mm256_castsi256_ps(raw)};
+    } else {
+        return {{raw}};
+    }
+}
+
+namespace detail {
+template <class V> RVX_INLINE __m256i raw(V a) {
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return _mm256_castps_si256(a.v);
+    } else {
+        return a.v;
+    }
+}
+
+// The low lanes of a narrow type, as many as a wider vector holds.
+template <int bytes> RVX_INLINE __m128i loadNarrow(const void *p, Full) {
+    if constexpr (bytes == 16) {
+        return _mm_loadu_si128(static_cast<const __m128i *>(p));
+    } else {
+        static_assert(bytes == 8);
+        std::uint64_t bits;
+        std::memcpy(&bits, p, 8);
+        return _mm_cvtsi64_si128(static_cast<long long>(bits));
+    }
+}
+} // namespace detail
+
+template <class V> RVX_INLINE void store(typename V::Element *p, V a, Full = {}) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i *>(p), detail::raw(a));
+}
+
+template <class V> RVX_INLINE void store(typename V::Element *p, V a, Part part) {
+    detail::storeBytes32(p, detail::raw(a), part.n * static_cast<int>(sizeof(typename V::Element)));
+}
+
+// Eight pixels of any type as floats; exact.
+template <class Span> RVX_INLINE F32x8 loadF32(const float *p, Span span) { return load<F32x8>(p, span); }
+
+namespace detail {
+template <class T> RVX_INLINE __m128i loadEight(const T *p, Full) {
+    return loadNarrow<8 * static_cast<int>(sizeof(T))>(p, Full{});
+}
+template <class T> RVX_INLINE __m128i loadEight(const T *p, Part part) {
+    return loadBytes16(p, part.n * static_cast<int>(sizeof(T)));
+}
+} // namespace detail
+
+// Eight pixels of a narrow type as 32-bit integers.
+template <class Span> RVX_INLINE I32x8 loadI32(const std::uint8_t *p, Span span) {
+    return {{_mm256_cvtepu8_epi32(detail::loadEight(p, span))}};
+}
+template <class Span> RVX_INLINE I32x8 loadI32(const std::int8_t *p, Span span) {
+    return {{_mm256_cvtepi8_epi32(detail::loadEight(p, span))}};
+}
+template <class Span> RVX_INLINE I32x8 loadI32(const std::uint16_t *p, Span span) {
+    return {{_mm256_cvtepu16_epi32(detail::loadEight(p, span))}};
+}
+template <class Span> RVX_INLINE I32x8 loadI32(const std::int16_t *p, Span span) {
+    return {{_mm256_cvtepi16_epi32(detail::loadEight(p, span))}};
+}
+template <class T, class Span> RVX_INLINE F32x8 loadF32(const T *p, Span span) {
+    return {_mm256_cvtepi32_ps(loadI32(p, span).v)};
+}
+
+// Sixteen 8-bit pixels as 16-bit integers.
+RVX_INLINE I16x16 loadI16(const std::uint8_t *p, Full = {}) {
+    return {{_mm256_cvtepu8_epi16(detail::loadNarrow<16>(p, Full{}))}};
+}
+RVX_INLINE I16x16 loadI16(const std::uint8_t *p, Part part) {
+    return {{_mm256_cvtepu8_epi16(detail::loadBytes16(p, part.n))}};
+}
+template <class Span> RVX_INLINE I16x16 loadI16(const std::int16_t *p, Span span) { return load<I16x16>(p, span); }
+
+// Sixteen 16-bit lanes stored as bytes.
+namespace detail {
+RVX_INLINE void storeSixteenBytes(void *p, __m128i v, Full) { _mm_storeu_si128(static_cast<__m128i *>(p), v); }
+RVX_INLINE void storeSixteenBytes(void *p, __m128i v, Part part) { storeBytes16(p, v, part.n); }
+} // namespace detail
+
+template <class Span> RVX_INLINE void storeSaturated(std::uint8_t *p, I16x16 a, Span span) {
+    const __m128i low = _mm256_castsi256_si128(a.v), high = _mm256_extracti128_si256(a.v, 1);
+    detail::storeSixteenBytes(p, _mm_packus_epi16(low, high), span);
+}
+template <class Span> RVX_INLINE void storeSaturated(std::int8_t *p, I16x16 a, Span span) {
+    const __m128i low = _mm256_castsi256_si128(a.v), high = _mm256_extracti128_si256(a.v, 1);
+    detail::storeSixteenBytes(p, _mm_packs_epi16(low, high), span);
+}
+
+// ------------------------------------------------------------------------------------------------- broadcast
+
+RVX_INLINE F32x8 splat(float a) { return {_mm256_set1_ps(a)}; }
+RVX_INLINE I32x8 splat(std::int32_t a) { return {{_mm256_set1_epi32(a)}}; }
+RVX_INLINE I16x16 splat(std::int16_t a) { return {{_mm256_set1_epi16(a)}}; }
+RVX_INLINE U16x16 splat(std::uint16_t a) { return {{_mm256_set1_epi16(static_cast<short>(a))}}; }
+RVX_INLINE U8x32 splat(std::uint8_t a) { return {{_mm256_set1_epi8(static_cast<char>(a))}}; }
+RVX_INLINE I8x32 splat(std::int8_t a) { return {{_mm256_set1_epi8(a)}}; }
+
+// ------------------------------------------------------------------------------------------------- arithmetic
+
+RVX_INLINE F32x8 add(F32x8 a, F32x8 b) { return {_mm256_add_ps(a.v, b.v)}; }
+RVX_INLINE F32x8 sub(F32x8 a, F32x8 b) { return {_mm256_sub_ps(a.v, b.v)}; }
+RVX_INLINE F32x8 mul(F32x8 a, F32x8 b) { return {_mm256_mul_ps(a.v, b.v)}; }
+// a * b + c, rounded once.
+RVX_INLINE F32x8 fma(F32x8 a, F32x8 b, F32x8 c) { return {_mm256_fmadd_ps(a.v, b.v, c.v)}; }
+RVX_INLINE F32x8 sqrt(F32x8 a) { return {_mm256_sqrt_ps(a.v)}; }
+RVX_INLINE F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
+// a < b ? a : b and a > b ? a : b, as the instructions do it: the second operand when one is NaN.
+RVX_INLINE F32x8 min(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
+RVX_INLINE F32x8 max(F32x8 a, F32x8 b) { return {_mm256_max_ps(a.v, b.v)}; }
+
+RVX_INLINE I32x8 add(I32x8 a, I32x8 b) { return {{_mm256_add_epi32(a.v, b.v)}}; }
+RVX_INLINE I32x8 sub(I32x8 a, I32x8 b) { return {{_mm256_sub_epi32(a.v, b.v)}}; }
+RVX_INLINE I32x8 mulLow(I32x8 a, I32x8 b) { return {{_mm256_mullo_epi32(a.v, b.v)}}; }
+RVX_INLINE I32x8 abs(I32x8 a) { return {{_mm256_abs_epi32(a.v)}}; }
+RVX_INLINE I32x8 min(I32x8 a, I32x8 b) { return {{_mm256_min_epi32(a.v, b.v)}}; }
+RVX_INLINE I32x8 max(I32x8 a, I32x8 b) { return {{_mm256_max_epi32(a.v, b.v)}}; }
+
+// Additions and subtractions of 16-bit lanes wrap unless the name says that they saturate.
+RVX_INLINE I16x16 add(I16x16 a, I16x16 b) { return {{_mm256_add_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 sub(I16x16 a, I16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 subSaturated(I16x16 a, I16x16 b) { return {{_mm256_subs_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 mulLow(I16x16 a, I16x16 b) { return {{_mm256_mullo_epi16(a.v, b.v)}}; }
+template <int bits> RVX_INLINE I16x16 shiftLeft(I16x16 a) { return {{_mm256_slli_epi16(a.v, bits)}}; }
+RVX_INLINE I16x16 min(I16x16 a, I16x16 b) { return {{_mm256_min_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 max(I16x16 a, I16x16 b) { return {{_mm256_max_epi16(a.v, b.v)}}; }
+
+RVX_INLINE U16x16 subSaturated(U16x16 a, U16x16 b) { return {{_mm256_subs_epu16(a.v, b.v)}}; }
+RVX_INLINE U16x16 min(U16x16 a, U16x16 b) { return {{_mm256_min_epu16(a.v, b.v)}}; }
+RVX_INLINE U16x16 max(U16x16 a, U16x16 b) { return {{_mm256_max_epu16(a.v, b.v)}}; }
+
+RVX_INLINE U8x32 subSaturated(U8x32 a, U8x32 b) { return {{_mm256_subs_epu8(a.v, b.v)}}; }
+RVX_INLINE U8x32 min(U8x32 a, U8x32 b) { return {{_mm256_min_epu8(a.v, b.v)}}; }
+RVX_INLINE U8x32 max(U8x32 a, U8x32 b) { return {{_mm256_max_epu8(a.v, b.v)}}; }
+
+// |a - b|: one of the two saturated differences is zero.
+RVX_INLINE U8x32 absDiff(U8x32 a, U8x32 b) {
+    return {{_mm256_or_si256(_mm256_subs_epu8(a.v, b.v), _mm256_subs_epu8(b.v, a.v))}};
+}
+RVX_INLINE U16x16 absDiff(U16x16 a, U16x16 b) {
+    return {{_mm256_or_si256(_mm256_subs_epu16(a.v, b.v), _mm256_subs_epu16(b.v, a.v))}};
+}
+RVX_INLINE F32x8 absDiff(F32x8 a, F32x8 b) { return abs(sub(a, b)); }
+
+// Sums of products of neighbouring 16-bit lanes, as 32-bit lanes: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
+RVX_INLINE I32x8 mulAddPairs(I16x16 a, I16x16 b) { return {{_mm256_madd_epi16(a.v, b.v)}}; }
+
+// ------------------------------------------------------------------------------------------------ conversions
+
+RVX_INLINE F32x8 toF32(I32x8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
+// Only for values inside the int32 range: clamp in float first.
+RVX_INLINE I32x8 roundToEven(F32x8 a) { return {{_mm256_cvtps_epi32(a.v)}}; }
+RVX_INLINE I32x8 truncate(F32x8 a) { return {{_mm256_cvttps_epi32(a.v)}}; }
+RVX_INLINE I32x8 widenLow(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}}; }
+RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}}; }
+// Lanes in order: first the eight of `low`, then the eight of `high`.
+RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
+    return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};
+}
+RVX_INLINE U16x16 narrowSaturatedUnsigned(I32x8 low, I32x8 high) {
+    return {{_mm256_permute4x64_epi64(_mm256_packus_epi32(low.v, high.v), 0xd8)}};
+}
+
+// 1.0 where one of eight mask bytes is non-zero, else 0.0.
+template <class Span> RVX_INLINE F32x8 loadSelection(const std::uint8_t *mask, Span span) {
+    const __m256i off = _mm256_cmpeq_epi32(loadI32(mask, span).v, _mm256_setzero_si256());
+    return {_mm256_andnot_ps(_mm256_castsi256_ps(off), _mm256_set1_ps(1.0f))};
+}
+
+} // namespace rvxcv
