@@ -1,3 +1,4 @@
+/* Linear filters. */
 #ifndef RVXCV_FILTER_H
 #define RVXCV_FILTER_H
 
@@ -6,6 +7,10 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/* -------------------------------------------------------------------------------------------- Separable pipeline */
+
+/* ------------------------------------------------------------------------------- Derivative and low-pass filters */
 
 #ifdef __cplusplus
 }

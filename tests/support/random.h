@@ -1,0 +1,88 @@
+// Seeded random contents. Every case derives its generator from the base seed and its own name, so that one case
+// replays alone.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string_view>
+#include <type_traits>
+
+namespace support {
+
+inline std::uint64_t baseSeed() {
+    static const std::uint64_t seed = [] {
+        const char *text = std::getenv("RVXCV_SEED");
+        return text != nullptr ? std::strtoull(text, nullptr, 10) : 20141009ULL;
+    }();
+    return seed;
+}
+
+using Rng = std::mt19937_64;
+
+inline Rng makeRng(std::string_view name, std::uint64_t salt = 0) {
+    std::uint64_t hash = baseSeed() ^ (salt * 0x9e3779b97f4a7c15ULL);
+    for (const char c : name) {
+        hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3ULL;
+    }
+    return Rng(hash);
+}
+
+inline std::int64_t uniform(Rng &rng, std::int64_t low, std::int64_t high) {
+    return low + static_cast<std::int64_t>(rng() % static_cast<std::uint64_t>(high - low + 1));
+}
+
+// What a generated image holds.
+enum class Contents {
+    random,   // the whole range of the type; floats -1000..1000
+    small,    // a few values around zero: many ties
+    nearMax,  // values at the ends of the type's range; floats of magnitude 1e30
+    constant, // one value
+    special   // random, for floats mixed with NaN, infinities, negative zero and denormals
+};
+constexpr Contents allContents[] = {Contents::random, Contents::small, Contents::nearMax, Contents::constant,
+                                    Contents::special};
+
+template <class T> T randomValue(Rng &rng, Contents contents) {
+    if constexpr (std::is_same_v<T, float>) {
+        const float unit = static_cast<float>(uniform(rng, -1000000, 1000000)) * 1e-6f;
+        switch (contents) {
+        case Contents::small:
+            return static_cast<float>(uniform(rng, -2, 2));
+        case Contents::nearMax:
+            return unit * 1e30f;
+        case Contents::constant:
+            return 37.25f;
+        case Contents::special: {
+            constexpr float values[] = {std::numeric_limits<float>::quiet_NaN(),
+                                        std::numeric_limits<float>::infinity(),
+                                        -std::numeric_limits<float>::infinity(),
+                                        -0.0f,
+                                        0.0f,
+                                        std::numeric_limits<float>::denorm_min(),
+                                        -1e-40f,
+                                        std::numeric_limits<float>::max()};
+            const std::int64_t pick = uniform(rng, 0, 31);
+            return pick < 8 ? values[pick] : unit * 1000.0f;
+        }
+        default:
+            return unit * 1000.0f;
+        }
+    } else {
+        constexpr std::int64_t low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
+        switch (contents) {
+        case Contents::small:
+            return static_cast<T>(uniform(rng, low < 0 ? -2 : 0, 3));
+        case Contents::nearMax:
+            return static_cast<T>(rng() % 2 != 0 ? high - uniform(rng, 0, 2) : low + uniform(rng, 0, 2));
+        case Contents::constant:
+            return static_cast<T>(117);
+        default:
+            return static_cast<T>(uniform(rng, low, high));
+        }
+    }
+}
+
+} // namespace support
