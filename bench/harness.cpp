@@ -1,0 +1,120 @@
+#include "harness.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace bench {
+
+std::vector<void (*)(Registry &)> &families() {
+    static std::vector<void (*)(Registry &)> list;
+    return list;
+}
+
+ImagePointer<std::uint8_t> scene(RoiSize roi) {
+    auto result = std::make_shared<Image<std::uint8_t>>(roi, 1);
+    std::mt19937 rng(7);
+    for (int y = 0; y < roi.height; ++y) {
+        for (int x = 0; x < roi.width; ++x) {
+            double v = 110 + 40 * std::sin(x * 0.013) * std::cos(y * 0.017);
+            v += ((x / 37 + y / 29) % 5 == 0) ? 60 : 0; // rectangles
+            const double dx = std::fmod(x, 160.0) - 80, dy = std::fmod(y, 120.0) - 60;
+            v += dx * dx + dy * dy < 900 ? -50 : 0; // discs
+            v += 12 * std::sin(x * 0.7 + y * 0.4);  // fine texture
+            v += static_cast<double>(rng() % 9) - 4;
+            result->data[std::int64_t{y} * roi.width + x] = static_cast<std::uint8_t>(std::clamp(v, 0.0, 255.0));
+        }
+    }
+    return result;
+}
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsPerCall(const std::function<void()> &operation, std::int64_t calls) {
+    const auto start = Clock::now();
+    for (std::int64_t i = 0; i < calls; ++i) {
+        operation();
+        benchmark::ClobberMemory();
+    }
+    return std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(calls);
+}
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+// Calls in a batch of about two milliseconds.
+std::int64_t batchSize(const std::function<void()> &operation) {
+    const double once = std::max(secondsPerCall(operation, 3), 1e-9);
+    return std::max<std::int64_t>(1, static_cast<std::int64_t>(2e-3 / once));
+}
+
+void run(benchmark::State &state, const Registry::Row &row, RoiSize roi) {
+    const std::int64_t pixels = std::int64_t{roi.width} * roi.height;
+    const std::size_t copyBytes = static_cast<std::size_t>(pixels) * sizeof(float);
+    const std::function<void()> operation = row.make(roi);
+    const auto from = image<float>(roi), to = image<float>(roi);
+    const std::function<void()> copy = [&] {
+        std::memcpy(to->data, from->data, copyBytes);
+        benchmark::DoNotOptimize(to->data);
+    };
+
+    const std::int64_t calls = batchSize(operation), copies = batchSize(copy);
+    std::vector<double> operationTimes, copyTimes;
+    for (auto _ : state) {
+        copy(); // each batch starts warm
+        copyTimes.push_back(secondsPerCall(copy, copies));
+        operation();
+        operationTimes.push_back(secondsPerCall(operation, calls));
+        state.SetIterationTime(operationTimes.back());
+    }
+    const double seconds = median(operationTimes);
+    state.counters["ns/px"] = seconds * 1e9 / static_cast<double>(pixels);
+    state.counters["GB/s"] = row.bytesPerPixel * static_cast<double>(pixels) / seconds * 1e-9;
+    state.counters["copies"] = seconds / median(copyTimes);
+}
+
+} // namespace
+} // namespace bench
+
+// Arguments are Google Benchmark's; a first argument without dashes is a filter.
+int main(int argc, char **argv) {
+    std::vector<std::string> arguments(argv, argv + argc);
+    if (argc > 1 && argv[1][0] != '-') {
+        arguments[1] = std::string("--benchmark_filter=") + argv[1];
+    }
+    arguments.emplace_back("--benchmark_counters_tabular=true");
+    std::vector<char *> pointers;
+    for (std::string &argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    int count = static_cast<int>(pointers.size());
+
+    bench::Registry registry;
+    for (const auto registerRows : bench::families()) {
+        registerRows(registry);
+    }
+    constexpr RoiSize sizes[] = {{16, 16}, {64, 64}, {640, 480}, {1920, 1080}};
+    for (const bench::Registry::Row &row : registry.rows) {
+        for (const RoiSize roi : sizes) {
+            const std::string name = row.name + "/" + std::to_string(roi.width) + "x" + std::to_string(roi.height);
+            benchmark::RegisterBenchmark(name.c_str(), bench::run, row, roi)
+                ->UseManualTime()
+                ->Iterations(21)
+                ->Unit(benchmark::kMicrosecond);
+        }
+    }
+    benchmark::Initialize(&count, pointers.data());
+    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) {
+        return 2;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
