@@ -30,8 +30,8 @@ static uint64_t savedStates(uint32_t leaf1Ecx) {
 }
 
 static void detect(void) {
-    static const uint64_t ymmStates = 0x06;    /* xmm and upper halves of ymm */
-    static const uint64_t zmmStates = 0xe6;    /* those, mask registers and zmm */
+    static const uint64_t ymmStates = 0x06; /* xmm and upper halves of ymm */
+    static const uint64_t zmmStates = 0xe6; /* those, mask registers and zmm */
     uint32_t eax = 0, ebx = 0, ecx = 0, edx = 0;
     uint32_t ebx7 = 0, unused;
     uint64_t features = 0, needsYmm, needsZmm, states;
@@ -98,9 +98,7 @@ EXPORTED void *rvxMalloc(int64_t bytes) {
     return block;
 }
 
-EXPORTED void rvxFree(void *block) {
-    free(block);
-}
+EXPORTED void rvxFree(void *block) { free(block); }
 
 /* -------------------------------------------------------------------------------------------------- cache size */
 

@@ -9,7 +9,8 @@ int main(void) {
     const RoiSize size = {4, 2};
     const StatusCode status = rvxiAbsDiff_8u_C1R(a[0], 4, b[0], 4, difference[0], 4, size);
 
-    printf("%s %s: status %d, differences", rvxcvGetLibVersion()->libraryName, rvxcvGetLibVersion()->versionText, status);
+    printf("%s %s: status %d, differences", rvxcvGetLibVersion()->libraryName, rvxcvGetLibVersion()->versionText,
+           status);
     for (int i = 0; i < 8; ++i) {
         printf(" %d", difference[i / 4][i % 4]);
     }

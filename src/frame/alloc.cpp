@@ -13,22 +13,12 @@ template <class T> T *allocate(std::int32_t count) {
 
 } // namespace
 
-std::uint8_t *rvxsMalloc_8u(std::int32_t count) {
-    return allocate<std::uint8_t>(count);
-}
+std::uint8_t *rvxsMalloc_8u(std::int32_t count) { return allocate<std::uint8_t>(count); }
 
-std::uint16_t *rvxsMalloc_16u(std::int32_t count) {
-    return allocate<std::uint16_t>(count);
-}
+std::uint16_t *rvxsMalloc_16u(std::int32_t count) { return allocate<std::uint16_t>(count); }
 
-std::int32_t *rvxsMalloc_32s(std::int32_t count) {
-    return allocate<std::int32_t>(count);
-}
+std::int32_t *rvxsMalloc_32s(std::int32_t count) { return allocate<std::int32_t>(count); }
 
-float *rvxsMalloc_32f(std::int32_t count) {
-    return allocate<float>(count);
-}
+float *rvxsMalloc_32f(std::int32_t count) { return allocate<float>(count); }
 
-void rvxsFree(void *block) {
-    rvxFree(block);
-}
+void rvxsFree(void *block) { rvxFree(block); }

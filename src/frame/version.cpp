@@ -10,6 +10,4 @@ constexpr LibVersion version = {
 
 } // namespace
 
-const LibVersion *rvxcvGetLibVersion(void) {
-    return &version;
-}
+const LibVersion *rvxcvGetLibVersion(void) { return &version; }
