@@ -1,7 +1,12 @@
 // Composable argument checks. A family spells its list out once, in the contract's order; the first failing check
 // decides the status and later ones change nothing:
 //
-//     return Checks().pointers(src, dst).size(roi).steps<std::uint8_t>(roi.width, srcStep, dstStep).status();
+//     Checks checks;
+//     checks.pointers(src, dst).size(roi).steps(rowBytes<T>(roi.width), srcStep, dstStep);
+//     checks.multiples(sizeof(T), srcStep, dstStep);
+//     if (checks.failed()) {
+//         return checks.status();
+//     }
 //
 // All sizes are computed in 64 bits: a width whose row bytes would wrap in 32 bits is a bad step, never a pass.
 #pragma once
@@ -11,6 +16,11 @@
 #include "rvxcv/types.h"
 
 namespace rvxcv {
+
+// Bytes of a row of `elements` elements (pixels times channels), in 64 bits.
+template <class T> constexpr std::int64_t rowBytes(std::int64_t elements) {
+    return elements * static_cast<std::int64_t>(sizeof(T));
+}
 
 class Checks {
 public:
@@ -28,14 +38,14 @@ public:
 
     RVX_INLINE Checks &size(RoiSize roi) { return require(roi.width >= 1 && roi.height >= 1, StatusBadSize); }
 
-    // Every step covers a row of `elements` elements of T.
-    template <class T, class... Step> RVX_INLINE Checks &steps(std::int64_t elements, Step... step) {
-        return require((... && (step >= elements * static_cast<std::int64_t>(sizeof(T)))), StatusBadStep);
+    // Every step covers a row.
+    template <class... Step> RVX_INLINE Checks &steps(std::int64_t bytes, Step... step) {
+        return require((... && (step >= bytes)), StatusBadStep);
     }
 
     // Every step is a multiple of the element size (a power of two).
-    template <class T, class... Step> RVX_INLINE Checks &multiples(Step... step) {
-        return require(((... | step) & static_cast<std::int32_t>(sizeof(T) - 1)) == 0, StatusStepNotMultiple);
+    template <class... Step> RVX_INLINE Checks &multiples(std::size_t elementSize, Step... step) {
+        return require(((... | step) & static_cast<std::int32_t>(elementSize - 1)) == 0, StatusStepNotMultiple);
     }
 
     // None of `count` row pointers is null. The array is read only when all earlier checks passed.

@@ -13,8 +13,6 @@
 #include "kernel/base.h"
 #include "kernel/vec.h"
 
-#include "rvxcv/types.h"
-
 namespace rvxcv {
 
 enum class Tail { partial, overlap };
@@ -48,7 +46,7 @@ struct RowShape {
     std::int64_t width;
     std::int64_t height;
 
-    RowShape(RoiSize roi, bool gapless) : width(roi.width), height(roi.height) {
+    RowShape(std::int64_t rowElements, std::int64_t rows, bool gapless) : width(rowElements), height(rows) {
         if (gapless) {
             width *= height;
             height = 1;

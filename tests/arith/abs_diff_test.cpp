@@ -1,0 +1,142 @@
+// Absolute differences against the plain formula.
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+using namespace support;
+
+template <class T> T plainAbsDiff(T a, T b) {
+    if constexpr (std::is_same_v<T, float>) {
+        return std::fabs(a - b);
+    } else {
+        return static_cast<T>(std::abs(static_cast<int>(a) - static_cast<int>(b)));
+    }
+}
+
+template <class T>
+using Binary = StatusCode (*)(const T *, std::int32_t, const T *, std::int32_t, T *, std::int32_t, RoiSize);
+
+template <class T> void checkImages(Binary<T> function, int channels) {
+    Rng rng = makeRng("absdiff", sizeof(T) * 4 + static_cast<unsigned>(channels));
+    const auto run = [&](std::int64_t width, std::int64_t height, std::int64_t padding, Contents contents, Guard guard) {
+        const std::int64_t bytes = padding * static_cast<std::int64_t>(sizeof(T));
+        GuardedImage<T> a(width * channels, height, {.padding = bytes, .guard = guard}),
+            b(width * channels, height, {.padding = 2 * bytes, .guard = guard}),
+            dst(width * channels, height, {.padding = 3 * bytes, .guard = guard});
+        a.fill(rng, contents);
+        b.fill(rng, contents);
+        const auto want = [&](auto x, auto y) { return plainAbsDiff(a.at(x, y), b.at(x, y)); };
+        ASSERT_EQ(function(a.data(), a.step(), b.data(), b.step(), dst.data(), dst.step(), dst.roi(channels)),
+                  StatusOk);
+        ASSERT_TRUE(imageIs(dst, want));
+
+        // In place over the first source.
+        GuardedImage<T> second(width * channels, height, {.padding = bytes, .guard = guard});
+        for (std::int64_t y = 0; y < height; ++y) {
+            for (std::int64_t x = 0; x < width * channels; ++x) {
+                second.set(x, y, a.at(x, y));
+            }
+        }
+        ASSERT_EQ(function(second.data(), second.step(), b.data(), b.step(), second.data(), second.step(),
+                           second.roi(channels)),
+                  StatusOk);
+        ASSERT_TRUE(imageIs(second, want)) << "in place";
+    };
+    for (std::int64_t width = 1; width <= 67; ++width) {
+        run(width, 3, width % 3, allContents[width % 5], width % 2 != 0 ? Guard::behind : Guard::before);
+    }
+    for (const Contents contents : allContents) {
+        run(1283, 4, 1, contents, Guard::behind);
+    }
+}
+
+TEST(AbsDiff, EveryTypeMatchesTheFormula) {
+    checkImages<std::uint8_t>(rvxiAbsDiff_8u_C1R, 1);
+    checkImages<std::uint8_t>(rvxiAbsDiff_8u_C3R, 3);
+    checkImages<std::uint16_t>(rvxiAbsDiff_16u_C1R, 1);
+    checkImages<float>(rvxiAbsDiff_32f_C1R, 1);
+}
+
+template <class T, class V, class F> void checkConstant(F function, std::initializer_list<V> values) {
+    Rng rng = makeRng("absdiffc", sizeof(T));
+    for (const V value : values) {
+        for (std::int64_t width = 1; width <= 67; width += 3) {
+            GuardedImage<T> src(width, 2, {.padding = 8}), dst(width, 2, {.padding = 4});
+            src.fill(rng, allContents[static_cast<std::size_t>(width) % 5]);
+            ASSERT_EQ(function(src.data(), src.step(), dst.data(), dst.step(), dst.roi(), value), StatusOk);
+            T constant;
+            if constexpr (std::is_same_v<T, float>) {
+                constant = value;
+            } else {
+                constant = static_cast<T>(std::clamp<V>(value, 0, std::numeric_limits<T>::max()));
+            }
+            ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return plainAbsDiff(src.at(x, y), constant); }))
+                << "value " << value;
+        }
+    }
+}
+
+TEST(AbsDiffC, IntegerConstantsAreClampedFloatsAreNot) {
+    checkConstant<std::uint8_t, std::int32_t>(rvxiAbsDiffC_8u_C1R, {-5, INT32_MIN, 0, 77, 255, 300, INT32_MAX});
+    checkConstant<std::uint16_t, std::int32_t>(rvxiAbsDiffC_16u_C1R, {-5, INT32_MIN, 0, 4711, 65535, 70000, INT32_MAX});
+    checkConstant<float, float>(rvxiAbsDiffC_32f_C1R,
+                                {-5.5f, 0.0f, -0.0f, 1e30f, std::numeric_limits<float>::infinity(), std::nanf("")});
+}
+
+template <class T> struct Call {
+    const T *a, *b;
+    T *dst;
+    std::int32_t aStep, bStep, dstStep;
+    RoiSize roi;
+};
+
+template <class T> void checkStatuses(Binary<T> function, int channels) {
+    GuardedImage<T> a(9 * channels, 2), b(9 * channels, 2), dst(9 * channels, 2);
+    constexpr auto size = static_cast<std::int32_t>(sizeof(T));
+    const std::int32_t row = 9 * channels * size;
+    std::vector<Fault<Call<T>>> faults{
+        {"null first", StatusNullPointer, [](auto &c) { c.a = nullptr; }},
+        {"null second", StatusNullPointer, [](auto &c) { c.b = nullptr; }},
+        {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
+        {"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
+        {"no height", StatusBadSize, [](auto &c) { c.roi.height = 0; }},
+        {"short first step", StatusBadStep, [=](auto &c) { c.aStep = row - 1; }},
+        {"short second step", StatusBadStep, [=](auto &c) { c.bStep = row - 1; }},
+        {"short destination step", StatusBadStep, [=](auto &c) { c.dstStep = row - 1; }},
+    };
+    if (size > 1) {
+        faults.push_back({"odd first step", StatusStepNotMultiple, [=](auto &c) { c.aStep = row + size / 2; }});
+        faults.push_back({"odd second step", StatusStepNotMultiple, [=](auto &c) { c.bStep = row + size / 2; }});
+        faults.push_back({"odd destination step", StatusStepNotMultiple, [=](auto &c) { c.dstStep = row + size / 2; }});
+    }
+    expectFaultOrder<Call<T>>(
+        {a.data(), b.data(), dst.data(), a.step(), b.step(), dst.step(), dst.roi(channels)}, faults,
+        [&](const Call<T> &c) { return function(c.a, c.aStep, c.b, c.bStep, c.dst, c.dstStep, c.roi); },
+        [&] { return dst.bytes(); });
+}
+
+TEST(AbsDiff, StatusesInTheOrderOfTheChecks) {
+    checkStatuses<std::uint8_t>(rvxiAbsDiff_8u_C1R, 1);
+    checkStatuses<std::uint8_t>(rvxiAbsDiff_8u_C3R, 3);
+    checkStatuses<std::uint16_t>(rvxiAbsDiff_16u_C1R, 1);
+    checkStatuses<float>(rvxiAbsDiff_32f_C1R, 1);
+}
+
+// 32f, one pixel wide, a step of six bytes: large enough, not a multiple of four.
+TEST(AbsDiffC, StepOfSixBytes) {
+    const float src[3] = {1, 2, 3};
+    float dst[3] = {};
+    EXPECT_EQ(rvxiAbsDiffC_32f_C1R(src, 6, dst, 8, {1, 2}, 0.0f), StatusStepNotMultiple);
+    EXPECT_EQ(rvxiAbsDiffC_32f_C1R(nullptr, 6, dst, 8, {0, 2}, 0.0f), StatusNullPointer);
+    EXPECT_EQ(rvxiAbsDiffC_8u_C1R(reinterpret_cast<const std::uint8_t *>(src), 1, reinterpret_cast<std::uint8_t *>(dst),
+                                  1, {0, 1}, 0),
+              StatusBadSize);
+}
+
+} // namespace
