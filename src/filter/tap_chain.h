@@ -1,7 +1,7 @@
-// The float sum of the separable filters. Taps are taken in ascending order; the first one is a plain product (so that a
-// negative zero survives), every further one is fused onto the sum. All members whose sums are floats form them through
-// these functions, which is why the derivative filters agree bit for bit with a row stage followed by a column stage. A
-// tap of zero is not skipped: it turns infinities into NaN and may turn a negative zero into a positive one.
+// The float sum of the separable filters. Taps are taken in ascending order; the first one is a plain product (so that
+// a negative zero survives), every further one is fused onto the sum. All members whose sums are floats form them
+// through these functions, which is why the derivative filters agree bit for bit with a row stage followed by a column
+// stage. A tap of zero is not skipped: it turns infinities into NaN and may turn a negative zero into a positive one.
 #pragma once
 
 #include "kernel/vec.h"
