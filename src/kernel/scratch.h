@@ -10,14 +10,8 @@ namespace rvxcv {
 
 class Scratch {
 public:
-    Scratch(void *buffer, [[maybe_unused]] std::int64_t promisedBytes)
-        : next_(static_cast<std::uint8_t *>(buffer))
-#ifndef NDEBUG
-          ,
-          end_(next_ + promisedBytes)
-#endif
-    {
-    }
+    Scratch(void *buffer, std::int64_t promisedBytes)
+        : next_(static_cast<std::uint8_t *>(buffer)), end_(next_ + promisedBytes) {}
 
     // `count` elements of T, the first at a multiple of `alignment` bytes (a power of two).
     template <class T> T *take(std::int64_t count, std::int64_t alignment = static_cast<std::int64_t>(alignof(T))) {
@@ -25,17 +19,16 @@ public:
         const auto mask = static_cast<std::uintptr_t>(alignment - 1);
         std::uint8_t *area = next_ + (((address + mask) & ~mask) - address);
         next_ = area + count * static_cast<std::int64_t>(sizeof(T));
-#ifndef NDEBUG
         assert(next_ <= end_);
-#endif
         return reinterpret_cast<T *>(area);
     }
 
+    // Bytes that are not taken yet.
+    std::int64_t left() const { return end_ - next_; }
+
 private:
     std::uint8_t *next_;
-#ifndef NDEBUG
     std::uint8_t *end_;
-#endif
 };
 
 } // namespace rvxcv

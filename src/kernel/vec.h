@@ -241,6 +241,14 @@ RVX_INLINE I16x16 splat(std::int16_t a) { return {{_mm256_set1_epi16(a)}}; }
 RVX_INLINE U16x16 splat(std::uint16_t a) { return {{_mm256_set1_epi16(static_cast<short>(a))}}; }
 RVX_INLINE U8x32 splat(std::uint8_t a) { return {{_mm256_set1_epi8(static_cast<char>(a))}}; }
 RVX_INLINE I8x32 splat(std::int8_t a) { return {{_mm256_set1_epi8(a)}}; }
+// Two neighbouring 16-bit values in every 32-bit lane: one operand of mulAddPairs.
+RVX_INLINE I16x16 splatPair(std::int16_t even, std::int16_t odd) {
+    const auto pair = static_cast<std::uint32_t>(static_cast<std::uint16_t>(odd)) << 16 | static_cast<std::uint16_t>(even);
+    return {{_mm256_set1_epi32(static_cast<std::int32_t>(pair))}};
+}
+RVX_INLINE I16x16 splatPair(const std::int16_t *p) {
+    return {{_mm256_set1_epi32(loadScalar(reinterpret_cast<const std::int32_t *>(p)))}};
+}
 
 // ------------------------------------------------------------------------------------------------- arithmetic
 
@@ -250,6 +258,9 @@ RVX_INLINE F32x8 mul(F32x8 a, F32x8 b) { return {_mm256_mul_ps(a.v, b.v)}; }
 // a * b + c, rounded once.
 RVX_INLINE F32x8 fma(F32x8 a, F32x8 b, F32x8 c) { return {_mm256_fmadd_ps(a.v, b.v, c.v)}; }
 RVX_INLINE F32x8 sqrt(F32x8 a) { return {_mm256_sqrt_ps(a.v)}; }
+RVX_INLINE F32x8 copySign(F32x8 magnitude, F32x8 sign) {
+    return {_mm256_or_ps(magnitude.v, _mm256_and_ps(_mm256_set1_ps(-0.0f), sign.v))};
+}
 RVX_INLINE F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
 // a < b ? a : b and a > b ? a : b, as the instructions do it: the second operand when one is NaN.
 RVX_INLINE F32x8 min(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }
@@ -302,6 +313,15 @@ RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_ext
 // Lanes in order: first the eight of `low`, then the eight of `high`.
 RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};
+}
+// Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit lane.
+// narrowInLane puts 32-bit results of such pairs back in order.
+RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 pairsInLaneHigh(I16x16 a, I16x16 b) { return {{_mm256_unpackhi_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 narrowInLane(I32x8 low, I32x8 high) { return {{_mm256_packs_epi32(low.v, high.v)}}; }
+// The low halves of the 32-bit lanes, alternating: even[0], odd[0], even[1], odd[1] ...
+RVX_INLINE I16x16 interleaveLowHalves(I32x8 even, I32x8 odd) {
+    return {{_mm256_blend_epi16(even.v, _mm256_slli_epi32(odd.v, 16), 0xaa)}};
 }
 RVX_INLINE U16x16 narrowSaturatedUnsigned(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packus_epi32(low.v, high.v), 0xd8)}};

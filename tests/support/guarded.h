@@ -74,12 +74,13 @@ public:
         std::int64_t padding = 0; // bytes between the end of a row and the next one
         Guard guard = Guard::behind;
         std::int64_t left = 0, top = 0, right = 0, bottom = 0; // margin in memory, in elements and rows
+        std::int64_t skew = 0; // bytes behind the last row, before the guard: misaligns every element
     };
 
     GuardedImage(std::int64_t width, std::int64_t height, Layout layout = {})
         : width_(width), height_(height), layout_(layout),
           step_((width + layout.left + layout.right) * static_cast<std::int64_t>(sizeof(T)) + layout.padding),
-          buffer_((height + layout.top + layout.bottom) * step_ - layout.padding, layout.guard) {
+          buffer_((height + layout.top + layout.bottom) * step_ - layout.padding + layout.skew, layout.guard) {
         buffer_.scribble(0x5b);
     }
 
