@@ -1,0 +1,215 @@
+// Running extrema along rows and columns: the steps that rectangles and run masks are made of. Rows are counted in
+// elements (pixels times channels) and a shift by one pixel is a shift by `channels` elements.
+#pragma once
+
+#include "kernel/base.h"
+#include "kernel/vec.h"
+
+#include <algorithm>
+
+namespace rvxcv {
+
+// Scratch rows end with this many bytes of slack, so that steps inside scratch work on whole vectors only.
+constexpr std::int64_t rowSlack = 32;
+
+// Calls block<vectors>(x) over whole groups of vectors, block<1>(x) over the rest, the last one moved back to end with
+// the row or, in a row shorter than a vector, cut off. For steps that do not read what they write.
+template <int lanes, int vectors, class Block> RVX_INLINE void sweep(std::int64_t n, const Block &block) {
+    std::int64_t x = 0;
+    for (; x + vectors * lanes <= n; x += vectors * lanes) {
+        block.template run<vectors>(x, Full{});
+    }
+    for (; x + lanes <= n; x += lanes) {
+        block.template run<1>(x, Full{});
+    }
+    if (x < n) {
+        if (n >= lanes) {
+            block.template run<1>(n - lanes, Full{});
+        } else {
+            block.template run<1>(0, Part{static_cast<int>(n)});
+        }
+    }
+}
+
+// out_k = extremum of rows k .. k + height - 1 for k < outputs <= height (van Herk; Gil and Werman): the rows are cut
+// after row height - 1; each window is a suffix of the part before the cut and a prefix of the part behind it. Suffixes
+// are left in the output rows, prefixes grow in registers: three loads and two stores for any height.
+template <class T, class Op> struct ColumnExtrema {
+    using V = Vec<T>;
+    const T *const *rows; // height + outputs - 1
+    std::int64_t height;
+    std::int64_t outputs;
+    T *out;
+    std::int64_t outStep; // bytes
+
+    template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
+        V extremum[vectors];
+        for (int v = 0; v < vectors; ++v) {
+            extremum[v] = load<V>(rows[height - 1] + x + v * V::lanes, span);
+        }
+        for (std::int64_t k = height - 1;;) {
+            if (k < outputs) {
+                T *to = byteOffset(out, k * outStep) + x;
+                for (int v = 0; v < vectors; ++v) {
+                    store(to + v * V::lanes, extremum[v], span);
+                }
+            }
+            if (--k < 0) {
+                break;
+            }
+            const T *row = rows[k] + x;
+            for (int v = 0; v < vectors; ++v) {
+                extremum[v] = Op::of(extremum[v], load<V>(row + v * V::lanes, span));
+            }
+        }
+        for (std::int64_t k = 1; k < outputs; ++k) {
+            const T *row = rows[height + k - 1] + x;
+            T *to = byteOffset(out, k * outStep) + x;
+            for (int v = 0; v < vectors; ++v) {
+                const V next = load<V>(row + v * V::lanes, span);
+                extremum[v] = k == 1 ? next : Op::of(extremum[v], next);
+                store(to + v * V::lanes, Op::of(extremum[v], load<V>(to + v * V::lanes, span)), span);
+            }
+        }
+    }
+};
+
+// The same for `outputs` fixed and small: suffixes stay in registers, and the rows common to all outputs are read once.
+template <class T, class Op, int outputs> struct ColumnExtremaFew {
+    using V = Vec<T>;
+    const T *const *rows;
+    std::int64_t height; // >= outputs
+    T *out;
+    std::int64_t outStep;
+
+    template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
+        V suffix[outputs][vectors];
+        for (int v = 0; v < vectors; ++v) {
+            suffix[outputs - 1][v] = load<V>(rows[outputs - 1] + x + v * V::lanes, span);
+        }
+        for (std::int64_t k = outputs; k < height; ++k) {
+            const T *row = rows[k] + x;
+            for (int v = 0; v < vectors; ++v) {
+                suffix[outputs - 1][v] = Op::of(suffix[outputs - 1][v], load<V>(row + v * V::lanes, span));
+            }
+        }
+        for (int k = outputs - 2; k >= 0; --k) {
+            const T *row = rows[k] + x;
+            for (int v = 0; v < vectors; ++v) {
+                suffix[k][v] = Op::of(suffix[k + 1][v], load<V>(row + v * V::lanes, span));
+            }
+        }
+        V prefix[vectors];
+        for (int k = 0; k < outputs; ++k) {
+            T *to = byteOffset(out, k * outStep) + x;
+            for (int v = 0; v < vectors; ++v) {
+                if (k > 0) {
+                    const V next = load<V>(rows[height + k - 1] + x + v * V::lanes, span);
+                    prefix[v] = k == 1 ? next : Op::of(prefix[v], next);
+                    suffix[k][v] = Op::of(suffix[k][v], prefix[v]);
+                }
+                store(to + v * V::lanes, suffix[k][v], span);
+            }
+        }
+    }
+};
+
+// Repeats one pixel.
+template <class T> inline void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, int channels) {
+    const std::int64_t n = pixels * channels;
+    if (n <= 8 || channels != 1) {
+        const std::int64_t first = std::min<std::int64_t>(n, 8 * channels);
+        for (std::int64_t i = 0; i < first; ++i) {
+            storeScalar(dst + i, loadScalar(pixel + i % channels));
+        }
+        for (std::int64_t done = first; done < n;) {
+            const std::int64_t more = std::min(done, n - done);
+            std::memcpy(static_cast<void *>(dst + done), dst, static_cast<std::size_t>(more) * sizeof(T));
+            done += more;
+        }
+        return;
+    }
+    using V = Vec<T>;
+    const V value = splat(loadScalar(pixel));
+    std::int64_t x = 0;
+    for (; x + V::lanes <= n; x += V::lanes) {
+        store(dst + x, value);
+    }
+    if (x < n) {
+        store(dst + x, value, Part{static_cast<int>(n - x)});
+    }
+}
+
+// One step along a row: dst[x] = extremum of the `loads` elements src[x], src[x + shift], .., src[x + last], the
+// distance between neighbours `shift` except that the last one lies at `last`. Reads whole vectors: src ends with
+// slack.
+template <class T, class Op, int loads> struct RowStep {
+    using V = Vec<T>;
+    const T *src;
+    T *dst;
+    std::int64_t shift, last;
+
+    RVX_INLINE V at(std::int64_t x) const {
+        V extremum = load<V>(src + x);
+        for (int i = 1; i < loads - 1; ++i) {
+            extremum = Op::of(extremum, load<V>(src + x + i * shift));
+        }
+        return Op::of(extremum, load<V>(src + x + last));
+    }
+    // Whole vectors in scratch; dst may be src.
+    void sloppy(std::int64_t n) const {
+        std::int64_t x = 0;
+        for (; x + V::lanes < n; x += 2 * V::lanes) {
+            const V low = at(x), high = at(x + V::lanes);
+            store(dst + x, low);
+            store(dst + x + V::lanes, high);
+        }
+        if (x < n) {
+            store(dst + x, at(x));
+        }
+    }
+    // Exactly n elements.
+    void exact(std::int64_t n) const {
+        std::int64_t x = 0;
+        for (; x + 2 * V::lanes <= n; x += 2 * V::lanes) {
+            const V low = at(x), high = at(x + V::lanes);
+            store(dst + x, low);
+            store(dst + x + V::lanes, high);
+        }
+        if (x + V::lanes <= n) {
+            store(dst + x, at(x));
+            x += V::lanes;
+        }
+        if (x < n) {
+            store(dst + x, at(x), Part{static_cast<int>(n - x)});
+        }
+    }
+};
+
+// dst[x] = extremum of `length` pixels from row[x], for n elements; the row holds (length - 1) * channels more, then
+// slack, and is destroyed. Extrema of 4, 16, 64 .. pixels replace the row until a few of them make up the length.
+// dst is the row itself, or memory of exactly n elements.
+template <class T, class Op>
+inline void rowExtrema(T *row, T *dst, std::int64_t n, std::int64_t length, std::int64_t channels) {
+    std::int64_t p = 1;
+    for (; length > 6 * p; p *= 4) {
+        RowStep<T, Op, 4>{row, row, p * channels, 3 * p * channels}.sloppy(n + (length - 4 * p) * channels);
+    }
+    const std::int64_t shift = p * channels, last = (length - p) * channels;
+    const auto finish = [&](const auto &step) { dst == row ? step.sloppy(n) : step.exact(n); };
+    switch ((length + p - 1) / p) {
+    case 1:
+    case 2:
+        return finish(RowStep<T, Op, 2>{row, dst, shift, last});
+    case 3:
+        return finish(RowStep<T, Op, 3>{row, dst, shift, last});
+    case 4:
+        return finish(RowStep<T, Op, 4>{row, dst, shift, last});
+    case 5:
+        return finish(RowStep<T, Op, 5>{row, dst, shift, last});
+    default:
+        return finish(RowStep<T, Op, 6>{row, dst, shift, last});
+    }
+}
+
+} // namespace rvxcv

@@ -1,0 +1,232 @@
+// Rank filters against the plain definition: masks, anchors and regions of all proportions, every member, buffers of
+// exactly the promised size.
+#include "morph/plain_morph.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+namespace {
+
+using namespace support;
+
+template <class T>
+using Filter = StatusCode (*)(const T *, std::int32_t, T *, std::int32_t, RoiSize, RoiSize, Point2i, std::uint8_t *);
+using Query = StatusCode (*)(std::int32_t, RoiSize, std::int32_t *);
+
+template <class T> struct Member {
+    Filter<T> filter;
+    Query query;
+    int channels;
+    bool maximum;
+};
+
+const Member<std::uint8_t> bytes[] = {
+    {rvxiFilterMinBorderReplicate_8u_C1R, rvxiFilterMinGetBufferSize_8u_C1R, 1, false},
+    {rvxiFilterMinBorderReplicate_8u_C3R, rvxiFilterMinGetBufferSize_8u_C3R, 3, false},
+    {rvxiFilterMinBorderReplicate_8u_C4R, rvxiFilterMinGetBufferSize_8u_C4R, 4, false},
+    {rvxiFilterMaxBorderReplicate_8u_C1R, rvxiFilterMaxGetBufferSize_8u_C1R, 1, true},
+    {rvxiFilterMaxBorderReplicate_8u_C3R, rvxiFilterMaxGetBufferSize_8u_C3R, 3, true},
+    {rvxiFilterMaxBorderReplicate_8u_C4R, rvxiFilterMaxGetBufferSize_8u_C4R, 4, true},
+};
+const Member<float> floats[] = {
+    {rvxiFilterMinBorderReplicate_32f_C1R, rvxiFilterMinGetBufferSize_32f_C1R, 1, false},
+    {rvxiFilterMinBorderReplicate_32f_C3R, rvxiFilterMinGetBufferSize_32f_C3R, 3, false},
+    {rvxiFilterMinBorderReplicate_32f_C4R, rvxiFilterMinGetBufferSize_32f_C4R, 4, false},
+    {rvxiFilterMaxBorderReplicate_32f_C1R, rvxiFilterMaxGetBufferSize_32f_C1R, 1, true},
+    {rvxiFilterMaxBorderReplicate_32f_C3R, rvxiFilterMaxGetBufferSize_32f_C3R, 3, true},
+    {rvxiFilterMaxBorderReplicate_32f_C4R, rvxiFilterMaxGetBufferSize_32f_C4R, 4, true},
+};
+
+template <class Check> void forEveryMember(const Check &check) {
+    for (const auto &member : bytes) {
+        check(member);
+    }
+    for (const auto &member : floats) {
+        check(member);
+    }
+}
+
+// Two passes of the plain definition: along rows, then along columns.
+template <class T>
+std::vector<T> plainRectangle(const GuardedImage<T> &src, int channels, RoiSize mask, Point2i anchor, bool maximum) {
+    std::vector<Offset> row, column;
+    for (std::int32_t i = 0; i < mask.width; ++i) {
+        row.push_back({i - anchor.x, 0});
+    }
+    for (std::int32_t j = 0; j < mask.height; ++j) {
+        column.push_back({0, j - anchor.y});
+    }
+    GuardedImage<T> rows(src.width(), src.height());
+    std::vector<T> result;
+    for (std::int64_t y = 0; y < src.height(); ++y) {
+        for (std::int64_t x = 0; x < src.width(); ++x) {
+            rows.set(x, y, plainExtremum(src, channels, row, maximum, {}, x, y));
+        }
+    }
+    for (std::int64_t y = 0; y < src.height(); ++y) {
+        for (std::int64_t x = 0; x < src.width(); ++x) {
+            result.push_back(plainExtremum(rows, channels, column, maximum, {}, x, y));
+        }
+    }
+    return result;
+}
+
+template <class T>
+void check(const Member<T> &member, RoiSize roi, RoiSize mask, Point2i anchor, Contents contents, Rng &rng) {
+    const std::int64_t padding = uniform(rng, 0, 2) * static_cast<std::int64_t>(sizeof(T));
+    const Guard guard = rng() % 2 != 0 ? Guard::behind : Guard::before;
+    GuardedImage<T> src(roi.width * member.channels, roi.height, {.padding = padding, .guard = guard}),
+        dst(roi.width * member.channels, roi.height, {.padding = 4 - padding % 4, .guard = guard});
+    src.fill(rng, contents);
+    std::int32_t size = 0;
+    ASSERT_EQ(member.query(roi.width, mask, &size), StatusOk);
+    GuardedBuffer buffer(size, guard);
+    buffer.scribble();
+    const std::vector<T> want = plainRectangle(src, member.channels, mask, anchor, member.maximum);
+    ASSERT_EQ(member.filter(src.data(), src.step(), dst.data(), dst.step(), roi, mask,
+                            anchor, buffer.data()),
+              StatusOk);
+    ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return want[static_cast<std::size_t>(y * dst.width() + x)]; }))
+        << "mask " << mask.width << "x" << mask.height << " anchor " << anchor.x << "," << anchor.y << " channels "
+        << member.channels << " maximum " << member.maximum;
+}
+
+// NaN is left out: where it stands, the result is free.
+constexpr Contents contentsOf[] = {Contents::random, Contents::small, Contents::nearMax, Contents::constant};
+
+TEST(RankFilter, EveryMaskWidthAndHeight) {
+    forEveryMember([](const auto &member) {
+        Rng rng = makeRng("rank masks", static_cast<unsigned>(member.channels) + 16 * member.maximum);
+        for (std::int32_t size = 1; size <= 40; ++size) {
+            const RoiSize roi{static_cast<std::int32_t>(uniform(rng, 1, 90)),
+                              static_cast<std::int32_t>(uniform(rng, 1, 24))};
+            check(member, roi, {size, 3}, {size / 2, 1}, contentsOf[size % 4], rng);
+            check(member, roi, {3, size}, {1, size / 3}, contentsOf[size % 4], rng);
+        }
+    });
+}
+
+TEST(RankFilter, EveryRegionWidth) {
+    forEveryMember([](const auto &member) {
+        Rng rng = makeRng("rank widths", static_cast<unsigned>(member.channels) + 16 * member.maximum);
+        for (std::int32_t width = 1; width <= 67; ++width) {
+            check(member, {width, 5}, {3, 3}, {1, 1}, contentsOf[width % 4], rng);
+            check(member, {width, 7}, {7, 5}, {6, 0}, contentsOf[width % 4], rng);
+        }
+    });
+}
+
+TEST(RankFilter, MasksLargerThanTheRegion) {
+    forEveryMember([](const auto &member) {
+        Rng rng = makeRng("rank large masks", static_cast<unsigned>(member.channels) + 16 * member.maximum);
+        for (int i = 0; i < 150; ++i) {
+            const RoiSize roi{static_cast<std::int32_t>(uniform(rng, 1, 40)),
+                              static_cast<std::int32_t>(uniform(rng, 1, 20))};
+            const RoiSize mask{static_cast<std::int32_t>(uniform(rng, 1, i % 3 == 0 ? 8 : 120)),
+                               static_cast<std::int32_t>(uniform(rng, 1, i % 5 == 0 ? 4 : 60))};
+            const Point2i anchor{static_cast<std::int32_t>(uniform(rng, 0, mask.width - 1)),
+                                 static_cast<std::int32_t>(uniform(rng, 0, mask.height - 1))};
+            check(member, roi, mask, anchor, contentsOf[i % 4], rng);
+        }
+        check(member, {1, 3}, {1000, 1}, {999, 0}, Contents::random, rng);
+        check(member, {1, 1}, {1000, 1000}, {0, 999}, Contents::random, rng);
+    });
+}
+
+TEST(RankFilter, WideAndHighMasksOnWideImages) {
+    Rng rng = makeRng("rank wide");
+    for (const RoiSize mask : {RoiSize{15, 15}, RoiSize{31, 31}, RoiSize{101, 101}, RoiSize{255, 2}, RoiSize{2, 255}}) {
+        check(bytes[3], {1283, 150}, mask, {mask.width / 2, mask.height / 2}, Contents::random, rng);
+        check(bytes[1], {643, 130}, mask, {mask.width / 2, mask.height / 2}, Contents::random, rng);
+        check(floats[5], {643, 130}, mask, {mask.width / 2, 0}, Contents::random, rng);
+    }
+}
+
+// A NaN may change the pixels whose mask covers it and no other.
+TEST(RankFilter, NaNStaysUnderTheMask) {
+    Rng rng = makeRng("rank nan");
+    GuardedImage<float> src(67, 21), clean(67, 21), dst(67, 21);
+    src.fill(rng, Contents::random);
+    const RoiSize mask{5, 9};
+    std::int32_t size = 0;
+    ASSERT_EQ(rvxiFilterMaxGetBufferSize_32f_C1R(67, mask, &size), StatusOk);
+    GuardedBuffer buffer(size);
+    ASSERT_EQ(rvxiFilterMaxBorderReplicate_32f_C1R(src.data(), src.step(), clean.data(), clean.step(), {67, 21}, mask,
+                                                   {2, 4}, buffer.data()),
+              StatusOk);
+    src.set(33, 10, std::numeric_limits<float>::quiet_NaN());
+    ASSERT_EQ(rvxiFilterMaxBorderReplicate_32f_C1R(src.data(), src.step(), dst.data(), dst.step(), {67, 21}, mask,
+                                                   {2, 4}, buffer.data()),
+              StatusOk);
+    ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) {
+        return std::abs(x - 33) <= 2 && std::abs(y - 10) <= 4 ? dst.at(x, y) : clean.at(x, y);
+    }));
+}
+
+TEST(RankFilter, SizesFollowTheFormula) {
+    const auto promised = [](std::int64_t width, std::int64_t pixelBytes, std::int64_t height) {
+        return 2 * height * (width * pixelBytes + 32) + 32 * height + 32;
+    };
+    forEveryMember([&]<class T>(const Member<T> &member) {
+        const std::int64_t pixelBytes = member.channels * static_cast<std::int64_t>(sizeof(T));
+        std::int32_t size = 0;
+        for (const RoiSize mask : {RoiSize{1, 1}, RoiSize{7, 3}, RoiSize{1000, 101}}) {
+            ASSERT_EQ(member.query(641, mask, &size), StatusOk);
+            EXPECT_EQ(size, promised(641, pixelBytes, mask.height));
+        }
+        EXPECT_EQ(member.query(0, {0, 0}, nullptr), StatusNullPointer);
+        EXPECT_EQ(member.query(0, {0, 0}, &size), StatusBadSize);
+        EXPECT_EQ(member.query(1, {0, 1}, &size), StatusBadMaskSize);
+        EXPECT_EQ(member.query(1, {1, 0}, &size), StatusBadMaskSize);
+        size = 77;
+        EXPECT_EQ(member.query(INT32_MAX, {1, 1}, &size), StatusBadSize);
+        EXPECT_EQ(member.query(INT32_MAX, {INT32_MAX, INT32_MAX}, &size), StatusBadSize);
+        EXPECT_EQ(size, 77);
+    });
+}
+
+template <class T> struct Call {
+    const T *src;
+    T *dst;
+    std::uint8_t *buffer;
+    std::int32_t srcStep, dstStep;
+    RoiSize roi, mask;
+    Point2i anchor;
+};
+
+TEST(RankFilter, StatusesInTheOrderOfTheChecks) {
+    forEveryMember([]<class T>(const Member<T> &member) {
+        GuardedImage<T> src(9 * member.channels, 4), dst(9 * member.channels, 4);
+        std::int32_t size = 0;
+        ASSERT_EQ(member.query(9, {3, 5}, &size), StatusOk);
+        GuardedBuffer buffer(size);
+        const std::int32_t row = src.step();
+        std::vector<Fault<Call<T>>> faults{
+            {"null source", StatusNullPointer, [](auto &c) { c.src = nullptr; }},
+            {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
+            {"null buffer", StatusNullPointer, [](auto &c) { c.buffer = nullptr; }},
+            {"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
+            {"no height", StatusBadSize, [](auto &c) { c.roi.height = -1; }},
+            {"no mask width", StatusBadMaskSize, [](auto &c) { c.mask.width = 0; }},
+            {"no mask height", StatusBadMaskSize, [](auto &c) { c.mask.height = 0; }},
+            {"anchor left of the mask", StatusBadAnchor, [](auto &c) { c.anchor.x = -1; }},
+            {"anchor at the mask's width", StatusBadAnchor, [](auto &c) { c.anchor.x = c.mask.width; }},
+            {"anchor above the mask", StatusBadAnchor, [](auto &c) { c.anchor.y = -1; }},
+            {"anchor at the mask's height", StatusBadAnchor, [](auto &c) { c.anchor.y = c.mask.height; }},
+            {"short source step", StatusBadStep, [=](auto &c) { c.srcStep = row - 1; }},
+            {"short destination step", StatusBadStep, [=](auto &c) { c.dstStep = row - 1; }},
+        };
+        if (sizeof(T) > 1) {
+            faults.push_back({"odd source step", StatusStepNotMultiple, [=](auto &c) { c.srcStep = row + 2; }});
+            faults.push_back({"odd destination step", StatusStepNotMultiple, [=](auto &c) { c.dstStep = row + 2; }});
+        }
+        expectFaultOrder<Call<T>>(
+            {src.data(), dst.data(), buffer.data(), row, row, {9, 4}, {3, 5}, {1, 2}}, faults,
+            [&](const Call<T> &c) {
+                return member.filter(c.src, c.srcStep, c.dst, c.dstStep, c.roi, c.mask, c.anchor, c.buffer);
+            },
+            [&] { return dst.bytes(); });
+    });
+}
+
+} // namespace
