@@ -147,7 +147,203 @@ StatusCode rvxiFilterColumnPipelineGetBufferSize_32f_C3R(RoiSize roi, int32_t ke
 StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roi, int32_t kernelSize, int32_t *size);
 
-/* ------------------------------------------------------------------------------- Derivative and low-pass filters */
+/* ------------------------------------------------------------------------------- Derivative and low-pass filters
+ *
+ * Filters of 3x3 (Mask3x3) or 5x5 (Mask5x5) pixels, Scharr 3x3 only, over a region with a border. Masks are written as
+ * they lie over the image, rows top to bottom: each coefficient multiplies the pixel under it. The 5x5 masks are the
+ * outer products of the five-tap kernels of the same names:
+ *
+ *             3 taps     5 taps
+ *     smooth  1  2  1    1  4  6  4  1
+ *     first  -1  0  1   -1 -2  0  2  1
+ *     second  1 -2  1    1  0 -2  0  1
+ *     box     1  1  1    1  1  1  1  1
+ *
+ * Results.
+ *   8u16s: the exact sum.
+ *   8u8s:  the exact sum times 1.0f / (float)divisor in single precision, saturated to -128..127. In a row of W pixels
+ *          the first W - W % 16 are rounded to nearest even, the last W % 16 are truncated toward zero.
+ *   32f:   bit for bit a row stage followed by a column stage of the separable pipeline with these kernels (in each the
+ *          first tap is a plain product and every further tap, zeros too, a fused multiply-add).
+ *
+ * Borders: kinds 0 (borderValue), 1, 2, 3, 4 and 6, with flags 16, 32, 64, 128 for sides whose outside pixels are read
+ * from memory (1 pixel for 3x3, 2 for 5x5). Regions smaller than the margin wrap or reflect repeatedly. Bits above the
+ * kind are refused unless they name a side.
+ *
+ * The buffer holds at least the bytes that the filter's GetBufferSize reports; it may start at any address and holds
+ * nothing between calls. Source and destination must not overlap.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer (source, destination or buffer), StatusBadSize,
+ * StatusBadStep (a step does not cover its row), StatusStepNotMultiple (16s and 32f images), StatusBadArgument (the
+ * border), StatusBadArgument (the divisor is 0), StatusBadMaskSize. GetBufferSize: StatusNullPointer, StatusBadSize
+ * (also for a size that does not fit), StatusBadMaskSize. */
+
+/* Left minus right: a vertical edge from bright to dark is positive.
+ *      1  0 -1
+ *      2  0 -2
+ *      1  0 -1 */
+StatusCode rvxiFilterSobelVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                              RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                              int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelVertBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                               uint8_t *buffer);
+StatusCode rvxiFilterSobelVertBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                             RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                             uint8_t *buffer);
+StatusCode rvxiFilterSobelVertGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelVertGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Below minus above.
+ *     -1 -2 -1
+ *      0  0  0
+ *      1  2  1 */
+StatusCode rvxiFilterSobelHorizBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                               int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                              RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                              uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelHorizGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelHorizGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Second derivative along the rows.
+ *      1 -2  1
+ *      2 -4  2
+ *      1 -2  1 */
+StatusCode rvxiFilterSobelVertSecondBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                                    RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                    int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelVertSecondBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                     RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                     uint8_t *buffer);
+StatusCode rvxiFilterSobelVertSecondBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                                   RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                                   uint8_t *buffer);
+StatusCode rvxiFilterSobelVertSecondGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelVertSecondGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelVertSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Second derivative along the columns.
+ *      1  2  1
+ *     -2 -4 -2
+ *      1  2  1 */
+StatusCode rvxiFilterSobelHorizSecondBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                                     RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                     int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizSecondBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst,
+                                                      int32_t dstStep, RoiSize roi, MaskCode mask, BorderKind border,
+                                                      uint8_t borderValue, uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizSecondBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                                    RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                                    uint8_t *buffer);
+StatusCode rvxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelHorizSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Right minus left: SobelVert with the opposite sign.
+ *     -1  0  1
+ *     -2  0  2
+ *     -1  0  1 */
+StatusCode rvxiFilterSobelNegVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                                 RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                 int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelNegVertBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                  RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                  uint8_t *buffer);
+StatusCode rvxiFilterSobelNegVertBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                                RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                                uint8_t *buffer);
+StatusCode rvxiFilterSobelNegVertGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelNegVertGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelNegVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Derivative along both axes.
+ *     -1  0  1
+ *      0  0  0
+ *      1  0 -1 */
+StatusCode rvxiFilterSobelCrossBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                               int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterSobelCrossBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                                uint8_t *buffer);
+StatusCode rvxiFilterSobelCrossBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                              RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                              uint8_t *buffer);
+StatusCode rvxiFilterSobelCrossGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelCrossGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterSobelCrossGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* Right minus left (the orientation of SobelNegVert), 3x3.
+ *     -3  0  3
+ *    -10  0 10
+ *     -3  0  3 */
+StatusCode rvxiFilterScharrVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                               RoiSize roi, BorderKind border, uint8_t borderValue, int32_t divisor,
+                                               uint8_t *buffer);
+StatusCode rvxiFilterScharrVertBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                RoiSize roi, BorderKind border, uint8_t borderValue, uint8_t *buffer);
+StatusCode rvxiFilterScharrVertBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                              RoiSize roi, BorderKind border, float borderValue, uint8_t *buffer);
+StatusCode rvxiFilterScharrVertGetBufferSize_8u8s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiFilterScharrVertGetBufferSize_8u16s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiFilterScharrVertGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+
+/* Below minus above, 3x3.
+ *     -3 -10 -3
+ *      0   0  0
+ *      3  10  3 */
+StatusCode rvxiFilterScharrHorizBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                                RoiSize roi, BorderKind border, uint8_t borderValue, int32_t divisor,
+                                                uint8_t *buffer);
+StatusCode rvxiFilterScharrHorizBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                                 RoiSize roi, BorderKind border, uint8_t borderValue, uint8_t *buffer);
+StatusCode rvxiFilterScharrHorizBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                               RoiSize roi, BorderKind border, float borderValue, uint8_t *buffer);
+StatusCode rvxiFilterScharrHorizGetBufferSize_8u8s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiFilterScharrHorizGetBufferSize_8u16s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiFilterScharrHorizGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+
+/* The sum of SobelVertSecond and SobelHorizSecond (before division and saturation).
+ *      2  0  2        2  4   4  4  2
+ *      0 -8  0        4  0  -8  0  4
+ *      2  0  2        4 -8 -24 -8  4
+ *                     4  0  -8  0  4
+ *                     2  4   4  4  2 */
+StatusCode rvxiFilterLaplacianBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
+                                              RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                              int32_t divisor, uint8_t *buffer);
+StatusCode rvxiFilterLaplacianBorder_8u16s_C1R(const uint8_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                               uint8_t *buffer);
+StatusCode rvxiFilterLaplacianBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                             RoiSize roi, MaskCode mask, BorderKind border, float borderValue,
+                                             uint8_t *buffer);
+StatusCode rvxiFilterLaplacianGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterLaplacianGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterLaplacianGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* The mean over the mask. 8u: the exact sum divided by 9 or 25, rounded to nearest in every pixel. 32f: a row stage and
+ * a column stage of ones, the sum multiplied by 1.0f / area. */
+StatusCode rvxiFilterLowpassBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
+                                          uint8_t *buffer);
+StatusCode rvxiFilterLowpassBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           MaskCode mask, BorderKind border, float borderValue, uint8_t *buffer);
+StatusCode rvxiFilterLowpassGetBufferSize_8u_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+StatusCode rvxiFilterLowpassGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+
+/* A one-dimensional Sobel kernel of n taps (odd), of derivative order 0 <= order < n, in the filters' orientation
+ * (order 1 of 3 taps: -1 0 1); a negative sign negates it. 16s coefficients wrap where they leave 16 bits.
+ * StatusNullPointer, then StatusBadSize (n below 1 or even, order out of range). */
+StatusCode rvxiGenSobelKernel_16s(int16_t *dst, int32_t n, int32_t order, int32_t sign);
+StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t sign);
 
 #ifdef __cplusplus
 }

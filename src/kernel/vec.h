@@ -282,6 +282,9 @@ template <int bits> RVX_INLINE I16x16 shiftLeft(I16x16 a) { return {{_mm256_slli
 RVX_INLINE I16x16 min(I16x16 a, I16x16 b) { return {{_mm256_min_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 max(I16x16 a, I16x16 b) { return {{_mm256_max_epi16(a.v, b.v)}}; }
 
+// The high halves of the 32-bit products.
+RVX_INLINE U16x16 mulHigh(U16x16 a, U16x16 b) { return {{_mm256_mulhi_epu16(a.v, b.v)}}; }
+template <int bits> RVX_INLINE U16x16 shiftRight(U16x16 a) { return {{_mm256_srli_epi16(a.v, bits)}}; }
 RVX_INLINE U16x16 subSaturated(U16x16 a, U16x16 b) { return {{_mm256_subs_epu16(a.v, b.v)}}; }
 RVX_INLINE U16x16 min(U16x16 a, U16x16 b) { return {{_mm256_min_epu16(a.v, b.v)}}; }
 RVX_INLINE U16x16 max(U16x16 a, U16x16 b) { return {{_mm256_max_epu16(a.v, b.v)}}; }

@@ -1,0 +1,211 @@
+// Whole images through the fixed filters: the argument checks, the loops over rows, and what becomes of an integer sum.
+#pragma once
+
+#include "filter/fixed_filter_sizes.h"
+#include "filter/gradient_rows.h"
+#include "kernel/checks.h"
+#include "kernel/scratch.h"
+
+namespace rvxcv {
+
+// ------------------------------------------------------------------------------------------------------ checks
+
+// Kinds 0 to 4 and 6. Bits above the kind are flags; they must name at least one side.
+constexpr bool isFilterBorder(BorderKind border) {
+    constexpr BorderKind sides = BorderInMemoryTop | BorderInMemoryBottom | BorderInMemoryLeft | BorderInMemoryRight;
+    const std::int32_t kind = border & 15;
+    const bool flagged = (border & ~15) != 0;
+    return (kind <= BorderMirrorRepeat || kind == BorderInMemory) && (!flagged || (border & sides) != 0);
+}
+
+// The arguments that every filter of the family has.
+template <class T, class D> struct FilterCall {
+    const T *src;
+    std::int32_t srcStep;
+    D *dst;
+    std::int32_t dstStep;
+    RoiSize roi;
+    BorderKind border;
+    T borderValue;
+    std::uint8_t *buffer;
+
+    // What comes before the mask; `divisor` is 1 where a filter has none.
+    Checks check(std::int32_t divisor = 1) const {
+        Checks checks;
+        checks.pointers(src, dst, buffer).size(roi).steps(rowBytes<T>(roi.width), srcStep);
+        checks.steps(rowBytes<D>(roi.width), dstStep).multiples(sizeof(T), srcStep).multiples(sizeof(D), dstStep);
+        checks.require(isFilterBorder(border), StatusBadArgument).require(divisor != 0, StatusBadArgument);
+        return checks;
+    }
+};
+
+// ---------------------------------------------------------------------------------------- what becomes of a sum
+
+struct Store16s {
+    static constexpr Tail tail = Tail::overlap;
+    static constexpr bool rereads = false;
+    std::int16_t *dst;
+
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
+        store(dst + x, sum, span);
+    }
+};
+
+// sum * (1 / divisor) in single precision, saturated. Whole blocks of 16 pixels are rounded to nearest even, the width
+// modulo 16 at a row's end is truncated: the pipeline's rule, and the reason why this tail must not overlap. The sums
+// of all filters and the reciprocal of an integer stay far inside int32, so saturating after the conversion is the
+// same as clamping before it.
+struct StoreDivided8s {
+    static constexpr Tail tail = Tail::partial;
+    static constexpr bool rereads = false;
+    std::int8_t *dst;
+    float reciprocal;
+
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
+        const F32x8 factor = splat(reciprocal);
+        const F32x8 low = mul(toF32(widenLow(sum)), factor), high = mul(toF32(widenHigh(sum)), factor);
+        if constexpr (std::is_same_v<Span, Full>) {
+            storeSaturated(dst + x, narrowSaturated(roundToEven(low), roundToEven(high)), span);
+        } else {
+            storeSaturated(dst + x, narrowSaturated(truncate(low), truncate(high)), span);
+        }
+    }
+};
+
+// The nearest integer to sum / area, by a multiplication. Areas are odd, so there are no ties.
+template <int area> struct RoundedMean {
+    static constexpr std::uint32_t half = area / 2, factor = 2 * 65536 / area + 1;
+
+    static constexpr bool isExact() {
+        for (std::uint32_t sum = 0; sum <= 255 * area; ++sum) {
+            if (((sum + half) * factor >> 16) / 2 != (sum + half) / area) {
+                return false;
+            }
+        }
+        return factor < 65536;
+    }
+};
+static_assert(RoundedMean<9>::isExact() && RoundedMean<25>::isExact());
+
+template <int area> struct StoreMean8u {
+    static constexpr Tail tail = Tail::overlap;
+    static constexpr bool rereads = false;
+    std::uint8_t *dst;
+
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
+        using Rounded = RoundedMean<area>;
+        const U16x16 numerator{{add(sum, splat(static_cast<std::int16_t>(Rounded::half))).v}};
+        const U16x16 product = mulHigh(numerator, splat(static_cast<std::uint16_t>(Rounded::factor)));
+        storeSaturated(dst + x, I16x16{{shiftRight<1>(product).v}}, span);
+    }
+};
+
+// ----------------------------------------------------------------------------------------------- whole images
+
+// An integer filter of an 8u image; `makeSink(row)` says what becomes of a destination row's sums.
+template <class Filter, class D, class MakeSink>
+void filterImage(const FilterCall<std::uint8_t, D> &call, const MakeSink &makeSink) {
+    constexpr int reach = Filter::taps / 2;
+    const Border border(call.border);
+    const ColumnMargins<reach> margins(border, call.roi.width);
+    const BorderedRows<std::uint8_t, reach> source({call.src, call.srcStep}, call.roi, border, call.borderValue,
+                                                   call.buffer);
+    const Plane dst{call.dst, call.dstStep};
+    for (std::int64_t y = 0; y < call.roi.height; ++y) {
+        const std::uint8_t *rows[Filter::taps];
+        source.around(y, rows);
+        filterRow<Filter>(rows, margins, call.borderValue, makeSink(dst.row(y)));
+    }
+}
+
+// A float filter is a row stage of one or more kernels and a sum over the columns of their results:
+//
+//     static constexpr int taps, planes;
+//     static void rows(row, margins, borderValue, start, count, out);              planes results of one row
+//     static F32x8 column(const float *const (&rows)[planes][taps], x, span);
+
+template <const auto &rowKernel, const auto &columnKernel, class Finish = Unscaled> struct Staged {
+    static constexpr int taps = rowKernel.taps, planes = 1;
+
+    static RVX_INLINE void rows(const float *source, const ColumnMargins<rowKernel.reach> &margins, float borderValue,
+                                std::int64_t start, std::int64_t count, float *const (&out)[planes]) {
+        rowStage<rowKernel>(source, margins, borderValue, start, count, out);
+    }
+    template <class Span>
+    static RVX_INLINE F32x8 column(const float *const (&sums)[planes][taps], std::ptrdiff_t x, Span span) {
+        return Finish{}(columnSum<columnKernel>(sums[0], x, span));
+    }
+};
+
+template <class Filter> struct StagedColumns {
+    static constexpr bool rereads = false;
+    const float *rows[Filter::planes][Filter::taps];
+    float *dst;
+
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        store(dst + x, Filter::column(rows, x, span), span);
+    }
+};
+
+// A float filter of an image: row stages into a ring of `taps` rows, columns over the ring. The image is worked in
+// strips of columns narrow enough that the ring stays in the first-level cache.
+template <class Filter> void filterImage(const FilterCall<float, float> &call) {
+    constexpr int taps = Filter::taps, reach = taps / 2, planes = Filter::planes;
+    constexpr std::int64_t stripColumns = 512;
+    const Border border(call.border);
+    const ColumnMargins<reach> margins(border, call.roi.width);
+
+    Scratch scratch(call.buffer, intermediateRows<float>(call.roi.width, taps) * planes);
+    // Rows of the ring are an odd number of vectors apart, so that they do not fall on the same cache sets.
+    const std::int64_t pitch = roundUp(std::min<std::int64_t>(call.roi.width, stripColumns), 16) + 8;
+    auto *const ring = scratch.take<float>(planes * taps * pitch, 32);
+    auto *const constantRow = scratch.take<float>(BorderedRows<float, reach>::constantElements(call.roi.width));
+    const BorderedRows<float, reach> source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
+    const Plane dst{call.dst, call.dstStep};
+
+    for (std::int64_t start = 0; start < call.roi.width; start += stripColumns) {
+        const std::int64_t count = std::min(call.roi.width - start, stripColumns);
+        StagedColumns<Filter> columns{};
+        float *slots[planes][taps];
+        for (int i = 0; i < planes * taps; ++i) {
+            slots[i / taps][i % taps] = ring + i * pitch;
+        }
+        for (std::int64_t y = -reach; y < call.roi.height + reach; ++y) {
+            float *newest[planes];
+            for (int p = 0; p < planes; ++p) {
+                std::rotate(slots[p], slots[p] + 1, slots[p] + taps);
+                newest[p] = slots[p][taps - 1];
+            }
+            Filter::rows(source.row(y), margins, call.borderValue, start, count, newest);
+            if (y >= reach) {
+                for (int p = 0; p < planes; ++p) {
+                    std::copy(slots[p], slots[p] + taps, columns.rows[p]);
+                }
+                columns.dst = dst.row(y - reach) + start;
+                walkRow<8, Tail::overlap>(count, columns);
+            }
+        }
+    }
+}
+
+// The member of a filter for a mask. A filter without a 5x5 form is never asked for it.
+template <class Filter, class D, class MakeSink>
+void filterByMask(const FilterCall<std::uint8_t, D> &call, MaskCode mask, const MakeSink &makeSink) {
+    if constexpr (requires { typename Filter::Sums5; }) {
+        if (mask == Mask5x5) {
+            return filterImage<typename Filter::Sums5>(call, makeSink);
+        }
+    }
+    filterImage<typename Filter::Sums3>(call, makeSink);
+}
+
+template <class Filter> void filterByMask(const FilterCall<float, float> &call, MaskCode mask) {
+    if constexpr (requires { typename Filter::Floats5; }) {
+        if (mask == Mask5x5) {
+            return filterImage<typename Filter::Floats5>(call);
+        }
+    }
+    filterImage<typename Filter::Floats3>(call);
+}
+
+} // namespace rvxcv
