@@ -102,6 +102,7 @@ template <class T, class D> void checkSizes(const std::map<std::string, Sizes> &
         EXPECT_EQ(m.size({4, 0}, 35, &bytes), StatusBadSize);
         EXPECT_EQ(m.size({INT32_MAX, INT32_MAX}, 33, &bytes), StatusBadSize) << "does not fit";
         if (m.hasMask) {
+            EXPECT_EQ(m.size({INT32_MAX, INT32_MAX}, 55, &bytes), StatusBadSize) << "does not fit";
             EXPECT_EQ(m.size({4, 4}, 35, &bytes), StatusBadMaskSize);
             EXPECT_EQ(m.size({INT32_MAX, 1}, 35, &bytes), StatusBadMaskSize);
         }
