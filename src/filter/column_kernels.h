@@ -9,6 +9,7 @@
 #include "filter/pipeline_sums.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace rvxcv {
 
@@ -41,19 +42,13 @@ public:
     template <int rows, int units, class Source>
     RVX_INLINE void sums(Sum (&sum)[rows][units], const Source &source) const {
         if constexpr (taps != 0) {
-            for (int i = 0; i < taps + rows - 1; ++i) {
-                addRow(sum, source, i, std::max(i - taps + 1, 0), std::min(i + 1, rows));
-            }
+            addAll(sum, source, std::make_integer_sequence<int, taps + rows - 1>{});
         } else {
-            for (int i = 0; i < rows; ++i) {
-                addRow(sum, source, i, 0, i + 1);
-            }
+            addFirst(sum, source, std::make_integer_sequence<int, rows>{});
             for (int i = rows; i < size_; ++i) {
-                addRow(sum, source, i, 0, rows);
+                addRow<0, rows, false>(sum, source, i);
             }
-            for (int i = 1; i < rows; ++i) {
-                addRow(sum, source, size_ - 1 + i, i, rows);
-            }
+            addLast(sum, source, std::make_integer_sequence<int, rows - 1>{});
         }
     }
 
@@ -68,15 +63,32 @@ private:
         }
     }
 
-    // Source row i joins the sums of the output rows first..last-1.
-    template <int rows, int units, class Source>
-    RVX_INLINE void addRow(Sum (&sum)[rows][units], const Source &source, int i, int first, int last) const {
+    // Source row i joins the sums of the output rows first..last-1; it begins the sum of the last one if that is new.
+    template <int first, int last, bool isNew, int rows, int units, class Source>
+    RVX_INLINE void addRow(Sum (&sum)[rows][units], const Source &source, int i) const {
         for (int u = 0; u < units; ++u) {
             const Sum value = Arithmetic::value(source.at(i, u), source.span);
-            for (int r = first; r < last; ++r) {
-                sum[r][u] = r == i ? Arithmetic::first(tap(0), value) : Arithmetic::next(sum[r][u], tap(i - r), value);
+            for (int r = first; r < last - isNew; ++r) {
+                sum[r][u] = Arithmetic::next(sum[r][u], tap(i - r), value);
+            }
+            if (isNew) {
+                sum[last - 1][u] = Arithmetic::first(tap(0), value);
             }
         }
+    }
+
+    // The rows of a fixed kernel, and the first and the last ones of any: written out, so that sums stay in registers.
+    template <int rows, int units, class Source, int... i>
+    RVX_INLINE void addAll(Sum (&sum)[rows][units], const Source &source, std::integer_sequence<int, i...>) const {
+        (addRow<std::max(i - taps + 1, 0), std::min(i + 1, rows), (i < rows)>(sum, source, i), ...);
+    }
+    template <int rows, int units, class Source, int... i>
+    RVX_INLINE void addFirst(Sum (&sum)[rows][units], const Source &source, std::integer_sequence<int, i...>) const {
+        (addRow<0, i + 1, true>(sum, source, i), ...);
+    }
+    template <int rows, int units, class Source, int... i>
+    RVX_INLINE void addLast(Sum (&sum)[rows][units], const Source &source, std::integer_sequence<int, i...>) const {
+        (addRow<i + 1, rows, false>(sum, source, size_ + i), ...);
     }
 
     const typename Arithmetic::Coefficient *kernel_;

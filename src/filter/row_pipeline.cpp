@@ -21,7 +21,6 @@ template <int c> struct Row16s : AnyDivisorButZero {
     using Source = std::int16_t;
     using Destination = std::int16_t;
     using Coefficient = std::int16_t;
-    using Extended = std::int16_t;
     using Output = Divided<std::int16_t>;
     template <int taps> using Kernel = PairRow<c, taps>;
     static constexpr int channels = c;
@@ -30,7 +29,6 @@ template <int c> struct Row16s : AnyDivisorButZero {
 
 template <int c> struct Row8u16s : Row16s<c> {
     using Source = std::uint8_t;
-    using Extended = std::uint8_t;
     static constexpr std::int64_t scratchBytes(std::int64_t k) {
         return c == 1 ? 32 * (k + k / 4) + 2 * k + 66 : 60 * k + 144;
     }
@@ -46,7 +44,6 @@ template <int c> struct Row32f {
     using Source = float;
     using Destination = float;
     using Coefficient = float;
-    using Extended = float;
     using Output = Undivided;
     template <int taps> using Kernel = ChainRow<FloatArithmetic, c, taps>;
     static constexpr int channels = c;
@@ -54,7 +51,7 @@ template <int c> struct Row32f {
     static constexpr std::int64_t scratchBytes(std::int64_t k) { return c == 1 ? 96 * k + 96 : 288 * k + 96; }
 };
 
-// Coefficients are unsigned; they and the row become floats in the scratch buffer.
+// Coefficients are unsigned; they become floats in the scratch buffer.
 template <int c> struct Row16u : Row32f<c> {
     using Source = std::uint16_t;
     using Destination = std::uint16_t;
@@ -101,7 +98,7 @@ StatusCode
 filterRows(const typename Member::Source *src, std::int32_t srcStep, typename Member::Destination *const *dstRows,
            RoiSize roi, const typename Member::Coefficient *kernel, std::int32_t kernelSize, std::int32_t xAnchor,
            BorderKind border, const typename Member::Source *borderValue, std::int32_t divisor, std::uint8_t *buffer) {
-    using Extended = typename Member::Extended;
+    using Source = typename Member::Source;
     const StatusCode status =
         check<Member>(src, srcStep, dstRows, roi, kernel, kernelSize, xAnchor, border, borderValue, divisor, buffer);
     if (status != StatusOk) {
@@ -111,10 +108,10 @@ filterRows(const typename Member::Source *src, std::int32_t srcStep, typename Me
         {src, srcStep}, dstRows, roi, kernelSize, xAnchor, Border(border), borderValue};
     Scratch scratch(buffer, Member::scratchBytes(kernelSize));
     const auto *taps = ownTaps(kernel, kernelSize, scratch);
-    constexpr std::int64_t pixelBytes = rowBytes<Extended>(Member::channels);
+    constexpr std::int64_t pixelBytes = rowBytes<Source>(Member::channels);
     const std::int64_t longest = longestPatchBytes / pixelBytes + kernelSize + unit;
     const std::int64_t capacity = std::min(scratch.left() / pixelBytes, longest);
-    auto *patch = scratch.take<Extended>(capacity * Member::channels, 1);
+    auto *patch = scratch.take<Source>(capacity * Member::channels, 1);
     withTapCount(kernelSize, [&](auto count) {
         using Kernel = typename Member::template Kernel<decltype(count)::value>;
         filterRows<Member::channels>(task, Kernel(taps, kernelSize), typename Member::Output(divisor), patch, capacity);
