@@ -1,0 +1,86 @@
+// Image files: what is written reads back; what is broken ends in a message, never in a crash.
+#include "program.h"
+
+namespace {
+
+using namespace tools;
+using program::pattern;
+
+TEST(ImageFiles, LosslessFormatsReadBack) {
+    const program::Folder folder;
+    for (const int channels : {1, 3}) {
+        for (const char *name : {"a.png", "a.pnm", "b.PNG"}) {
+            const Image image = pattern(37, 11, channels);
+            writeImage(folder / name, image);
+            const Image back = readImage(folder / name);
+            EXPECT_EQ(back.channels, channels);
+            EXPECT_EQ(back.width, 37);
+            EXPECT_EQ(back.pixels, image.pixels) << name;
+        }
+    }
+}
+
+TEST(ImageFiles, JpegKeepsThePicture) {
+    const program::Folder folder;
+    Image smooth(64, 48, 3);
+    for (int y = 0; y < 48; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            smooth.pixel(x, y)[0] = static_cast<std::uint8_t>(3 * x);
+            smooth.pixel(x, y)[1] = static_cast<std::uint8_t>(4 * y);
+            smooth.pixel(x, y)[2] = 90;
+        }
+    }
+    writeImage(folder / "a.jpg", smooth);
+    const Image back = readImage(folder / "a.jpg");
+    ASSERT_EQ(back.pixels.size(), smooth.pixels.size());
+    for (std::size_t i = 0; i < back.pixels.size(); ++i) {
+        ASSERT_NEAR(back.pixels[i], smooth.pixels[i], 12);
+    }
+}
+
+TEST(ImageFiles, TextAndBitFormats) {
+    const program::Folder folder;
+    program::writeText(folder / "a.pbm", "P1\n# a comment\n3 2\n1 0 1\n0 1 0\n");
+    EXPECT_EQ(readImage(folder / "a.pbm").pixels, (std::vector<std::uint8_t>{0, 255, 0, 255, 0, 255}));
+    program::writeText(folder / "b.pbm", std::string("P4\n10 1\n") + '\xa0' + '\x40');
+    EXPECT_EQ(readImage(folder / "b.pbm").pixels,
+              (std::vector<std::uint8_t>{0, 255, 0, 255, 255, 255, 255, 255, 255, 0}));
+    program::writeText(folder / "c.pgm", "P2 2 1 15 0 15");
+    EXPECT_EQ(readImage(folder / "c.pgm").pixels, (std::vector<std::uint8_t>{0, 255}));
+    program::writeText(folder / "d.pgm", std::string("P5 1 1 65535\n") + '\x80' + '\x00');
+    EXPECT_EQ(readImage(folder / "d.pgm").pixels, (std::vector<std::uint8_t>{128}));
+}
+
+// Every file cut off at any length is refused with a message that names it.
+TEST(ImageFiles, TruncatedFilesAreRefused) {
+    const program::Folder folder;
+    for (const char *name : {"a.png", "a.jpg", "a.ppm", "a.pgm"}) {
+        writeImage(folder / name, pattern(23, 17, 3));
+        const std::string whole = program::readText(folder / name);
+        ASSERT_GT(whole.size(), 100u);
+        for (std::size_t length = 0; length + 2 < whole.size(); length += 1 + length / 7) {
+            const std::string cut = folder / "cut";
+            program::writeText(cut, whole.substr(0, length));
+            try {
+                readImage(cut);
+                ADD_FAILURE() << name << " cut to " << length << " of " << whole.size() << " bytes was read";
+            } catch (const Failure &failure) {
+                EXPECT_NE(std::string(failure.what()).find(cut), std::string::npos);
+            }
+        }
+    }
+}
+
+TEST(ImageFiles, NonsenseIsRefused) {
+    const program::Folder folder;
+    for (const char *text : {"P5 0 5 255\n", "P5 99999999 99999999 255\n", "P5 4 4 0\n0000", "P2 2 2 255 1 x 3 4",
+                             "P9 1 1 255\n0", "hello", ""}) {
+        program::writeText(folder / "x", text);
+        EXPECT_THROW(readImage(folder / "x"), Failure) << text;
+    }
+    EXPECT_THROW(readImage(folder / "missing.png"), Failure);
+    EXPECT_THROW(writeImage(folder / "no-ending", pattern(2, 2, 1)), Failure);
+    EXPECT_THROW(writeImage(folder / "no/such/folder.png", pattern(2, 2, 1)), Failure);
+}
+
+} // namespace

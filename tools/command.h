@@ -1,0 +1,16 @@
+// The commands of the program. A command is one file in commands/: a function that declares its options on a
+// subcommand and says what runs. main.cpp lists them.
+#pragma once
+
+#include "image.h"
+
+#include <CLI/CLI.hpp>
+
+namespace tools {
+
+void addInfo(CLI::App &program);
+void addDiff(CLI::App &program);
+void addAverage(CLI::App &program);
+void addScene(CLI::App &program);
+
+} // namespace tools

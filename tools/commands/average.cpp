@@ -1,0 +1,57 @@
+// rvxcv average FRAMES... -o OUT: the running average of frames, as a background model keeps it.
+#include "command.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace tools {
+namespace {
+
+struct Options {
+    std::vector<std::string> frames;
+    std::string out;
+    float alpha = 0.1f;
+};
+
+void run(const Options &options) {
+    Image first = readImage(options.frames.front());
+    // A row of interleaved channels is a row of so many single-channel pixels.
+    const RoiSize roi{first.width * first.channels, first.height};
+    std::vector<float> average(first.pixels.begin(), first.pixels.end());
+    const std::int32_t averageStep = roi.width * static_cast<std::int32_t>(sizeof(float));
+    for (std::size_t i = 1; i < options.frames.size(); ++i) {
+        Image frame = readImage(options.frames[i]);
+        if (frame.width != first.width || frame.height != first.height) {
+            throw Failure(options.frames[i] + " is " + std::to_string(frame.width) + "x" +
+                          std::to_string(frame.height) + ", " + options.frames.front() + " is " +
+                          std::to_string(first.width) + "x" + std::to_string(first.height) +
+                          ": the frames must be of one size");
+        }
+        if (frame.channels != first.channels) {
+            frame = first.channels == 3 ? toColour(frame) : toGrey(frame);
+        }
+        check(rvxiAddWeighted_8u32f_C1IR(frame.data(), frame.step(), average.data(), averageStep, roi, options.alpha),
+              "AddWeighted");
+    }
+    Image result(first.width, first.height, first.channels);
+    std::transform(average.begin(), average.end(), result.pixels.begin(), [](float v) {
+        return static_cast<std::uint8_t>(std::clamp(std::nearbyint(v), 0.0f, 255.0f));
+    });
+    writeImage(options.out, result);
+}
+
+} // namespace
+
+void addAverage(CLI::App &program) {
+    auto options = std::make_shared<Options>();
+    CLI::App *command = program.add_subcommand("average", "Write the running average of frames of one size");
+    command->add_option("FRAMES", options->frames, "Images, oldest first")->required();
+    command->add_option("-o,--output", options->out, "Picture to write")->required();
+    command->add_option("--alpha", options->alpha, "Weight of each new frame")
+        ->check(CLI::Range(0.0, 1.0))
+        ->capture_default_str();
+    command->callback([options] { run(*options); });
+}
+
+} // namespace tools

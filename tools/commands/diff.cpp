@@ -1,0 +1,41 @@
+// rvxcv diff A B OUT: the absolute difference of two images.
+#include "command.h"
+
+#include <memory>
+
+namespace tools {
+namespace {
+
+struct Options {
+    std::string first, second, out;
+};
+
+void run(const Options &options) {
+    Image a = readImage(options.first), b = readImage(options.second);
+    if (a.width != b.width || a.height != b.height) {
+        throw Failure(options.first + " is " + std::to_string(a.width) + "x" + std::to_string(a.height) + ", " +
+                      options.second + " is " + std::to_string(b.width) + "x" + std::to_string(b.height) +
+                      ": the images must be of one size");
+    }
+    if (a.channels != b.channels) { // grey with colour
+        a = toColour(a);
+        b = toColour(b);
+    }
+    Image difference(a.width, a.height, a.channels);
+    const auto absDiff = a.channels == 3 ? rvxiAbsDiff_8u_C3R : rvxiAbsDiff_8u_C1R;
+    check(absDiff(a.data(), a.step(), b.data(), b.step(), difference.data(), difference.step(), a.roi()), "AbsDiff");
+    writeImage(options.out, difference);
+}
+
+} // namespace
+
+void addDiff(CLI::App &program) {
+    auto options = std::make_shared<Options>();
+    CLI::App *command = program.add_subcommand("diff", "Write the absolute difference of two images of one size");
+    command->add_option("A", options->first, "First image")->required();
+    command->add_option("B", options->second, "Second image")->required();
+    command->add_option("OUT", options->out, "Picture to write")->required();
+    command->callback([options] { run(*options); });
+}
+
+} // namespace tools
