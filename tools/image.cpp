@@ -336,16 +336,11 @@ void check(StatusCode status, const char *function) {
         StatusCode status;
         const char *name;
     };
-    constexpr Name names[] = {{StatusError, "StatusError"},
-                              {StatusBadArgument, "StatusBadArgument"},
-                              {StatusBadSize, "StatusBadSize"},
-                              {StatusNullPointer, "StatusNullPointer"},
-                              {StatusNoMemory, "StatusNoMemory"},
-                              {StatusOutOfRange, "StatusOutOfRange"},
-                              {StatusBadStep, "StatusBadStep"},
-                              {StatusBadMaskSize, "StatusBadMaskSize"},
-                              {StatusBadAnchor, "StatusBadAnchor"},
-                              {StatusStepNotMultiple, "StatusStepNotMultiple"},
+    constexpr Name names[] = {{StatusError, "StatusError"},         {StatusBadArgument, "StatusBadArgument"},
+                              {StatusBadSize, "StatusBadSize"},     {StatusNullPointer, "StatusNullPointer"},
+                              {StatusNoMemory, "StatusNoMemory"},   {StatusOutOfRange, "StatusOutOfRange"},
+                              {StatusBadStep, "StatusBadStep"},     {StatusBadMaskSize, "StatusBadMaskSize"},
+                              {StatusBadAnchor, "StatusBadAnchor"}, {StatusStepNotMultiple, "StatusStepNotMultiple"},
                               {StatusBadBorder, "StatusBadBorder"}};
     if (status >= StatusOk) {
         return;

@@ -55,8 +55,10 @@ Colour background(double x, double y, unsigned seed) {
         double left, right, top;
         Colour wall;
     };
-    constexpr House houses[] = {{0, 130, 90, {158, 92, 74}},     {130, 235, 150, {196, 178, 140}},
-                                {235, 330, 60, {122, 132, 146}}, {420, 530, 120, {172, 128, 100}},
+    constexpr House houses[] = {{0, 130, 90, {158, 92, 74}},
+                                {130, 235, 150, {196, 178, 140}},
+                                {235, 330, 60, {122, 132, 146}},
+                                {420, 530, 120, {172, 128, 100}},
                                 {530, 640, 40, {106, 112, 124}}};
     for (const House &house : houses) {
         if (!inBox(x, y, house.left, house.top, house.right, 330)) {
@@ -94,7 +96,8 @@ bool objects(double x, double y, int frame, Colour &colour) {
         if (inDisc(u, v, -34, 16, 12) || inDisc(u, v, 34, 16, 12)) {
             colour = inDisc(u, v, -34, 16, 5) || inDisc(u, v, 34, 16, 5) ? Colour{170, 172, 176} : Colour{26, 26, 28};
             hit = true;
-        } else if (inBox(u, v, -60, -8, 60, 16) || (inBox(u, v, -40, -30, 34, -7) && v > -30 + 0.6 * (std::fabs(u + 3) - 26))) {
+        } else if (inBox(u, v, -60, -8, 60, 16) ||
+                   (inBox(u, v, -40, -30, 34, -7) && v > -30 + 0.6 * (std::fabs(u + 3) - 26))) {
             const bool glass = inBox(u, v, -30, -26, 24, -9) && std::fabs(u + 3) > 2;
             colour = glass ? Colour{150, 178, 196} : scaled(car.paint, 1.15 - 0.012 * (v + 30));
             hit = true;
@@ -103,8 +106,9 @@ bool objects(double x, double y, int frame, Colour &colour) {
     const double step = 9.0 * frame, bounce = std::fabs(std::sin(0.9 * frame + 0.5));
     const double px = x - 430 + 5.0 * frame, py = y - 300; // a person
     if (inDisc(px, py, 0, -26, 8) || inBox(px, py, -8, -18, 8, 12) ||
-        (py >= 12 && py < 40 && (std::fabs(px - 4 - (py - 12) * 0.2 * std::sin(frame)) < 4 ||
-                                 std::fabs(px + 4 + (py - 12) * 0.2 * std::sin(frame)) < 4))) {
+        (py >= 12 && py < 40 &&
+         (std::fabs(px - 4 - (py - 12) * 0.2 * std::sin(frame)) < 4 ||
+          std::fabs(px + 4 + (py - 12) * 0.2 * std::sin(frame)) < 4))) {
         colour = py < -18 ? Colour{222, 178, 148} : py < 12 ? Colour{228, 176, 40} : Colour{48, 52, 80};
         hit = true;
     }

@@ -77,24 +77,31 @@ template <class T> T clampTo(std::int32_t value) {
 
 using namespace rvxcv;
 
-StatusCode rvxiAbsDiff_8u_C1R(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step, uint8_t *dst, int32_t dstStep, RoiSize roi) {
+StatusCode rvxiAbsDiff_8u_C1R(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                              uint8_t *dst, int32_t dstStep, RoiSize roi) {
     return absDiffImages<1>(src1, src1Step, src2, src2Step, dst, dstStep, roi);
 }
-StatusCode rvxiAbsDiff_8u_C3R(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step, uint8_t *dst, int32_t dstStep, RoiSize roi) {
+StatusCode rvxiAbsDiff_8u_C3R(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                              uint8_t *dst, int32_t dstStep, RoiSize roi) {
     return absDiffImages<3>(src1, src1Step, src2, src2Step, dst, dstStep, roi);
 }
-StatusCode rvxiAbsDiff_16u_C1R(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step, uint16_t *dst, int32_t dstStep, RoiSize roi) {
+StatusCode rvxiAbsDiff_16u_C1R(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                               uint16_t *dst, int32_t dstStep, RoiSize roi) {
     return absDiffImages<1>(src1, src1Step, src2, src2Step, dst, dstStep, roi);
 }
-StatusCode rvxiAbsDiff_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *dst, int32_t dstStep, RoiSize roi) {
+StatusCode rvxiAbsDiff_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *dst,
+                               int32_t dstStep, RoiSize roi) {
     return absDiffImages<1>(src1, src1Step, src2, src2Step, dst, dstStep, roi);
 }
-StatusCode rvxiAbsDiffC_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi, int32_t value) {
+StatusCode rvxiAbsDiffC_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                               int32_t value) {
     return absDiffConstant(src, srcStep, dst, dstStep, roi, clampTo<std::uint8_t>(value));
 }
-StatusCode rvxiAbsDiffC_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep, RoiSize roi, int32_t value) {
+StatusCode rvxiAbsDiffC_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep, RoiSize roi,
+                                int32_t value) {
     return absDiffConstant(src, srcStep, dst, dstStep, roi, clampTo<std::uint16_t>(value));
 }
-StatusCode rvxiAbsDiffC_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi, float value) {
+StatusCode rvxiAbsDiffC_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                float value) {
     return absDiffConstant(src, srcStep, dst, dstStep, roi, value);
 }

@@ -59,8 +59,7 @@ template <class T> bool gapless(const Sources<T> &image, bool masked, RoiSize ro
            (!masked || image.mask.step == width);
 }
 
-template <class Operation, bool masked, class T>
-void accumulate(const Sources<T> &image, RoiSize roi, float alpha) {
+template <class Operation, bool masked, class T> void accumulate(const Sources<T> &image, RoiSize roi, float alpha) {
     const RowShape shape(roi.width, roi.height, gapless(image, masked, roi));
     for (std::int64_t y = 0; y < shape.height; ++y) {
         const AccumulateRow<Operation, masked, T> row{image.first.row(y), image.second.row(y),
@@ -76,8 +75,7 @@ void accumulate(const Sources<T> &image, RoiSize roi, float alpha) {
 // tested with the sources'.
 template <class T>
 StatusCode check(const T *first, std::int32_t firstStep, const T *second, std::int32_t secondStep, bool masked,
-                 const std::uint8_t *mask, std::int32_t maskStep, const float *acc, std::int32_t accStep,
-                 RoiSize roi) {
+                 const std::uint8_t *mask, std::int32_t maskStep, const float *acc, std::int32_t accStep, RoiSize roi) {
     Checks checks;
     checks.pointers(first, second, acc).require(!masked || mask != nullptr, StatusNullPointer).size(roi);
     checks.steps(rowBytes<T>(roi.width), firstStep, secondStep);
@@ -109,8 +107,8 @@ StatusCode update(const T *first, std::int32_t firstStep, const T *second, std::
 
 template <class Operation, class T>
 StatusCode updateMasked(const T *first, std::int32_t firstStep, const T *second, std::int32_t secondStep,
-                        const std::uint8_t *mask, std::int32_t maskStep, float *acc, std::int32_t accStep,
-                        RoiSize roi, float alpha = 0.0f) {
+                        const std::uint8_t *mask, std::int32_t maskStep, float *acc, std::int32_t accStep, RoiSize roi,
+                        float alpha = 0.0f) {
     const StatusCode status = check(first, firstStep, second, secondStep, true, mask, maskStep, acc, accStep, roi);
     if (status == StatusOk) {
         accumulate<Operation, true, T>({{first, firstStep}, {second, secondStep}, {mask, maskStep}, {acc, accStep}},
@@ -146,16 +144,20 @@ StatusCode rvxiAdd_8s32f_C1IR(const int8_t *src, int32_t srcStep, float *acc, in
 StatusCode rvxiAdd_16u32f_C1IR(const uint16_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
     return update<Sum>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
-StatusCode rvxiAdd_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAdd_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                               int32_t accStep, RoiSize roi) {
     return updateMasked<Sum>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAdd_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAdd_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                               int32_t accStep, RoiSize roi) {
     return updateMasked<Sum>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAdd_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAdd_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                                int32_t accStep, RoiSize roi) {
     return updateMasked<Sum>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAdd_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAdd_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                             int32_t accStep, RoiSize roi) {
     return updateMasked<Sum>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 // ---------------------------------------------------------------------------------------------------- AddSquare
@@ -171,70 +173,92 @@ StatusCode rvxiAddSquare_16u32f_C1IR(const uint16_t *src, int32_t srcStep, float
 StatusCode rvxiAddSquare_32f_C1IR(const float *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
     return update<Product>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
-StatusCode rvxiAddSquare_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddSquare_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                     float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddSquare_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddSquare_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                     float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddSquare_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddSquare_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                      float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddSquare_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddSquare_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                                   int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 // --------------------------------------------------------------------------------------------------- AddProduct
-StatusCode rvxiAddProduct_8u32f_C1IR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_8u32f_C1IR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                     float *acc, int32_t accStep, RoiSize roi) {
     return update<Product>(src1, src1Step, src2, src2Step, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_8s32f_C1IR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_8s32f_C1IR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                     float *acc, int32_t accStep, RoiSize roi) {
     return update<Product>(src1, src1Step, src2, src2Step, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_16u32f_C1IR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_16u32f_C1IR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                      float *acc, int32_t accStep, RoiSize roi) {
     return update<Product>(src1, src1Step, src2, src2Step, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_32f_C1IR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_32f_C1IR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *acc,
+                                   int32_t accStep, RoiSize roi) {
     return update<Product>(src1, src1Step, src2, src2Step, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_8u32f_C1IMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_8u32f_C1IMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src1, src1Step, src2, src2Step, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_8s32f_C1IMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_8s32f_C1IMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src1, src1Step, src2, src2Step, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_16u32f_C1IMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_16u32f_C1IMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                       const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep,
+                                       RoiSize roi) {
     return updateMasked<Product>(src1, src1Step, src2, src2Step, mask, maskStep, acc, accStep, roi);
 }
-StatusCode rvxiAddProduct_32f_C1IMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
+StatusCode rvxiAddProduct_32f_C1IMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi) {
     return updateMasked<Product>(src1, src1Step, src2, src2Step, mask, maskStep, acc, accStep, roi);
 }
 // -------------------------------------------------------------------------------------------------- AddWeighted
-StatusCode rvxiAddWeighted_8u32f_C1IR(const uint8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_8u32f_C1IR(const uint8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi,
+                                      float alpha) {
     return update<Weighted>(src, srcStep, src, srcStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_8s32f_C1IR(const int8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_8s32f_C1IR(const int8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi,
+                                      float alpha) {
     return update<Weighted>(src, srcStep, src, srcStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_16u32f_C1IR(const uint16_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_16u32f_C1IR(const uint16_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi,
+                                       float alpha) {
     return update<Weighted>(src, srcStep, src, srcStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_32f_C1IR(const float *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_32f_C1IR(const float *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi,
+                                    float alpha) {
     return update<Weighted>(src, srcStep, src, srcStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                       float *acc, int32_t accStep, RoiSize roi, float alpha) {
     return updateMasked<Weighted>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                       float *acc, int32_t accStep, RoiSize roi, float alpha) {
     return updateMasked<Weighted>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                        float *acc, int32_t accStep, RoiSize roi, float alpha) {
     return updateMasked<Weighted>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi, alpha);
 }
-StatusCode rvxiAddWeighted_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                     float *acc, int32_t accStep, RoiSize roi, float alpha) {
     return updateMasked<Weighted>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi, alpha);
 }
 // -------------------------------------------------------------------------------- weighted sum of two images
-StatusCode rvxiAddWeighted_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *dst, int32_t dstStep, RoiSize roi, float alpha) {
+StatusCode rvxiAddWeighted_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *dst,
+                                   int32_t dstStep, RoiSize roi, float alpha) {
     const StatusCode status = check(src1, src1Step, src2, src2Step, false, nullptr, 0, dst, dstStep, roi);
     if (status != StatusOk) {
         return status;
@@ -242,7 +266,8 @@ StatusCode rvxiAddWeighted_32f_C1R(const float *src1, int32_t src1Step, const fl
     const Sources<float> image{{src1, src1Step}, {src2, src2Step}, {nullptr, 0}, {dst, dstStep}};
     const RowShape shape(roi.width, roi.height, gapless(image, false, roi));
     for (std::int64_t y = 0; y < shape.height; ++y) {
-        walkRow<F32x8::lanes>(shape.width, BlendRow{image.first.row(y), image.second.row(y), image.acc.row(y), splat(alpha)});
+        walkRow<F32x8::lanes>(shape.width,
+                              BlendRow{image.first.row(y), image.second.row(y), image.acc.row(y), splat(alpha)});
     }
     return StatusOk;
 }

@@ -30,6 +30,8 @@ template <class T> RVX_INLINE T *byteOffset(T *p, std::ptrdiff_t bytes) {
     return reinterpret_cast<T *>(reinterpret_cast<Byte *>(p) + bytes);
 }
 
-constexpr std::int64_t roundUp(std::int64_t n, std::int64_t multiple) { return (n + multiple - 1) / multiple * multiple; }
+constexpr std::int64_t roundUp(std::int64_t n, std::int64_t multiple) {
+    return (n + multiple - 1) / multiple * multiple;
+}
 
 } // namespace rvxcv

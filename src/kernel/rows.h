@@ -1,8 +1,8 @@
 // Walks a row in whole vectors and finishes its tail without touching a byte outside it.
 //
-// A row kernel is a small struct whose call operator computes one block: `kernel(x, span)` with span Full (all lanes) or
-// Part (the first n lanes; loads give zero in the others, stores leave memory alone). Written once, it serves block and
-// tail alike, so results cannot depend on where a block ends. Two tail policies:
+// A row kernel is a small struct whose call operator computes one block: `kernel(x, span)` with span Full (all lanes)
+// or Part (the first n lanes; loads give zero in the others, stores leave memory alone). Written once, it serves block
+// and tail alike, so results cannot depend on where a block ends. Two tail policies:
 //
 //   Tail::partial   the tail is a Part block: right for every kernel, also in place and accumulating ones
 //   Tail::overlap   the tail is a Full block moved back to end with the row (rows shorter than a block: one Part

@@ -243,7 +243,8 @@ RVX_INLINE U8x32 splat(std::uint8_t a) { return {{_mm256_set1_epi8(static_cast<c
 RVX_INLINE I8x32 splat(std::int8_t a) { return {{_mm256_set1_epi8(a)}}; }
 // Two neighbouring 16-bit values in every 32-bit lane: one operand of mulAddPairs.
 RVX_INLINE I16x16 splatPair(std::int16_t even, std::int16_t odd) {
-    const auto pair = static_cast<std::uint32_t>(static_cast<std::uint16_t>(odd)) << 16 | static_cast<std::uint16_t>(even);
+    const auto pair =
+        static_cast<std::uint32_t>(static_cast<std::uint16_t>(odd)) << 16 | static_cast<std::uint16_t>(even);
     return {{_mm256_set1_epi32(static_cast<std::int32_t>(pair))}};
 }
 RVX_INLINE I16x16 splatPair(const std::int16_t *p) {
@@ -317,8 +318,8 @@ RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_ext
 RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};
 }
-// Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit lane.
-// narrowInLane puts 32-bit results of such pairs back in order.
+// Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit
+// lane. narrowInLane puts 32-bit results of such pairs back in order.
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 pairsInLaneHigh(I16x16 a, I16x16 b) { return {{_mm256_unpackhi_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 narrowInLane(I32x8 low, I32x8 high) { return {{_mm256_packs_epi32(low.v, high.v)}}; }

@@ -24,7 +24,8 @@ using Binary = StatusCode (*)(const T *, std::int32_t, const T *, std::int32_t, 
 
 template <class T> void checkImages(Binary<T> function, int channels) {
     Rng rng = makeRng("absdiff", sizeof(T) * 4 + static_cast<unsigned>(channels));
-    const auto run = [&](std::int64_t width, std::int64_t height, std::int64_t padding, Contents contents, Guard guard) {
+    const auto run = [&](std::int64_t width, std::int64_t height, std::int64_t padding, Contents contents,
+                         Guard guard) {
         const std::int64_t bytes = padding * static_cast<std::int64_t>(sizeof(T));
         GuardedImage<T> a(width * channels, height, {.padding = bytes, .guard = guard}),
             b(width * channels, height, {.padding = 2 * bytes, .guard = guard}),

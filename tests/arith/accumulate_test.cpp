@@ -51,34 +51,34 @@ template <class T> struct Member {
     Function<T> call;
 };
 
-#define UNARY(T, OP, NAME)                                                                                            \
-    Member<T> { #NAME, OP, false, [](const Call<T> &c) { return NAME(c.a, c.aStep, c.acc, c.accStep, c.roi); } }
-#define UNARY_MASKED(T, OP, NAME)                                                                                     \
-    Member<T> {                                                                                                       \
-        #NAME, OP, true,                                                                                              \
-            [](const Call<T> &c) { return NAME(c.a, c.aStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi); }          \
+#define UNARY(T, OP, NAME)                                                                                             \
+    Member<T> {                                                                                                        \
+#NAME, OP, false, [](const Call <T> &c) { return NAME(c.a, c.aStep, c.acc, c.accStep, c.roi); }                \
     }
-#define BINARY(T, OP, NAME)                                                                                           \
-    Member<T> {                                                                                                       \
-        #NAME, OP, false,                                                                                             \
-            [](const Call<T> &c) { return NAME(c.a, c.aStep, c.b, c.bStep, c.acc, c.accStep, c.roi); }                \
+#define UNARY_MASKED(T, OP, NAME)                                                                                      \
+    Member<T> {                                                                                                        \
+#NAME, OP, true,                                                                                               \
+            [](const Call <T> &c) { return NAME(c.a, c.aStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi); }          \
     }
-#define BINARY_MASKED(T, OP, NAME)                                                                                    \
-    Member<T> {                                                                                                       \
-        #NAME, OP, true, [](const Call<T> &c) {                                                                       \
-            return NAME(c.a, c.aStep, c.b, c.bStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi);                     \
-        }                                                                                                             \
+#define BINARY(T, OP, NAME)                                                                                            \
+    Member<T> {                                                                                                        \
+#NAME, OP, false, [](const Call <T> &c) { return NAME(c.a, c.aStep, c.b, c.bStep, c.acc, c.accStep, c.roi); }  \
     }
-#define WEIGHTED(T, NAME)                                                                                             \
-    Member<T> {                                                                                                       \
-        #NAME, Op::weighted, false,                                                                                   \
-            [](const Call<T> &c) { return NAME(c.a, c.aStep, c.acc, c.accStep, c.roi, c.alpha); }                     \
+#define BINARY_MASKED(T, OP, NAME)                                                                                     \
+    Member<T> {                                                                                                        \
+#NAME, OP, true,                                                                                               \
+            [](const Call <T>                                                                                          \
+                   &c) { return NAME(c.a, c.aStep, c.b, c.bStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi); }       \
     }
-#define WEIGHTED_MASKED(T, NAME)                                                                                      \
-    Member<T> {                                                                                                       \
-        #NAME, Op::weighted, true, [](const Call<T> &c) {                                                             \
-            return NAME(c.a, c.aStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi, c.alpha);                          \
-        }                                                                                                             \
+#define WEIGHTED(T, NAME)                                                                                              \
+    Member<T> {                                                                                                        \
+#NAME, Op::weighted, false,                                                                                    \
+            [](const Call <T> &c) { return NAME(c.a, c.aStep, c.acc, c.accStep, c.roi, c.alpha); }                     \
+    }
+#define WEIGHTED_MASKED(T, NAME)                                                                                       \
+    Member<T> {                                                                                                        \
+#NAME, Op::weighted, true,                                                                                     \
+            [](const Call <T> &c) { return NAME(c.a, c.aStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi, c.alpha); } \
     }
 
 template <class T> std::vector<Member<T>> members();
@@ -155,8 +155,8 @@ template <class T> struct Case {
     }
 
     Call<T> call(float alpha) {
-        return {a.data(),    a.step(),    b.data(),   b.step(), mask.data(),
-                mask.step(), acc.data(),  acc.step(), acc.roi(), alpha};
+        return {a.data(),    a.step(),   b.data(),   b.step(),  mask.data(),
+                mask.step(), acc.data(), acc.step(), acc.roi(), alpha};
     }
 };
 

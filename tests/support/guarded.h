@@ -154,10 +154,9 @@ testing::AssertionResult imageIs(const GuardedImage<T> &actual, const Expected &
         for (std::int64_t x = 0; x < actual.width(); ++x) {
             const T want = static_cast<T>(expected(x, y)), got = actual.at(x, y);
             if (!sameValue(want, got)) {
-                return testing::AssertionFailure()
-                       << "first difference at element (" << x << ", " << y << ") of " << actual.width() << "x"
-                       << actual.height() << ": expected " << +want << ", got " << +got << " (seed " << baseSeed()
-                       << ")";
+                return testing::AssertionFailure() << "first difference at element (" << x << ", " << y << ") of "
+                                                   << actual.width() << "x" << actual.height() << ": expected " << +want
+                                                   << ", got " << +got << " (seed " << baseSeed() << ")";
             }
         }
     }

@@ -1,5 +1,5 @@
-// Status tables: the faults of a function in the order of its checks. Every fault alone gives its status; of any two the
-// earlier one wins; outputs are unchanged to the byte.
+// Status tables: the faults of a function in the order of its checks. Every fault alone gives its status; of any two
+// the earlier one wins; outputs are unchanged to the byte.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -35,9 +35,8 @@ void run(const Options &options) {
               "AddWeighted");
     }
     Image result(first.width, first.height, first.channels);
-    std::transform(average.begin(), average.end(), result.pixels.begin(), [](float v) {
-        return static_cast<std::uint8_t>(std::clamp(std::nearbyint(v), 0.0f, 255.0f));
-    });
+    std::transform(average.begin(), average.end(), result.pixels.begin(),
+                   [](float v) { return static_cast<std::uint8_t>(std::clamp(std::nearbyint(v), 0.0f, 255.0f)); });
     writeImage(options.out, result);
 }
 

@@ -13,8 +13,8 @@ void printFeatures(const char *title, std::uint64_t features) {
         std::uint64_t bit;
         const char *name;
     };
-    constexpr Feature names[] = {{RVX_CPU_SSE2, "SSE2"},    {RVX_CPU_SSSE3, "SSSE3"}, {RVX_CPU_SSE42, "SSE4.2"},
-                                 {RVX_CPU_AVX, "AVX"},      {RVX_CPU_AVX2, "AVX2"},   {RVX_CPU_FMA3, "FMA3"},
+    constexpr Feature names[] = {{RVX_CPU_SSE2, "SSE2"},     {RVX_CPU_SSSE3, "SSSE3"},     {RVX_CPU_SSE42, "SSE4.2"},
+                                 {RVX_CPU_AVX, "AVX"},       {RVX_CPU_AVX2, "AVX2"},       {RVX_CPU_FMA3, "FMA3"},
                                  {RVX_CPU_BMI, "BMI1+BMI2"}, {RVX_CPU_AVX512F, "AVX-512F"}};
     std::printf("%-18s", title);
     for (const Feature &feature : names) {

@@ -1,6 +1,6 @@
 // rvxcv scene OUT: renders a frame of the demo's synthetic street.
-#include "command.h"
 #include "scene.h"
+#include "command.h"
 
 #include <memory>
 
