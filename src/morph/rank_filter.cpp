@@ -13,8 +13,6 @@
 namespace rvxcv {
 namespace {
 
-constexpr std::int64_t cacheBytes = 128 * 1024; // of scratch rows: with the source rows, well inside the second level
-
 // Where replication makes offsets beyond the far edge equal to it, larger windows are the same window.
 Window trimmed(Window w, RoiSize roi, const Border &border) {
     const auto trim = [](std::int64_t &first, std::int64_t &last, std::int64_t size, bool before, bool after) {
@@ -25,31 +23,6 @@ Window trimmed(Window w, RoiSize roi, const Border &border) {
     trim(w.left, w.right, roi.width, border.left, border.right);
     trim(w.top, w.bottom, roi.height, border.top, border.bottom);
     return w;
-}
-
-// How a region is cut: output rows at a time, output pixels at a time, and the bytes of a scratch row.
-struct Tiling {
-    std::int64_t rows;
-    std::int64_t pixels;
-    std::int64_t rowStep;
-};
-
-// Each scratch row has `margin` pixels beside the output's. No pixels: the scratch is too small.
-Tiling chooseTiling(std::int64_t width, std::int64_t margin, bool wholeWidth, std::int64_t rows,
-                    std::int64_t pixelBytes, std::int64_t scratchBytes) {
-    const auto fitting = [&](std::int64_t bytes) { return (bytes / rows / 32 * 32 - rowSlack) / pixelBytes - margin; };
-    const std::int64_t enough = wholeWidth ? width : std::min(width, margin);
-    while (rows > 1 && fitting(scratchBytes) < enough) {
-        rows /= 2;
-    }
-    std::int64_t pixels = std::min(width, fitting(scratchBytes));
-    if (wholeWidth) {
-        pixels = pixels < width ? 0 : width;
-    } else {
-        const std::int64_t cached = std::max(fitting(cacheBytes), std::max(4 * margin, 512 / pixelBytes));
-        pixels = std::max<std::int64_t>(std::min(pixels, cached), 0);
-    }
-    return {rows, pixels, roundUp((pixels + margin) * pixelBytes, 32) + rowSlack};
 }
 
 // Three or four rows at a time share the rows between them in registers; higher windows are cut into blocks of their
@@ -73,69 +46,73 @@ void reduceColumns(const T *const *rows, std::int64_t height, std::int64_t outpu
 
 } // namespace
 
-template <class T, class Op>
-bool filterWindow(Plane<const T> src, Plane<T> dst, RoiSize roi, int channels, Window window, const Border &border,
-                  std::uint8_t *scratch, std::int64_t scratchBytes) {
-    window = trimmed(window, roi, border);
+template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
+    window = trimmed(window, task.roi, task.border);
+    const std::int64_t channels = task.channels, roiWidth = task.roi.width;
     const std::int64_t width = window.right - window.left + 1, height = window.bottom - window.top + 1;
-    const auto pixelBytes = static_cast<std::int64_t>(channels * sizeof(T));
     // A column alone needs no scratch row.
     const bool columnOnly = window.left == 0 && window.right == 0;
     // A window wider than the region reaches an edge from everywhere: it is done as a window to the left, then one to
     // the right on its result, which together need less room.
-    const bool twoParts = width > roi.width && !border.left && !border.right;
+    const bool twoParts = width > roiWidth && !task.border.left && !task.border.right;
     const std::int64_t margin = twoParts ? std::max(-window.left, window.right) : width - 1;
 
-    // Row pointers first, then the scratch rows.
-    const std::int64_t blockRows = std::min<std::int64_t>(blockHeight(height), roi.height);
+    // Row pointers first, then the scratch rows; fewer rows at a time when they do not fit.
+    std::int64_t blockRows = std::min<std::int64_t>(blockHeight(height), task.lastRow - task.firstRow);
     const std::int64_t pointerBytes = (blockRows + height - 1) * static_cast<std::int64_t>(sizeof(T *));
-    if (pointerBytes + 64 > scratchBytes) {
+    if (pointerBytes + 64 > task.scratchBytes) {
         return false;
     }
-    Scratch areas(scratch, scratchBytes);
+    Scratch areas(task.scratch, task.scratchBytes);
     const T **rows = areas.take<const T *>(blockRows + height - 1);
     auto *lines = areas.take<std::uint8_t>(0, 32);
-    const std::int64_t room = scratchBytes - (lines - scratch);
-    const Tiling tiling = columnOnly ? Tiling{blockRows, roi.width, 0}
-                                     : chooseTiling(roi.width, margin, twoParts, blockRows, pixelBytes, room);
-    if (tiling.pixels < 1) {
-        return false;
+    const std::int64_t room = task.scratchBytes - (lines - task.scratch);
+    std::int64_t tileWidth = roiWidth, lineStep = 0;
+    if (!columnOnly) {
+        const std::int64_t enough = twoParts ? roiWidth : std::min(roiWidth, margin);
+        while (blockRows > 1 && fittingPixels(room, blockRows, margin, task.pixelBytes()) < enough) {
+            blockRows /= 2;
+        }
+        tileWidth = tilePixels(roiWidth, room, blockRows, margin, task.pixelBytes());
+        if (twoParts) {
+            tileWidth = fittingPixels(room, blockRows, margin, task.pixelBytes()) >= roiWidth ? roiWidth : 0;
+        }
+        if (tileWidth < 1) {
+            return false;
+        }
+        lineStep = scratchRowStep(tileWidth + margin, task.pixelBytes());
     }
 
-    for (std::int64_t x0 = 0; x0 < roi.width; x0 += tiling.pixels) {
-        const std::int64_t pixels = std::min(tiling.pixels, roi.width - x0), n = pixels * channels;
-        // The source columns under the windows that exist, and how many repetitions stand beside them.
-        const std::int64_t wantedFirst = twoParts ? 0 : x0 + window.left;
-        const std::int64_t wantedLast = twoParts ? roi.width - 1 : x0 + pixels - 1 + window.right;
-        const std::int64_t first = borderColumn(border, wantedFirst, roi.width).index;
-        const std::int64_t last = borderColumn(border, wantedLast, roi.width).index;
-        const std::int64_t before = first - wantedFirst, behind = wantedLast - last;
-        const std::int64_t columns = last - first + 1;
+    for (std::int64_t x0 = 0; x0 < roiWidth; x0 += tileWidth) {
+        const std::int64_t pixels = std::min(tileWidth, roiWidth - x0), n = pixels * channels;
+        const Interval source = twoParts ? Interval(task, 0, roiWidth - 1)
+                                         : Interval(task, x0 + window.left, x0 + pixels - 1 + window.right);
+        const std::int64_t before = twoParts ? -window.left : source.before;
 
-        for (std::int64_t y0 = 0; y0 < roi.height; y0 += tiling.rows) {
-            const std::int64_t outputs = std::min(tiling.rows, roi.height - y0);
+        for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += blockRows) {
+            const std::int64_t outputs = std::min(blockRows, task.lastRow - y0);
             for (std::int64_t k = 0; k < outputs + height - 1; ++k) {
-                rows[k] = src.row(borderRow(border, y0 + window.top + k, roi.height).index) + first * channels;
+                rows[k] = task.row(y0 + window.top + k) + source.from * channels;
             }
             if (columnOnly) {
-                reduceColumns<T, Op>(rows, height, outputs, dst.row(y0) + x0 * channels, dst.step, n);
+                reduceColumns<T, Op>(rows, height, outputs, task.dst.row(y0) + x0 * channels, task.dst.step, n);
                 continue;
             }
-            const std::int64_t leftPart = twoParts ? -window.left : before;
-            reduceColumns<T, Op>(rows, height, outputs, reinterpret_cast<T *>(lines) + leftPart * channels,
-                                 tiling.rowStep, columns * channels);
+            reduceColumns<T, Op>(rows, height, outputs, reinterpret_cast<T *>(lines) + before * channels, lineStep,
+                                 source.columns * channels);
             for (std::int64_t k = 0; k < outputs; ++k) {
-                T *line = reinterpret_cast<T *>(lines + k * tiling.rowStep);
-                T *out = dst.row(y0 + k) + x0 * channels;
-                T *pixel = line + leftPart * channels;
-                repeatPixel(line, leftPart, pixel, channels);
+                T *line = reinterpret_cast<T *>(lines + k * lineStep);
+                T *out = task.dst.row(y0 + k) + x0 * channels;
+                T *pixel = line + before * channels;
+                repeatPixel(line, before, pixel, channels);
                 if (twoParts) {
-                    rowExtrema<T, Op>(line, line, n, 1 - window.left, channels);
+                    rowExtrema<T, Op, Store::sloppy>(line, line, line, n, 1, 1 - window.left, channels);
                     repeatPixel(line + n, window.right, line + n - channels, channels);
-                    rowExtrema<T, Op>(line, out, n, 1 + window.right, channels);
+                    rowExtrema<T, Op, Store::exact>(line, line, out, n, 1, 1 + window.right, channels);
                 } else {
-                    repeatPixel(pixel + columns * channels, behind, pixel + (columns - 1) * channels, channels);
-                    rowExtrema<T, Op>(line, out, n, width, channels);
+                    repeatPixel(pixel + source.columns * channels, source.behind,
+                                pixel + (source.columns - 1) * channels, channels);
+                    rowExtrema<T, Op, Store::exact>(line, line, out, n, 1, width, channels);
                 }
             }
         }
@@ -143,18 +120,14 @@ bool filterWindow(Plane<const T> src, Plane<T> dst, RoiSize roi, int channels, W
     return true;
 }
 
-#define RVX_INSTANTIATE(T, Op)                                                                                         \
-    template bool filterWindow<T, Op>(Plane<const T>, Plane<T>, RoiSize, int, Window, const Border &, std::uint8_t *,  \
-                                      std::int64_t);
-RVX_INSTANTIATE(std::uint8_t, Minimum)
-RVX_INSTANTIATE(std::uint8_t, Maximum)
-RVX_INSTANTIATE(std::uint16_t, Minimum)
-RVX_INSTANTIATE(std::uint16_t, Maximum)
-RVX_INSTANTIATE(std::int16_t, Minimum)
-RVX_INSTANTIATE(std::int16_t, Maximum)
-RVX_INSTANTIATE(float, Minimum)
-RVX_INSTANTIATE(float, Maximum)
-#undef RVX_INSTANTIATE
+template bool filterWindow<std::uint8_t, Minimum>(const MorphTask<std::uint8_t> &, Window);
+template bool filterWindow<std::uint8_t, Maximum>(const MorphTask<std::uint8_t> &, Window);
+template bool filterWindow<std::uint16_t, Minimum>(const MorphTask<std::uint16_t> &, Window);
+template bool filterWindow<std::uint16_t, Maximum>(const MorphTask<std::uint16_t> &, Window);
+template bool filterWindow<std::int16_t, Minimum>(const MorphTask<std::int16_t> &, Window);
+template bool filterWindow<std::int16_t, Maximum>(const MorphTask<std::int16_t> &, Window);
+template bool filterWindow<float, Minimum>(const MorphTask<float> &, Window);
+template bool filterWindow<float, Maximum>(const MorphTask<float> &, Window);
 
 namespace {
 
@@ -185,8 +158,9 @@ StatusCode rankFilter(const T *src, std::int32_t srcStep, T *dst, std::int32_t d
     const Window window{-std::int64_t{anchor.x}, -std::int64_t{anchor.y}, std::int64_t{maskSize.width} - 1 - anchor.x,
                         std::int64_t{maskSize.height} - 1 - anchor.y};
     const std::int64_t bytes = rankBufferBytes(roi.width, rowBytes<T>(channels), maskSize.height);
-    const bool done = filterWindow<T, Op>(Plane{src, srcStep}, Plane{dst, dstStep}, roi, channels, window,
-                                          Border(BorderReplicate), buffer, bytes);
+    const MorphTask<T> task{
+        Plane{src, srcStep}, Plane{dst, dstStep}, roi, 0, roi.height, channels, Border(BorderReplicate), buffer, bytes};
+    const bool done = filterWindow<T, Op>(task, window);
     return done ? StatusOk : StatusError; // the promised size always suffices
 }
 

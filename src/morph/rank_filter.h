@@ -1,19 +1,9 @@
 // Minimum and maximum under a rectangle, for the rank filters and for erosion and dilation with solid rectangles.
 #pragma once
 
-#include "kernel/border.h"
-#include "kernel/plane.h"
-#include "kernel/vec.h"
+#include "morph/row_extrema.h"
 
 namespace rvxcv {
-
-// The two operations, on vectors of any type.
-struct Minimum {
-    template <class V> static RVX_INLINE V of(V a, V b) { return min(a, b); }
-};
-struct Maximum {
-    template <class V> static RVX_INLINE V of(V a, V b) { return max(a, b); }
-};
 
 // The pixels that an output pixel depends on, as offsets from it, first and last included. Offsets of either sign: the
 // output pixel itself need not be among them.
@@ -21,12 +11,9 @@ struct Window {
     std::int64_t left, top, right, bottom;
 };
 
-// Filters a region. border is replicate, with any sides in memory. False, and nothing is written, when the scratch is
-// too small: never with replicated sides and rankBufferBytes of scratch for the window's size before trimming.
-// Instances: Minimum and Maximum of 8u, 16u, 16s, 32f.
-template <class T, class Op>
-bool filterWindow(Plane<const T> src, Plane<T> dst, RoiSize roi, int channels, Window window, const Border &border,
-                  std::uint8_t *scratch, std::int64_t scratchBytes);
+// Filters rows of a region. False, and nothing is written, when the scratch is too small: never with replicated sides
+// and rankBufferBytes of scratch for the window's size. Instances: Minimum and Maximum of 8u, 16u, 16s, 32f.
+template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window);
 
 // The one-channel 16-bit filters, for use inside the library: arguments, checks and buffer as the exported ones.
 StatusCode ownrvxiFilterMinGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize);

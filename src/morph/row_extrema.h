@@ -2,12 +2,45 @@
 // elements (pixels times channels) and a shift by one pixel is a shift by `channels` elements.
 #pragma once
 
-#include "kernel/base.h"
+#include "kernel/border.h"
+#include "kernel/plane.h"
 #include "kernel/vec.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace rvxcv {
+
+// The two operations, on vectors of any type. `neutral` changes nothing.
+struct Minimum {
+    template <class V> static RVX_INLINE V of(V a, V b) { return min(a, b); }
+    template <class T> static constexpr T neutral() {
+        return std::is_same_v<T, float> ? std::numeric_limits<T>::infinity() : std::numeric_limits<T>::max();
+    }
+};
+struct Maximum {
+    template <class V> static RVX_INLINE V of(V a, V b) { return max(a, b); }
+    template <class T> static constexpr T neutral() {
+        return std::is_same_v<T, float> ? -std::numeric_limits<T>::infinity() : std::numeric_limits<T>::min();
+    }
+};
+
+// What every kernel of flat morphology works on: output rows firstRow .. lastRow - 1 of a region, a replicated border
+// with any sides in memory, and scratch.
+template <class T> struct MorphTask {
+    Plane<const T> src;
+    Plane<T> dst;
+    RoiSize roi;
+    std::int64_t firstRow, lastRow;
+    std::int64_t channels;
+    Border border;
+    std::uint8_t *scratch;
+    std::int64_t scratchBytes;
+
+    constexpr std::int64_t pixelBytes() const { return channels * static_cast<std::int64_t>(sizeof(T)); }
+    std::int64_t column(std::int64_t x) const { return borderColumn(border, x, roi.width).index; }
+    const T *row(std::int64_t y) const { return src.row(borderRow(border, y, roi.height).index); }
+};
 
 // Scratch rows end with this many bytes of slack, so that steps inside scratch work on whole vectors only.
 constexpr std::int64_t rowSlack = 32;
@@ -115,7 +148,7 @@ template <class T, class Op, int outputs> struct ColumnExtremaFew {
 };
 
 // Repeats one pixel.
-template <class T> inline void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, int channels) {
+template <class T> inline void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, std::int64_t channels) {
     const std::int64_t n = pixels * channels;
     if (n <= 8 || channels != 1) {
         const std::int64_t first = std::min<std::int64_t>(n, 8 * channels);
@@ -138,6 +171,51 @@ template <class T> inline void repeatPixel(T *dst, std::int64_t pixels, const T 
     if (x < n) {
         store(dst + x, value, Part{static_cast<int>(n - x)});
     }
+}
+
+// Where the pixels first .. last of a row come from: `columns` pixels from column `from`, at least one, and repetitions
+// of the first and of the last of them.
+struct Interval {
+    std::int64_t before, from, columns, behind;
+
+    template <class T>
+    Interval(const MorphTask<T> &task, std::int64_t first, std::int64_t last) : from(task.column(first)) {
+        columns = task.column(last) - from + 1;
+        before = std::clamp<std::int64_t>(from - first, 0, last - first);
+        behind = last - first + 1 - before - columns;
+    }
+};
+
+template <class T>
+inline void copyInterval(T *dst, const T *row, std::int64_t first, std::int64_t last, const MorphTask<T> &task) {
+    const Interval interval(task, first, last);
+    const std::int64_t channels = task.channels;
+    T *pixel = dst + interval.before * channels;
+    std::memcpy(static_cast<void *>(pixel), row + interval.from * channels,
+                static_cast<std::size_t>(interval.columns * task.pixelBytes()));
+    repeatPixel(dst, interval.before, pixel, channels);
+    repeatPixel(pixel + interval.columns * channels, interval.behind, pixel + (interval.columns - 1) * channels,
+                channels);
+}
+
+// How many output pixels' rows fit: `rows` scratch rows of so many pixels and `margin` more, in `bytes`.
+constexpr std::int64_t fittingPixels(std::int64_t bytes, std::int64_t rows, std::int64_t margin,
+                                     std::int64_t pixelBytes) {
+    return (bytes / rows / 32 * 32 - rowSlack) / pixelBytes - margin;
+}
+
+// The same, but no more than keeps a block in the second-level cache beside its source rows, unless that makes tiles so
+// narrow that the margins weigh.
+inline std::int64_t tilePixels(std::int64_t width, std::int64_t bytes, std::int64_t rows, std::int64_t margin,
+                               std::int64_t pixelBytes) {
+    constexpr std::int64_t cacheBytes = 128 * 1024;
+    const std::int64_t cached =
+        std::max(fittingPixels(cacheBytes, rows, margin, pixelBytes), std::max(4 * margin, 512 / pixelBytes));
+    return std::max<std::int64_t>(std::min({width, fittingPixels(bytes, rows, margin, pixelBytes), cached}), 0);
+}
+
+constexpr std::int64_t scratchRowStep(std::int64_t pixels, std::int64_t pixelBytes) {
+    return roundUp(pixels * pixelBytes, 32) + rowSlack;
 }
 
 // One step along a row: dst[x] = extremum of the `loads` elements src[x], src[x + shift], .., src[x + last], the
@@ -186,17 +264,28 @@ template <class T, class Op, int loads> struct RowStep {
     }
 };
 
-// dst[x] = extremum of `length` pixels from row[x], for n elements; the row holds (length - 1) * channels more, then
-// slack, and is destroyed. Extrema of 4, 16, 64 .. pixels replace the row until a few of them make up the length.
-// dst is the row itself, or memory of exactly n elements.
-template <class T, class Op>
-inline void rowExtrema(T *row, T *dst, std::int64_t n, std::int64_t length, std::int64_t channels) {
-    std::int64_t p = 1;
-    for (; length > 6 * p; p *= 4) {
-        RowStep<T, Op, 4>{row, row, p * channels, 3 * p * channels}.sloppy(n + (length - 4 * p) * channels);
+// Where a row of extrema goes: into scratch in whole vectors, or into memory of exactly its elements.
+enum class Store { sloppy, exact };
+
+// dst[x] = extremum of `length` pixels, for n elements, given a row of extrema of `known` pixels, which holds
+// (length - known) * channels elements more, then slack. Extrema of 4, 16, 64 .. times as many pixels are formed in
+// `work` (as large as the row, or the row itself) until at most six of them make up the length. A sloppy dst may be any
+// of the rows.
+template <class T, class Op, Store kind>
+inline void rowExtrema(const T *row, T *work, T *dst, std::int64_t n, std::int64_t known, std::int64_t length,
+                       std::int64_t channels) {
+    std::int64_t p = known;
+    for (; length > 6 * p; p *= 4, row = work) {
+        RowStep<T, Op, 4>{row, work, p * channels, 3 * p * channels}.sloppy(n + (length - 4 * p) * channels);
     }
     const std::int64_t shift = p * channels, last = (length - p) * channels;
-    const auto finish = [&](const auto &step) { dst == row ? step.sloppy(n) : step.exact(n); };
+    const auto finish = [&](const auto &step) {
+        if constexpr (kind == Store::sloppy) {
+            step.sloppy(n);
+        } else {
+            step.exact(n);
+        }
+    };
     switch ((length + p - 1) / p) {
     case 1:
     case 2:

@@ -83,8 +83,7 @@ void check(const Member<T> &member, RoiSize roi, RoiSize mask, Point2i anchor, C
     GuardedBuffer buffer(size, guard);
     buffer.scribble();
     const std::vector<T> want = plainRectangle(src, member.channels, mask, anchor, member.maximum);
-    ASSERT_EQ(member.filter(src.data(), src.step(), dst.data(), dst.step(), roi, mask,
-                            anchor, buffer.data()),
+    ASSERT_EQ(member.filter(src.data(), src.step(), dst.data(), dst.step(), roi, mask, anchor, buffer.data()),
               StatusOk);
     ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return want[static_cast<std::size_t>(y * dst.width() + x)]; }))
         << "mask " << mask.width << "x" << mask.height << " anchor " << anchor.x << "," << anchor.y << " channels "

@@ -1,0 +1,39 @@
+// The core library's allocation, taken over by the test executable: blocks are counted, and the n-th allocation can be
+// made to fail. The library reaches these definitions through its dynamic symbols.
+#pragma once
+
+#include "rvxcore.h"
+
+#include <cstdlib>
+
+namespace support {
+
+struct CountedAlloc {
+    static inline std::int64_t live = 0;   // blocks not released
+    static inline std::int64_t made = 0;   // allocations asked for since reset
+    static inline std::int64_t failAt = 0; // the allocation that fails, counted from 1; 0: none
+
+    static void reset(std::int64_t fail = 0) {
+        made = 0;
+        failAt = fail;
+    }
+};
+
+} // namespace support
+
+extern "C" {
+[[gnu::used, gnu::visibility("default")]] inline void *rvxMalloc(std::int64_t bytes) {
+    using support::CountedAlloc;
+    if (bytes < 1 || ++CountedAlloc::made == CountedAlloc::failAt) {
+        return nullptr;
+    }
+    void *block = std::aligned_alloc(64, (static_cast<std::size_t>(bytes) + 63) / 64 * 64);
+    CountedAlloc::live += block != nullptr;
+    return block;
+}
+
+[[gnu::used, gnu::visibility("default")]] inline void rvxFree(void *block) {
+    support::CountedAlloc::live -= block != nullptr;
+    std::free(block);
+}
+}
