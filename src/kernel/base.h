@@ -8,7 +8,8 @@
 #include <cstring>
 #include <type_traits>
 
-#if defined(__OPTIMIZE__)
+// Instrumented kernels that are forced inline take minutes to compile: sanitized builds leave it to the compiler.
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
 #define RVX_INLINE inline __attribute__((always_inline))
 #else
 #define RVX_INLINE inline

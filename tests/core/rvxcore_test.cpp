@@ -12,7 +12,9 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 // A request that no memory can hold gives null, as without the sanitizer.
-extern "C" const char *__asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" __attribute__((visibility("default"))) const char *__asan_default_options() {
+    return "allocator_may_return_null=1";
+}
 #endif
 
 namespace {

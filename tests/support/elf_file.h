@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -18,19 +17,21 @@ namespace support {
 class ElfFile {
 public:
     explicit ElfFile(const std::string &path) {
-        std::ifstream in(path, std::ios::binary);
-        bytes_.assign(std::istreambuf_iterator<char>(in), {});
+        std::ifstream in(path, std::ios::binary | std::ios::ate);
+        bytes_.resize(in ? static_cast<std::size_t>(in.tellg()) : 0);
+        in.seekg(0).read(bytes_.data(), static_cast<std::streamsize>(bytes_.size()));
         if (bytes_.size() < sizeof(Elf64_Ehdr) || std::memcmp(bytes_.data(), ELFMAG, SELFMAG) != 0) {
             throw std::runtime_error("no ELF file: " + path);
         }
-        const auto header = at<Elf64_Ehdr>(0);
+        const auto header = table<Elf64_Ehdr>(0, 1).front();
         sections_ = table<Elf64_Shdr>(header.e_shoff, header.e_shnum);
         segments_ = table<Elf64_Phdr>(header.e_phoff, header.e_phnum);
     }
 
     const std::vector<Elf64_Phdr> &segments() const { return segments_; }
 
-    // SHT_DYNSYM or SHT_SYMTAB; names that are defined here only.
+    // SHT_DYNSYM or SHT_SYMTAB: what is defined here; of the static table only names with the project's prefixes, since
+    // instrumented libraries hold a hundred thousand others.
     std::map<std::string, Elf64_Sym> definedSymbols(std::uint32_t tableType) const {
         std::map<std::string, Elf64_Sym> symbols;
         for (const Elf64_Shdr &section : sections_) {
@@ -38,8 +39,10 @@ public:
                 continue;
             }
             for (const Elf64_Sym &symbol : table<Elf64_Sym>(section.sh_offset, section.sh_size / sizeof(Elf64_Sym))) {
-                const std::string name = string(section.sh_link, symbol.st_name);
-                if (symbol.st_shndx != SHN_UNDEF && !name.empty()) {
+                const char *name = string(section.sh_link, symbol.st_name);
+                const bool kept =
+                    tableType == SHT_DYNSYM ? *name != 0 : hasPrefix(name, "rvx") || hasPrefix(name, "l9_");
+                if (symbol.st_shndx != SHN_UNDEF && kept) {
                     symbols[name] = symbol;
                 }
             }
@@ -101,15 +104,6 @@ public:
     }
 
 private:
-    template <class T> T at(std::uint64_t offset) const {
-        T value;
-        if (offset + sizeof(T) > bytes_.size()) {
-            throw std::runtime_error("truncated ELF file");
-        }
-        std::memcpy(&value, bytes_.data() + offset, sizeof(T));
-        return value;
-    }
-
     template <class Visit> void forEachDynamicEntry(const Visit &visit) const {
         for (const Elf64_Shdr &section : sections_) {
             if (section.sh_type == SHT_DYNAMIC) {
@@ -121,14 +115,19 @@ private:
     }
 
     template <class T> std::vector<T> table(std::uint64_t offset, std::uint64_t count) const {
-        std::vector<T> entries;
-        for (std::uint64_t i = 0; i < count; ++i) {
-            entries.push_back(at<T>(offset + i * sizeof(T)));
+        if (offset + count * sizeof(T) > bytes_.size()) {
+            throw std::runtime_error("truncated ELF file");
         }
+        std::vector<T> entries(count);
+        std::memcpy(entries.data(), bytes_.data() + offset, count * sizeof(T));
         return entries;
     }
 
-    std::string string(std::uint32_t section, std::uint32_t offset) const {
+    static bool hasPrefix(const char *name, const char *prefix) {
+        return std::strncmp(name, prefix, std::strlen(prefix)) == 0;
+    }
+
+    const char *string(std::uint32_t section, std::uint32_t offset) const {
         return bytes_.data() + sections_.at(section).sh_offset + offset;
     }
 
