@@ -37,7 +37,7 @@ RVX_INLINE void filterEnd(const ColumnTask<T, D> &task, const Kernel &kernel, co
     kernel.sums(sum, ColumnSource<T, Full>{task.srcRows + y, end - unit, Full{}});
     for (int r = 0; r < rows; ++r) {
         D results[unit];
-        output.template store<Truncated>(results, sum[r][0], Full{});
+        output.template store<LastRounding<Output>>(results, sum[r][0], Full{});
         std::memcpy(static_cast<void *>(task.dst.row(y + r) + end - n), results + unit - n,
                     static_cast<std::size_t>(n) * sizeof(D));
     }
@@ -57,12 +57,15 @@ void filterStrip(const ColumnTask<T, D> &task, const Kernel &kernel, const Outpu
         }
     }
     for (; rest >= unit; x += unit, rest -= unit) {
-        filterBlock<Truncated, rows, 1>(task, kernel, output, y, x, Full{});
+        filterBlock<LastRounding<Output>, rows, 1>(task, kernel, output, y, x, Full{});
     }
     if (rest > 0 && elements >= unit) {
         filterEnd<rows>(task, kernel, output, y, elements, rest);
     } else if (rest > 0) {
-        filterBlock<Truncated, rows, 1>(task, kernel, output, y, x, Part{static_cast<int>(rest)});
+        for (int r = 0; r < rows; ++r) {
+            const Part part{static_cast<int>(rest)};
+            filterBlock<LastRounding<Output>, 1, 1>(task, kernel, output, y + r, x, part);
+        }
     }
 }
 

@@ -41,8 +41,12 @@ struct Truncated {
     static RVX_INLINE I32x8 convert(F32x8 a) { return truncate(a); }
 };
 
+// How an output rounds a row's last pixels.
+template <class Output> using LastRounding = std::conditional_t<Output::truncatesLast, Truncated, Nearest>;
+
 // Sums as they are.
 struct Undivided {
+    static constexpr bool truncatesLast = false;
     explicit Undivided(std::int32_t) {}
 
     template <class> RVX_INLINE void store(float *dst, const FloatSum &sum, Full) const {
@@ -64,6 +68,8 @@ struct Undivided {
 // Sums divided as floats, saturated to D and rounded.
 template <class D> class Divided {
 public:
+    static constexpr bool truncatesLast = true;
+
     explicit Divided(std::int32_t divisor) : reciprocal_(splat(1.0f / static_cast<float>(divisor))) {}
 
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const FloatSum &sum, Span span) const {
@@ -98,6 +104,8 @@ private:
 // quotient of |sum| + 1/2 lies at least 1 / (2 |divisor|) from every integer, and two roundings move it by less.
 class DividedLow {
 public:
+    static constexpr bool truncatesLast = false;
+
     explicit DividedLow(std::int32_t divisor) : reciprocal_(splat(1.0f / static_cast<float>(divisor))) {}
 
     template <class, class Span> RVX_INLINE void store(std::int16_t *dst, const LowSum &sum, Span span) const {

@@ -148,10 +148,10 @@ void filterRun(const Kernel &kernel, const Output &output, const E *e, D *dst, s
         filterBlock<channels, Nearest>(kernel, output, e + x, dst + x, Full{});
     }
     for (; rest >= unit; x += unit, rest -= unit) {
-        filterBlock<1, Truncated>(kernel, output, e + x, dst + x, Full{});
+        filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Full{});
     }
     if (rest > 0) {
-        filterBlock<1, Truncated>(kernel, output, e + x, dst + x, Part{static_cast<int>(rest)});
+        filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Part{static_cast<int>(rest)});
     }
 }
 
