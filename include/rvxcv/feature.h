@@ -10,6 +10,48 @@ extern "C" {
 
 /* --------------------------------------------------------------------------------------------------- Canny edges */
 
+/* Edges by the method of J. Canny, "A Computational Approach to Edge Detection", IEEE PAMI 8(6), 1986: gradient
+ * magnitude, suppression of all but local maxima across the edge, and hysteresis with two thresholds. The output is 255
+ * on edge pixels and 0 elsewhere.
+ *
+ * Magnitude m = |dx| + |dy|, or the Euclidean norm where the caller chooses it. A pixel is a candidate when it passes
+ * the low threshold and is a local maximum in the direction of its gradient, which is quantised to four: horizontal
+ * when |dx| > tan 67.5 degrees |dy| (m greater than its left neighbour's and not less than its right one's), vertical when
+ * |dx| < tan 22.5 degrees |dy| (greater than above, not less than below), else one of the diagonals (greater than both). So of
+ * two equal neighbours the right or lower one falls, and on a diagonal both. Pixels outside the region have m = 0.
+ * Candidates with m > high are edges, and so are all candidates that touch an edge on one of eight sides. */
+
+/* Norms of rvxiCannyBorder_8u_C1R and its derivative filters. */
+enum { CannyNormL1 = 2, CannyNormL2 = 4, CannyFilterSobel = 2, CannyFilterScharr = 5 };
+
+/* Edges from two derivative images. 16s: pixels with m > low truncated to an integer take part; 32f: with m >= low.
+ * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (derivative steps),
+ * StatusBadArgument (low < 0 or low > high). */
+StatusCode rvxiCanny_16s8u_C1R(const int16_t *dx, int32_t dxStep, const int16_t *dy, int32_t dyStep, uint8_t *dst,
+                               int32_t dstStep, RoiSize roi, float low, float high, uint8_t *buffer);
+StatusCode rvxiCanny_32f8u_C1R(const float *dx, int32_t dxStep, const float *dy, int32_t dyStep, uint8_t *dst,
+                               int32_t dstStep, RoiSize roi, float low, float high, uint8_t *buffer);
+
+/* Bytes of scratch for the two functions above. With P = (width + 2) * (height + 2): 5 P + 16 width + 160, and
+ * 9 P + 16 width + 160 when a side is 65533 or more. StatusNullPointer, StatusBadSize. */
+StatusCode rvxiCannyGetSize(RoiSize roi, int32_t *size);
+
+/* Edges of a grey image. The derivatives are dx = right - left and dy = below - above: filter CannyFilterSobel with
+ * mask 3x3 or 5x5, or CannyFilterScharr with 3x3. Border kinds: constant, replicate, in memory, side flags. With
+ * CannyNormL1 the result equals rvxiCanny_16s8u_C1R on the two derivative images; with CannyNormL2 pixels with m >= low
+ * take part.
+ * Status codes: StatusBadMaskSize (mask neither 33 nor 55, or 55 with Scharr), StatusNullPointer, StatusBadSize,
+ * StatusBadStep, StatusBadArgument (filter, then norm, then low < 0 or low > high), StatusBadBorder. */
+StatusCode rvxiCannyBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                  int32_t filter, MaskCode mask, BorderKind border, uint8_t borderValue, int32_t norm,
+                                  uint8_t *buffer, float low, float high);
+
+/* Bytes of scratch for rvxiCannyBorder_8u_C1R. With a = 2 for 3x3 and 4 for 5x5, Wa = width + a and Ha = height + a:
+ * Wa (Ha + 16) + 4 Wa Ha + 64. The filter and the data type do not change it. StatusNullPointer, StatusBadSize,
+ * StatusBadMaskSize. */
+StatusCode rvxiCannyBorderGetSize(RoiSize roi, int32_t filter, MaskCode mask, PixelTypeCode type, int32_t *size);
+
+
 /* ------------------------------------------------------------------------------------------------ Corner measure */
 
 /* --------------------------------------------------------------------------------------------------- Peak search */
