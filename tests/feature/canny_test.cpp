@@ -233,7 +233,6 @@ TEST(Canny, ThinImagesFullOfEdges) {
         GuardedImage<std::int16_t> dx(roi.width, roi.height), dy(roi.width, roi.height);
         for (int y = 0; y < roi.height; ++y) {
             for (int x = 0; x < roi.width; ++x) {
-                // Two rows: growing downward would suppress the first, so the second one is nearly as strong.
                 dx.set(x, y, static_cast<std::int16_t>(wide ? 0 : -32768));
                 dy.set(x, y, static_cast<std::int16_t>(wide ? (y == 0 ? -32768 : 0) : 0));
             }
