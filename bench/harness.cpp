@@ -3,10 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 namespace bench {
 
@@ -34,15 +34,20 @@ ImagePointer<std::uint8_t> scene(RoiSize roi) {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+// Time that this thread ran, so that other work on the machine disturbs as little as possible.
+double threadSeconds() {
+    timespec now;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
 
 double secondsPerCall(const std::function<void()> &operation, std::int64_t calls) {
-    const auto start = Clock::now();
+    const double start = threadSeconds();
     for (std::int64_t i = 0; i < calls; ++i) {
         operation();
         benchmark::ClobberMemory();
     }
-    return std::chrono::duration<double>(Clock::now() - start).count() / static_cast<double>(calls);
+    return (threadSeconds() - start) / static_cast<double>(calls);
 }
 
 double median(std::vector<double> values) {

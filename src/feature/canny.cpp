@@ -202,63 +202,107 @@ template <class Filter, class Emit> struct From8u {
 
 // ------------------------------------------------------------------------------------- suppression, hysteresis
 
-// The candidates: one byte a pixel (0x80 marks one) in a ring of zeros, with spare bytes behind, so that blocks are
-// stored whole; and the stack of edge pixels whose neighbours are still to be looked at.
+// The state of every pixel, one byte, in a ring of nothing; and the stack of edge pixels whose neighbours are still to
+// be looked at. Strong pixels are edges from the beginning. After every row the few weak candidates that touch an edge
+// are found by comparing whole rows, and edges grow from those, while the rows around are in the cache.
 class EdgeMap {
 public:
-    EdgeMap(Scratch &scratch, RoiSize roi) : stride_(std::int64_t{roi.width} + 2) {
-        constexpr int spare = 8;
-        const std::int64_t bytes = stride_ * (std::int64_t{roi.height} + 2);
-        map_ = scratch.take<std::uint8_t>(bytes + spare, 1);
-        std::memset(map_, 0, static_cast<std::size_t>(stride_));
-        std::memset(map_ + bytes - stride_, 0, static_cast<std::size_t>(stride_ + spare));
-        for (std::int64_t y = 0; y < roi.height; ++y) {
-            row(y)[-1] = row(y)[roi.width] = 0;
-        }
+    static constexpr std::uint8_t weak = 0x80, edge = 0x40;
+
+    EdgeMap(Scratch &scratch, RoiSize roi) : width_(roi.width), stride_(std::int64_t{roi.width} + 2) {
+        constexpr int spare = 8; // blocks of eight are stored whole
+        map_ = scratch.take<std::uint8_t>(stride_ * (std::int64_t{roi.height} + 2) + spare, 1);
+        clear(-1);
+        clear(0);
         stack_ = scratch.take<std::uint32_t>(std::int64_t{roi.width} * roi.height, 1);
     }
 
+    // Rows -1 .. height, at the first pixel.
     std::uint8_t *row(std::int64_t y) const { return map_ + (y + 1) * stride_ + 1; }
+    void clear(std::int64_t y) const { std::memset(row(y) - 1, 0, static_cast<std::size_t>(stride_)); }
 
-    // An edge pixel. Its mark is removed, so that every pixel is pushed at most once.
-    RVX_INLINE void push(std::int64_t x, std::int64_t y) { pushAt((y + 1) * stride_ + x + 1); }
+    // Row y has been made: whatever is connected with an edge in the rows up to y becomes an edge.
+    void connect(std::int64_t y) {
+        clear(y + 1); // growth looks at it
+        walkRow<32>(width_, Touching{*this, row(y)});
+        grow();
+    }
 
-    // Candidates beside edges become edges.
-    void grow(Plane<std::uint8_t> dst) {
-        const std::int64_t around[8] = {-stride_ - 1, -stride_, -stride_ + 1, -1, 1, stride_ - 1, stride_, stride_ + 1};
+    void writeEdges(std::int64_t y, std::uint8_t *dst) const { walkRow<32>(width_, Write{row(y), dst}); }
+
+private:
+    struct Touching {
+        EdgeMap &map;
+        std::uint8_t *states;
+
+        template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+            std::uint8_t *const here = states + x, *const above = here - map.stride_;
+            const auto at = [&](const std::uint8_t *p) { return load<U8x32>(p, span); };
+            const U8x32 row = at(here), rowAbove = at(above);
+            const U8x32 beside = bitOr(at(here - 1), at(here + 1));
+            const U8x32 besideAbove = bitOr(at(above - 1), at(above + 1));
+            pushAll(here, weakBeside(row, bitOr(beside, bitOr(rowAbove, besideAbove))));
+            pushAll(above, weakBeside(rowAbove, bitOr(row, beside)));
+        }
+
+    private:
+        // Twice an edge is the bit of a weak candidate.
+        static RVX_INLINE std::uint32_t weakBeside(U8x32 states, U8x32 neighbours) {
+            return laneBits(bitAnd(states, add(neighbours, neighbours)));
+        }
+        RVX_INLINE void pushAll(std::uint8_t *first, std::uint32_t bits) const {
+            for (; bits != 0; bits &= bits - 1) {
+                map.push(first + std::countr_zero(bits));
+            }
+        }
+    };
+
+    struct Write {
+        const std::uint8_t *states;
+        std::uint8_t *dst;
+        template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+            store(dst + x, equal(load<U8x32>(states + x, span), splat(edge)), span);
+        }
+    };
+
+    // Every pixel is pushed at most once.
+    RVX_INLINE void push(std::uint8_t *at) {
+        *at = edge;
+        storeScalar(stack_ + depth_++, static_cast<std::uint32_t>(at - map_));
+    }
+
+    void grow() {
         while (depth_ > 0) {
-            const std::int64_t at = loadScalar(stack_ + --depth_);
-            for (const std::int64_t offset : around) {
-                if (map_[at + offset] != 0) {
-                    pushAt(at + offset);
-                    dst.row((at + offset) / stride_ - 1)[(at + offset) % stride_ - 1] = 255;
+            std::uint8_t *const at = map_ + loadScalar(stack_ + --depth_);
+            for (std::uint8_t *three : {at - stride_ - 1, at - 1, at + stride_ - 1}) {
+                if (((three[0] | three[1] | three[2]) & weak) != 0) {
+                    for (int i = 0; i < 3; ++i) {
+                        if (three[i] == weak) {
+                            push(three + i);
+                        }
+                    }
                 }
             }
         }
     }
 
-private:
-    RVX_INLINE void pushAt(std::int64_t at) {
-        map_[at] = 0;
-        storeScalar(stack_ + depth_++, static_cast<std::uint32_t>(at));
-    }
-
     std::uint8_t *map_;
-    std::int64_t stride_;
+    std::int64_t width_, stride_;
     std::uint32_t *stack_;
     std::int64_t depth_ = 0;
 };
 
-// Row y: marks candidates in the map, writes strong ones to dst and pushes them.
-void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, EdgeMap &map, std::uint8_t *dst) {
+// Row y: writes the states of its pixels to the map.
+void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, const EdgeMap &map) {
     const float *above = rows.magnitude(y - 1), *row = rows.magnitude(y), *below = rows.magnitude(y + 1);
     const std::uint8_t *directions = rows.direction(y);
-    std::uint8_t *marks = map.row(y);
+    std::uint8_t *states = map.row(y);
     const auto block = [](const float *p) { return load<F32x8>(p); };
     for (std::int64_t x = 0; x < width; x += 8) {
         const F32x8 m = block(row + x);
         const int n = width - x < 8 ? static_cast<int>(width - x) : 8;
         std::uint32_t kept = laneBits(greater(m, splat(0.0f)), Part{n});
+        std::uint64_t bytes = 0;
         if (kept != 0) {
             const I32x8 direction = loadI32(directions + x, Full{});
             const Mask32x8 diagonal = hasBit(direction, diagonalBit), second = hasBit(direction, secondBit);
@@ -269,15 +313,11 @@ void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, 
             // Equality with the second neighbour kills on a diagonal only.
             const Mask32x8 beatsBehind = without(greaterEqual(m, behind), both(diagonal, lessEqual(m, behind)));
             kept &= laneBits(both(greater(m, before), beatsBehind));
+            const std::uint32_t strong = kept & laneBits(greater(m, splat(high)));
+            constexpr std::uint64_t everyByte = 0x0101010101010101U;
+            bytes = _pdep_u64(kept ^ strong, EdgeMap::weak * everyByte) | _pdep_u64(strong, EdgeMap::edge * everyByte);
         }
-        // Bit i of the lanes becomes the high bit of byte i.
-        const std::uint64_t bytes = _pdep_u64(kept, 0x8080808080808080U);
-        std::memcpy(marks + x, &bytes, 8);
-        for (std::uint32_t strong = kept & laneBits(greater(m, splat(high))); strong != 0; strong &= strong - 1) {
-            const std::int64_t at = x + std::countr_zero(strong);
-            dst[at] = 255;
-            map.push(at, y);
-        }
+        std::memcpy(states + x, &bytes, 8);
     }
 }
 
@@ -294,11 +334,13 @@ void detect(const Producer &producer, Plane<std::uint8_t> dst, RoiSize roi, floa
             rows.clear(y);
         }
         if (y > 0) {
-            std::memset(dst.row(y - 1), 0, static_cast<std::size_t>(roi.width));
-            suppress(rows, y - 1, roi.width, high, map, dst.row(y - 1));
+            suppress(rows, y - 1, roi.width, high, map);
+            map.connect(y - 1);
         }
     }
-    map.grow(dst);
+    for (std::int64_t y = 0; y < roi.height; ++y) {
+        map.writeEdges(y, dst.row(y));
+    }
 }
 
 // --------------------------------------------------------------------------------------------- checks and sizes
