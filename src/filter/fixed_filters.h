@@ -52,9 +52,9 @@ struct Store16s {
 };
 
 // sum * (1 / divisor) in single precision, saturated. Whole blocks of 16 pixels are rounded to nearest even, the width
-// modulo 16 at a row's end is truncated: the pipeline's rule, and the reason why this tail must not overlap. The sums
-// of all filters and the reciprocal of an integer stay far inside int32, so saturating after the conversion is the
-// same as clamping before it.
+// modulo 16 at a row's end is truncated: the pipeline's rule, and the reason why this tail must not overlap. Sums of
+// these filters are below 2^14 and quotients no larger, so that saturating behind the conversion (16 bits hold every
+// quotient) is the same as clamping before it.
 struct StoreDivided8s {
     static constexpr Tail tail = Tail::partial;
     static constexpr bool rereads = false;
@@ -62,13 +62,11 @@ struct StoreDivided8s {
     float reciprocal;
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
-        const F32x8 factor = splat(reciprocal);
-        const F32x8 low = mul(toF32(widenLow(sum)), factor), high = mul(toF32(widenHigh(sum)), factor);
-        if constexpr (std::is_same_v<Span, Full>) {
-            storeSaturated(dst + x, narrowSaturated(roundToEven(low), roundToEven(high)), span);
-        } else {
-            storeSaturated(dst + x, narrowSaturated(truncate(low), truncate(high)), span);
-        }
+        const auto quotient = [&](I32x8 exact) {
+            const F32x8 product = mul(toF32(exact), splat(reciprocal));
+            return std::is_same_v<Span, Full> ? roundToEven(product) : truncate(product);
+        };
+        storeSaturated(dst + x, interleaveLowHalves(quotient(widenEven(sum)), quotient(widenOdd(sum))), span);
     }
 };
 
@@ -147,40 +145,45 @@ template <class Filter> struct StagedColumns {
     }
 };
 
-// A float filter of an image: row stages into a ring of `taps` rows, columns over the ring. The image is worked in
-// strips of columns narrow enough that the ring stays in the first-level cache.
+// A float filter of an image: row stages into a ring of `taps` rows, columns over the ring. A row goes through both
+// stages in chunks, so that the newest results are still in the first-level cache; narrow strips over the whole height
+// would keep the entire ring there, but read the images in pieces that the processor cannot prefetch, and are slower.
 template <class Filter> void filterImage(const FilterCall<float, float> &call) {
     constexpr int taps = Filter::taps, reach = taps / 2, planes = Filter::planes;
-    constexpr std::int64_t stripColumns = 512;
+    constexpr std::int64_t chunkColumns = 512;
+    const std::int64_t width = call.roi.width;
     const Border border(call.border);
-    const ColumnMargins<reach> margins(border, call.roi.width);
+    const ColumnMargins<reach> margins(border, width);
 
-    Scratch scratch(call.buffer, intermediateRows<float>(call.roi.width, taps) * planes);
+    Scratch scratch(call.buffer, intermediateRows<float>(width, taps) * planes);
     // Rows of the ring are an odd number of vectors apart, so that they do not fall on the same cache sets.
-    const std::int64_t pitch = roundUp(std::min<std::int64_t>(call.roi.width, stripColumns), 16) + 8;
+    const std::int64_t pitch = roundUp(width, 16) + 8;
     auto *const ring = scratch.take<float>(planes * taps * pitch, 32);
-    auto *const constantRow = scratch.take<float>(BorderedRows<float, reach>::constantElements(call.roi.width));
+    auto *const constantRow = scratch.take<float>(BorderedRows<float, reach>::constantElements(width));
     const BorderedRows<float, reach> source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
     const Plane dst{call.dst, call.dstStep};
 
-    for (std::int64_t start = 0; start < call.roi.width; start += stripColumns) {
-        const std::int64_t count = std::min(call.roi.width - start, stripColumns);
-        StagedColumns<Filter> columns{};
-        float *slots[planes][taps];
-        for (int i = 0; i < planes * taps; ++i) {
-            slots[i / taps][i % taps] = ring + i * pitch;
+    float *slots[planes][taps]; // the oldest row first
+    for (int i = 0; i < planes * taps; ++i) {
+        slots[i / taps][i % taps] = ring + i * pitch;
+    }
+    for (std::int64_t y = -reach; y < call.roi.height + reach; ++y) {
+        for (auto &plane : slots) {
+            std::rotate(plane, plane + 1, plane + taps);
         }
-        for (std::int64_t y = -reach; y < call.roi.height + reach; ++y) {
+        const float *const row = source.row(y);
+        for (std::int64_t start = 0; start < width; start += chunkColumns) {
+            const std::int64_t count = std::min(width - start, chunkColumns);
             float *newest[planes];
+            StagedColumns<Filter> columns;
             for (int p = 0; p < planes; ++p) {
-                std::rotate(slots[p], slots[p] + 1, slots[p] + taps);
-                newest[p] = slots[p][taps - 1];
-            }
-            Filter::rows(source.row(y), margins, call.borderValue, start, count, newest);
-            if (y >= reach) {
-                for (int p = 0; p < planes; ++p) {
-                    std::copy(slots[p], slots[p] + taps, columns.rows[p]);
+                newest[p] = slots[p][taps - 1] + start;
+                for (int i = 0; i < taps; ++i) {
+                    columns.rows[p][i] = slots[p][i] + start;
                 }
+            }
+            Filter::rows(row, margins, call.borderValue, start, count, newest);
+            if (y >= reach) {
                 columns.dst = dst.row(y - reach) + start;
                 walkRow<8, Tail::overlap>(count, columns);
             }

@@ -326,7 +326,9 @@ RVX_INLINE I32x8 select(Mask32x8 mask, I32x8 set, I32x8 clear) {
 }
 
 // Bit i tells lane i; only the lanes of the span.
-RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Full = {}) { return static_cast<std::uint32_t>(_mm256_movemask_ps(mask.v)); }
+RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Full = {}) {
+    return static_cast<std::uint32_t>(_mm256_movemask_ps(mask.v));
+}
 RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Part part) { return laneBits(mask) & ((1u << part.n) - 1); }
 
 RVX_INLINE Mask32x8 greaterEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_GE_OQ)}; }
@@ -367,6 +369,9 @@ RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 pairsInLaneHigh(I16x16 a, I16x16 b) { return {{_mm256_unpackhi_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 narrowInLane(I32x8 low, I32x8 high) { return {{_mm256_packs_epi32(low.v, high.v)}}; }
+// The lanes 0, 2, 4 ... and the lanes 1, 3, 5 ...; interleaveLowHalves puts 32-bit results of such lanes back in order.
+RVX_INLINE I32x8 widenEven(I16x16 a) { return mulAddPairs(a, splatPair(1, 0)); }
+RVX_INLINE I32x8 widenOdd(I16x16 a) { return {{_mm256_srai_epi32(a.v, 16)}}; }
 // The low halves of the 32-bit lanes, alternating: even[0], odd[0], even[1], odd[1] ...
 RVX_INLINE I16x16 interleaveLowHalves(I32x8 even, I32x8 odd) {
     return {{_mm256_blend_epi16(even.v, _mm256_slli_epi32(odd.v, 16), 0xaa)}};
