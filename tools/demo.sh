@@ -22,3 +22,7 @@ show street-0.png "the synthetic street, first of six frames"
 show diff.png "what moved between two frames"
 "$bin" average "$out"/street-[0-5].png -o "$out/average.png" --alpha 0.3
 show average.png "running average of the frames"
+"$bin" gradient "$picture" -o "$out/gradient.png"
+show gradient.png "length of the Sobel gradient"
+"$bin" gradient "$picture" -o "$out/laplacian.png" --filter laplacian --size 5
+show laplacian.png "5x5 Laplacian, zero in the middle of the grey scale"

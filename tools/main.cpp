@@ -10,6 +10,7 @@ constexpr AddCommand commands[] = {
     tools::addInfo,
     tools::addDiff,
     tools::addAverage,
+    tools::addGradient,
     tools::addScene,
 };
 
