@@ -56,6 +56,34 @@ StatusCode rvxiCannyBorderGetSize(RoiSize roi, int32_t filter, MaskCode mask, Pi
 
 /* --------------------------------------------------------------------------------------------------- Peak search */
 
+/* Local extrema of a signed response image, at least `border` pixels away from every edge, in scan order (x, y). A pixel
+ * v is a peak when |v| > threshold and it is the largest value of its neighbourhood (v > 0) or the smallest (v <= 0; zero
+ * counts here, which shows with a negative threshold). Plateaus are not thinned: every pixel that equals the extremum
+ * is a peak.
+ *   32s: |v| is formed without wrapping: the smallest int32 exceeds every threshold.
+ *   32f: v equals the extremum when it differs from it by at most the smallest normal float (1.17549435e-38). An
+ *   infinite pixel is no peak, nor is NaN; NaN among the neighbours is passed over.
+ *
+ * neighbourhood: PeakSquare (all eight neighbours) or PeakCross (left, right, above, below). At most `capacity` peaks
+ * are stored; the search ends when the list is full, with StatusOk. Where the border leaves no pixel, the count is 0.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width, height, capacity or border below
+ * 1); StatusBadSize (border greater than half the width or half the height); StatusBadStep (step / 4, truncated, below
+ * the width); StatusStepNotMultiple; StatusBadArgument (neighbourhood). */
+enum { PeakSquare = 0, PeakCross = 1 };
+
+StatusCode rvxiFindPeaks3x3_32s_C1R(const int32_t *src, int32_t srcStep, RoiSize roi, int32_t threshold, Point2i *peaks,
+                                    int32_t capacity, int32_t *count, int32_t neighbourhood, int32_t border,
+                                    uint8_t *buffer);
+StatusCode rvxiFindPeaks3x3_32f_C1R(const float *src, int32_t srcStep, RoiSize roi, float threshold, Point2i *peaks,
+                                    int32_t capacity, int32_t *count, int32_t neighbourhood, int32_t border,
+                                    uint8_t *buffer);
+
+/* Bytes of scratch for an image's width: ((width + 5) >> 2) * 128 + 32. StatusNullPointer, StatusBadSize (width below 1
+ * or a size that does not fit). */
+StatusCode rvxiFindPeaks3x3GetBufferSize_32s_C1R(int32_t width, int32_t *size);
+StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
+
 #ifdef __cplusplus
 }
 #endif
