@@ -130,8 +130,8 @@ template <class Filter> StatusCode derive(const Call8u8s &call, MaskCode mask, s
     if (checks.failed()) {
         return checks.status();
     }
-    const float reciprocal = 1.0f / static_cast<float>(divisor);
-    filterByMask<Filter>(call, mask, [=](std::int8_t *row) { return StoreDivided8s{row, reciprocal}; });
+    const StoreDivided8s sink(divisor);
+    filterByMask<Filter>(call, mask, [&](std::int8_t *row) { return sink.at(row); });
     return StatusOk;
 }
 

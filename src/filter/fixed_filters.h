@@ -6,6 +6,8 @@
 #include "kernel/checks.h"
 #include "kernel/scratch.h"
 
+#include <bit>
+
 namespace rvxcv {
 
 // ------------------------------------------------------------------------------------------------------ checks
@@ -55,19 +57,83 @@ struct Store16s {
 // modulo 16 at a row's end is truncated: the pipeline's rule, and the reason why this tail must not overlap. Sums of
 // these filters are below 2^14 and quotients no larger, so that saturating behind the conversion (16 bits hold every
 // quotient) is the same as clamping before it.
-struct StoreDivided8s {
+//
+// Where the two roundings of that product cannot show, integers do the same faster. A quotient that is no tie lies at
+// least 1 / (2 * divisor) from the middle between two integers and the roundings move it by less, so it goes to the
+// nearest integer either way; odd divisors have no ties, and with powers of two the product is exact. (Ties of other
+// even divisors go where the roundings take them.)
+class StoreDivided8s {
+public:
     static constexpr Tail tail = Tail::partial;
     static constexpr bool rereads = false;
-    std::int8_t *dst;
-    float reciprocal;
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
-        const auto quotient = [&](I32x8 exact) {
-            const F32x8 product = mul(toF32(exact), splat(reciprocal));
-            return std::is_same_v<Span, Full> ? roundToEven(product) : truncate(product);
-        };
-        storeSaturated(dst + x, interleaveLowHalves(quotient(widenEven(sum)), quotient(widenOdd(sum))), span);
+    explicit StoreDivided8s(std::int32_t divisor) : reciprocal_(1.0f / static_cast<float>(divisor)) {
+        if (divisor < 1 || divisor >= limit) {
+            return;
+        }
+        const auto d = static_cast<std::uint32_t>(divisor);
+        if (std::has_single_bit(d)) {
+            method_ = d == 1 ? Method::none : Method::shift;
+            bits_ = std::countr_zero(d);
+            half_ = static_cast<std::int16_t>(d / 2 - (d > 1 ? 1 : 0));
+        } else if (d % 2 != 0) {
+            // floor(n / d) = (2 n * factor >> 16) >> bits for all n < 2^15: 2^bits >= d bounds the factor's excess.
+            method_ = Method::multiply;
+            bits_ = std::bit_width(d);
+            half_ = static_cast<std::int16_t>(d / 2);
+            factor_ = static_cast<std::uint16_t>(((std::uint32_t{1} << (15 + bits_)) + d - 1) / d);
+        }
     }
+
+    StoreDivided8s at(std::int8_t *row) const {
+        StoreDivided8s sink = *this;
+        sink.dst_ = row;
+        return sink;
+    }
+
+    RVX_INLINE void operator()(std::ptrdiff_t x, Full span, I16x16 sum) const {
+        switch (method_) {
+        case Method::none:
+            storeSaturated(dst_ + x, sum, span);
+            break;
+        case Method::shift: {
+            const I16x16 odd = bitAnd(shiftRight(sum, bits_), splat(std::int16_t{1}));
+            storeSaturated(dst_ + x, shiftRight(add(add(sum, splat(half_)), odd), bits_), span);
+            break;
+        }
+        case Method::multiply: {
+            const I16x16 n = add(abs(sum), splat(half_));
+            const U16x16 product = mulHigh(U16x16{{add(n, n).v}}, splat(factor_));
+            storeSaturated(dst_ + x, mulSign(I16x16{{shiftRight(product, bits_).v}}, sum), span);
+            break;
+        }
+        case Method::floats:
+            storeProduct(x, span, sum, [](F32x8 a) { return roundToEven(a); });
+            break;
+        }
+    }
+    RVX_INLINE void operator()(std::ptrdiff_t x, Part span, I16x16 sum) const {
+        storeProduct(x, span, sum, [](F32x8 a) { return truncate(a); });
+    }
+
+private:
+    enum class Method : std::uint8_t { floats, none, shift, multiply };
+    static constexpr std::int32_t limit = 1 << 14; // keeps sum + divisor / 2 below 2^15
+
+    template <class Span, class Convert>
+    RVX_INLINE void storeProduct(std::ptrdiff_t x, Span span, I16x16 sum, const Convert &convert) const {
+        const F32x8 factor = splat(reciprocal_);
+        const I32x8 even = convert(mul(toF32(widenEven(sum)), factor)),
+                    odd = convert(mul(toF32(widenOdd(sum)), factor));
+        storeSaturated(dst_ + x, interleaveLowHalves(even, odd), span);
+    }
+
+    std::int8_t *dst_ = nullptr;
+    float reciprocal_;
+    Method method_ = Method::floats;
+    int bits_ = 0;
+    std::int16_t half_ = 0;
+    std::uint16_t factor_ = 0;
 };
 
 // The nearest integer to sum / area, by a multiplication. Areas are odd, so there are no ties.

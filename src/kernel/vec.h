@@ -285,6 +285,13 @@ RVX_INLINE I16x16 max(I16x16 a, I16x16 b) { return {{_mm256_max_epi16(a.v, b.v)}
 
 // The high halves of the 32-bit products.
 RVX_INLINE U16x16 mulHigh(U16x16 a, U16x16 b) { return {{_mm256_mulhi_epu16(a.v, b.v)}}; }
+// Shifts by a count known at run time (below 16): arithmetic for signed lanes, logical for unsigned ones.
+RVX_INLINE I16x16 shiftRight(I16x16 a, int bits) { return {{_mm256_sra_epi16(a.v, _mm_cvtsi32_si128(bits))}}; }
+RVX_INLINE U16x16 shiftRight(U16x16 a, int bits) { return {{_mm256_srl_epi16(a.v, _mm_cvtsi32_si128(bits))}}; }
+RVX_INLINE I16x16 abs(I16x16 a) { return {{_mm256_abs_epi16(a.v)}}; }
+// a times the sign of b: -1, 0 or 1.
+RVX_INLINE I16x16 mulSign(I16x16 a, I16x16 b) { return {{_mm256_sign_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 bitAnd(I16x16 a, I16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 template <int bits> RVX_INLINE U16x16 shiftRight(U16x16 a) { return {{_mm256_srli_epi16(a.v, bits)}}; }
 RVX_INLINE U16x16 subSaturated(U16x16 a, U16x16 b) { return {{_mm256_subs_epu16(a.v, b.v)}}; }
 RVX_INLINE U16x16 min(U16x16 a, U16x16 b) { return {{_mm256_min_epu16(a.v, b.v)}}; }

@@ -152,6 +152,30 @@ TEST(Derivative, EverySize8u16s) { checkEverySize<std::uint8_t, std::int16_t>();
 TEST(Derivative, EverySize32f) { checkEverySize<float, float>(); }
 TEST(Derivative, EverySizeLowpass8u) { checkEverySize<std::uint8_t, std::uint8_t>(); }
 
+// Integer shortcuts of the division: powers of two, odd and other divisors, and those beyond every sum. The Laplacian
+// has the largest sums, the 3x3 Sobel filter many ties.
+TEST(Derivative, ManyDivisors) {
+    std::vector<std::int32_t> many{8191, 8192, 8193, 16383, 16384, 16385, 28559, 28560, 28561, 65536, 65537};
+    for (std::int32_t divisor = 1; divisor <= 257; ++divisor) {
+        many.push_back(divisor);
+        many.push_back(-divisor);
+    }
+    for (std::int32_t divisor = 300; divisor < 8000; divisor = divisor * 5 / 4 + 1) {
+        many.push_back(divisor);
+    }
+    const auto all = members<std::uint8_t, std::int8_t>();
+    Rng rng = makeRng("divisors");
+    for (const std::int32_t divisor : many) {
+        for (const Contents contents : {Contents::random, Contents::nearMax}) {
+            checkCase(all[0], Mask3x3,
+                      {.width = 64, .height = 12, .border = 1, .contents = contents, .divisor = divisor}, rng);
+            checkCase(all[8], Mask5x5,
+                      {.width = 64, .height = 6, .border = 1, .contents = contents, .divisor = divisor}, rng);
+        }
+        ASSERT_FALSE(testing::Test::HasFatalFailure());
+    }
+}
+
 // Every border kind with every set of sides in memory, at sizes below, at and above the margin, and wide ones.
 template <class T, class D> void checkEveryBorder() {
     for (const Member<T, D> &m : members<T, D>()) {
