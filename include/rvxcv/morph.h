@@ -211,6 +211,18 @@ StatusCode rvxiDilateBorder_32f_C3R(const float *src, int32_t srcStep, float *ds
 StatusCode rvxiDilateBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                     BorderKind border, float borderValue, const MorphSpec *spec, uint8_t *buffer);
 
+/* Bit images: pixel k of a row is bit (bitOffset + k) mod 8 of byte (bitOffset + k) div 8, the least significant bit
+ * first. Bytes that a destination row shares with its surroundings keep the other bits. Status codes, in the order of
+ * the checks: StatusNullPointer, StatusBadSize (a negative bit offset, width or height below 1), StatusBadStep (below
+ * (width + 7) / 8 bytes; the bit offset is not counted), StatusBadBorder, StatusBadSize (wider than the record's
+ * roiWidth), StatusInPlaceNotSupported (src equal to dst). */
+StatusCode rvxiErodeBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                  int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                  uint8_t borderValue, const MorphSpec *spec, uint8_t *buffer);
+StatusCode rvxiDilateBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                   int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                   uint8_t borderValue, const MorphSpec *spec, uint8_t *buffer);
+
 /* The older interface: any anchor inside the mask, replicated borders only. Size of a state in bytes; status codes:
  * StatusNullPointer, StatusBadSize. */
 StatusCode rvxiMorphologyGetSize_8u_C1R(int32_t roiWidth, const uint8_t *mask, RoiSize maskSize, int32_t *stateSize);
@@ -280,6 +292,206 @@ StatusCode rvxiDilateBorderReplicate_32f_C4R(const float *src, int32_t srcStep, 
                                              RoiSize roi, BorderKind border, MorphState *state);
 
 /* ------------------------------------------------------------------------------------------- Compound operations */
+
+/* Opening, closing, top-hat, black-hat and morphological gradient with a flat mask, from the erosions and dilations
+ * above. The record holds two analysed masks: the mask as given, and the mask turned by 180 degrees. */
+typedef struct MorphAdvSpec {
+    MorphSpec *forward;        /* the mask, anchor at its centre, for widths up to roi.width + maskSize.width - 1 */
+    MorphSpec *reflected;      /* the mask turned by 180 degrees, its anchor too, for widths up to roi.width */
+    uint8_t *intermediate;     /* an area of intermediateBytes in the initialisation's buffer; no operation uses it */
+    int32_t intermediateBytes; /* of an operation's intermediate image */
+    int32_t basicBufferBytes;  /* of an erosion's or dilation's work buffer for roi.width */
+} MorphAdvSpec;
+
+/* Sizes in bytes of the record and of the buffer, of the initialisation and of every operation. Status codes, in the
+ * order of the checks: StatusNullPointer, StatusBadSize (a side of region or mask below 1, or a size that does not fit
+ * in an int32_t; then neither is written). */
+StatusCode rvxiMorphAdvGetSize_8u_C1R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_8u_C3R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_8u_C4R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_16u_C1R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_16s_C1R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_32f_C1R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_32f_C3R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_32f_C4R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiMorphAdvGetSize_1u_C1R(RoiSize roi, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+
+/* Prepares a record in the caller's memory. The buffer may be released afterwards: gradients, too, keep their
+ * intermediate rows in the buffer of the call. StatusNullPointer, StatusBadSize. */
+StatusCode rvxiMorphAdvInit_8u_C1R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                   uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_8u_C3R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                   uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_8u_C4R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                   uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_16u_C1R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                    uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_16s_C1R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                    uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_32f_C1R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                    uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_32f_C3R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                    uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_32f_C4R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                    uint8_t *buffer);
+StatusCode rvxiMorphAdvInit_1u_C1R(RoiSize roi, const uint8_t *mask, RoiSize maskSize, MorphAdvSpec *spec,
+                                   uint8_t *buffer);
+
+/* Prepares a record in memory of the library. Status codes, in the order of the checks: StatusNullPointer,
+ * StatusBadSize, StatusNoMemory (nothing stays allocated, *spec keeps its value). */
+StatusCode rvxiMorphAdvInitAlloc_8u_C1R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+StatusCode rvxiMorphAdvInitAlloc_8u_C3R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+StatusCode rvxiMorphAdvInitAlloc_8u_C4R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+StatusCode rvxiMorphAdvInitAlloc_32f_C1R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+StatusCode rvxiMorphAdvInitAlloc_32f_C3R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+StatusCode rvxiMorphAdvInitAlloc_32f_C4R(MorphAdvSpec **spec, RoiSize roi, const uint8_t *mask, RoiSize maskSize);
+
+/* Releases a record made by ..InitAlloc. StatusNullPointer. */
+StatusCode rvxiMorphAdvFree(MorphAdvSpec *spec);
+
+/* Opening: erosion, then dilation with the turned mask. Closing: dilation, then erosion with the turned mask. On a side
+ * in memory the first step reaches as far outside the region as the second one reads; on other sides the second step
+ * replicates the edge of the first one's result. Top-hat: source minus opening. Black-hat: closing minus source.
+ * Gradient: dilation minus erosion, both with the mask as given. Differences saturate: unsigned ones and 32f ones at 0,
+ * 16s ones at the type's ends; of bits they are first AND NOT second.
+ *
+ * Border kinds and steps are those of erosion and dilation; borderValue is not used; the destination must not overlap
+ * the source. Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (a side below 1, a negative
+ * bit offset), StatusBadStep, StatusStepNotMultiple, StatusBadBorder, StatusBadSize (wider than the record's forward
+ * mask, and but for the gradient: wider than the region of the initialisation, or an intermediate image larger than the
+ * record's), StatusInPlaceNotSupported (bit images with equal pointers). */
+StatusCode rvxiMorphOpenBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                      BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                      uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                      BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                      uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_8u_C4R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                      BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                      uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                       RoiSize roi, BorderKind border, uint16_t borderValue, const MorphAdvSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, int16_t borderValue, const MorphAdvSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, float borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, float borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, float borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphOpenBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                      int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                      uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_8u_C4R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                        RoiSize roi, BorderKind border, uint16_t borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, int16_t borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphCloseBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                       int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                       uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_8u_C4R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                        uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                         RoiSize roi, BorderKind border, uint16_t borderValue, const MorphAdvSpec *spec,
+                                         uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                         RoiSize roi, BorderKind border, int16_t borderValue, const MorphAdvSpec *spec,
+                                         uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                         BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                         uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                         BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                         uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                         BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                         uint8_t *buffer);
+StatusCode rvxiMorphTophatBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                        int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                        uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_8u_C4R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                           RoiSize roi, BorderKind border, uint16_t borderValue,
+                                           const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                           RoiSize roi, BorderKind border, int16_t borderValue,
+                                           const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphBlackhatBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                          int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                          uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_8u_C4R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                          RoiSize roi, BorderKind border, uint8_t borderValue, const MorphAdvSpec *spec,
+                                          uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                           RoiSize roi, BorderKind border, uint16_t borderValue,
+                                           const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                           RoiSize roi, BorderKind border, int16_t borderValue,
+                                           const MorphAdvSpec *spec, uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                           BorderKind border, float borderValue, const MorphAdvSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiMorphGradientBorder_1u_C1R(const uint8_t *src, int32_t srcStep, int32_t srcBitOffset, uint8_t *dst,
+                                          int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
+                                          uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
 
 #ifdef __cplusplus
 }

@@ -348,6 +348,21 @@ RVX_INLINE U8x32 bitAnd(U8x32 a, U8x32 b) { return {{_mm256_and_si256(a.v, b.v)}
 RVX_INLINE U8x32 bitOr(U8x32 a, U8x32 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 // Bit i is the high bit of byte i.
 RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(a.v)); }
+// 256 bits from `bits` bits (0..7) behind the first bit of an address on; reads 33 bytes.
+class BitShift {
+public:
+    explicit BitShift(int bits) : right_(_mm_cvtsi32_si128(bits)), left_(_mm_cvtsi32_si128(8 - bits)) {}
+
+    RVX_INLINE U8x32 load(const std::uint8_t *p) const {
+        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + 1));
+        return {{_mm256_or_si256(_mm256_srl_epi64(low, right_), _mm256_sll_epi64(high, left_))}};
+    }
+
+private:
+    __m128i right_, left_;
+};
+
 // All bits of the byte lanes that are equal.
 RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }
 // Lanes whose sign bit is set: of a float, of an integer.

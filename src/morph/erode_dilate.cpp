@@ -7,6 +7,7 @@
 //     empty       a copy
 #include "frame/api.h"
 #include "kernel/checks.h"
+#include "morph/flat_filter.h"
 #include "morph/morph_spec.h"
 #include "morph/position_kernel.h"
 #include "morph/rank_filter.h"
@@ -27,7 +28,9 @@ template <class T, class Op> bool runShape(const MorphTask<T> &task, const Morph
     return false;
 }
 
-template <class T, class Op> void runMask(const MorphTask<T> &task, const MorphSpec &spec) {
+} // namespace
+
+template <class T, class Op> void filterFlat(const MorphTask<T> &task, const MorphSpec &spec) {
     if (spec.shape == MaskEmpty) {
         for (std::int64_t y = task.firstRow; y < task.lastRow; ++y) {
             std::memmove(static_cast<void *>(task.dst.row(y)), task.src.row(y),
@@ -38,6 +41,17 @@ template <class T, class Op> void runMask(const MorphTask<T> &task, const MorphS
     }
 }
 
+template void filterFlat<std::uint8_t, Minimum>(const MorphTask<std::uint8_t> &, const MorphSpec &);
+template void filterFlat<std::uint8_t, Maximum>(const MorphTask<std::uint8_t> &, const MorphSpec &);
+template void filterFlat<std::uint16_t, Minimum>(const MorphTask<std::uint16_t> &, const MorphSpec &);
+template void filterFlat<std::uint16_t, Maximum>(const MorphTask<std::uint16_t> &, const MorphSpec &);
+template void filterFlat<std::int16_t, Minimum>(const MorphTask<std::int16_t> &, const MorphSpec &);
+template void filterFlat<std::int16_t, Maximum>(const MorphTask<std::int16_t> &, const MorphSpec &);
+template void filterFlat<float, Minimum>(const MorphTask<float> &, const MorphSpec &);
+template void filterFlat<float, Maximum>(const MorphTask<float> &, const MorphSpec &);
+
+namespace {
+
 // All checks are done. Steps need not count channels: destination rows that overlap are made one after another.
 template <class Op, int channels, class T>
 StatusCode filter(const T *src, std::int32_t srcStep, T *dst, std::int32_t dstStep, RoiSize roi, BorderKind border,
@@ -47,13 +61,13 @@ StatusCode filter(const T *src, std::int32_t srcStep, T *dst, std::int32_t dstSt
     task.scratchBytes =
         morphBufferBytes({spec.typeCode, spec.channels}, spec.roiWidth, {spec.maskWidth, spec.maskHeight});
     if (dstStep >= roi.width * task.pixelBytes()) {
-        runMask<T, Op>(task, spec);
+        filterFlat<T, Op>(task, spec);
         return StatusOk;
     }
     for (std::int64_t y = 0; y < roi.height; ++y) {
         task.firstRow = y;
         task.lastRow = y + 1;
-        runMask<T, Op>(task, spec);
+        filterFlat<T, Op>(task, spec);
     }
     return StatusOk;
 }

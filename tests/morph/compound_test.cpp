@@ -1,0 +1,474 @@
+// Compound morphology and bit images against the definitions, one pixel at a time, in guarded memory.
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include "rvxcore.h"
+#include "rvxcv.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <thread>
+
+namespace {
+
+using namespace support;
+
+// --------------------------------------------------------------------------------------------------- reference
+
+// A picture by coordinates; what lies outside a side that is not in memory is the nearest pixel inside.
+struct View {
+    std::function<double(std::int64_t, std::int64_t)> pixel; // x in elements of one channel
+    std::int64_t width, height;
+    BorderKind border;
+
+    bool inMemory(BorderKind side) const { return (border & 15) == BorderInMemory || (border & side) != 0; }
+    double at(std::int64_t x, std::int64_t y) const {
+        if ((x < 0 && !inMemory(BorderInMemoryLeft)) || (x >= width && !inMemory(BorderInMemoryRight))) {
+            x = std::clamp<std::int64_t>(x, 0, width - 1);
+        }
+        if ((y < 0 && !inMemory(BorderInMemoryTop)) || (y >= height && !inMemory(BorderInMemoryBottom))) {
+            y = std::clamp<std::int64_t>(y, 0, height - 1);
+        }
+        return pixel(x, y);
+    }
+};
+
+struct Mask {
+    RoiSize size;
+    std::vector<std::uint8_t> bytes;
+    Point2i anchor;
+
+    bool empty() const {
+        return std::all_of(bytes.begin(), bytes.end(), [](auto b) { return b == 0; });
+    }
+    Mask turned() const {
+        Mask result = *this;
+        std::reverse(result.bytes.begin(), result.bytes.end());
+        result.anchor = {size.width - 1 - anchor.x, size.height - 1 - anchor.y};
+        return result;
+    }
+};
+
+double step(const View &view, const Mask &mask, bool dilate, std::int64_t x, std::int64_t y) {
+    if (mask.empty()) {
+        return view.at(x, y);
+    }
+    double result = dilate ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
+    for (int j = 0; j < mask.size.height; ++j) {
+        for (int i = 0; i < mask.size.width; ++i) {
+            if (mask.bytes[static_cast<std::size_t>(j * mask.size.width + i)] != 0) {
+                const double v = view.at(x + i - mask.anchor.x, y + j - mask.anchor.y);
+                result = dilate ? std::max(result, v) : std::min(result, v);
+            }
+        }
+    }
+    return result;
+}
+
+enum class Op { open, close, tophat, blackhat, gradient };
+constexpr Op allOps[] = {Op::open, Op::close, Op::tophat, Op::blackhat, Op::gradient};
+
+// The result of one channel as a plane of width x height.
+std::vector<double> compound(const View &src, const Mask &mask, Op op, const std::function<double(double)> &saturate) {
+    std::vector<double> out(static_cast<std::size_t>(src.width * src.height));
+    const auto at = [&](std::int64_t x, std::int64_t y) -> double & {
+        return out[static_cast<std::size_t>(y * src.width + x)];
+    };
+    const Mask turned = mask.turned();
+    const bool dilateFirst = op == Op::close || op == Op::blackhat;
+    const std::int64_t left = src.inMemory(BorderInMemoryLeft) ? turned.anchor.x : 0;
+    const std::int64_t right = src.inMemory(BorderInMemoryRight) ? mask.size.width - 1 - turned.anchor.x : 0;
+    const std::int64_t top = src.inMemory(BorderInMemoryTop) ? turned.anchor.y : 0;
+    const std::int64_t bottom = src.inMemory(BorderInMemoryBottom) ? mask.size.height - 1 - turned.anchor.y : 0;
+    const std::int64_t w = src.width + left + right, h = src.height + top + bottom;
+    std::vector<double> between(static_cast<std::size_t>(w * h));
+    const View outer{[&](std::int64_t x, std::int64_t y) { return src.pixel(x - left, y - top); }, w, h, src.border};
+    for (std::int64_t y = 0; y < h; ++y) {
+        for (std::int64_t x = 0; x < w; ++x) {
+            between[static_cast<std::size_t>(y * w + x)] = step(outer, mask, dilateFirst, x, y);
+        }
+    }
+    const View inner{
+        [&](std::int64_t x, std::int64_t y) { return between[static_cast<std::size_t>((y + top) * w + x + left)]; },
+        src.width, src.height, src.border};
+    for (std::int64_t y = 0; y < src.height; ++y) {
+        for (std::int64_t x = 0; x < src.width; ++x) {
+            if (op == Op::gradient) {
+                at(x, y) = saturate(step(src, mask, true, x, y) - step(src, mask, false, x, y));
+                continue;
+            }
+            const double result = step(inner, turned, !dilateFirst, x, y);
+            at(x, y) = op == Op::tophat     ? saturate(src.pixel(x, y) - result)
+                       : op == Op::blackhat ? saturate(result - src.pixel(x, y))
+                                            : result;
+        }
+    }
+    return out;
+}
+
+Mask randomMask(Rng &rng, int width, int height) {
+    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
+    const auto kind = rng() % 4;
+    for (int i = 0; i < width * height; ++i) {
+        mask.bytes.push_back(kind == 0 ? 1 : static_cast<std::uint8_t>(rng() % 3 == 0 ? 0 : 1 + rng() % 255));
+    }
+    return mask;
+}
+
+// ----------------------------------------------------------------------------------------------------- members
+
+template <class T> struct Functions {
+    using Operation = StatusCode (*)(const T *, std::int32_t, T *, std::int32_t, RoiSize, BorderKind, T,
+                                     const MorphAdvSpec *, std::uint8_t *);
+    int channels;
+    StatusCode (*sizes)(RoiSize, RoiSize, std::int32_t *, std::int32_t *);
+    StatusCode (*init)(RoiSize, const std::uint8_t *, RoiSize, MorphAdvSpec *, std::uint8_t *);
+    Operation operations[5]; // in the order of Op
+};
+
+#define MEMBERS(T, CHANNELS, SUFFIX)                                                                                   \
+    Functions<T> {                                                                                                     \
+        CHANNELS, rvxiMorphAdvGetSize_##SUFFIX, rvxiMorphAdvInit_##SUFFIX, {                                           \
+            rvxiMorphOpenBorder_##SUFFIX, rvxiMorphCloseBorder_##SUFFIX, rvxiMorphTophatBorder_##SUFFIX,               \
+                rvxiMorphBlackhatBorder_##SUFFIX, rvxiMorphGradientBorder_##SUFFIX                                     \
+        }                                                                                                              \
+    }
+
+template <class T> double saturated(double v) {
+    if constexpr (std::is_same_v<T, float>) {
+        return std::max(static_cast<double>(static_cast<float>(v)), 0.0);
+    } else {
+        return std::clamp<double>(v, std::is_signed_v<T> ? std::numeric_limits<T>::min() : 0,
+                                  std::numeric_limits<T>::max());
+    }
+}
+
+template <class T>
+void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize initRoi, RoiSize roi, BorderKind border,
+                    Rng &rng) {
+    const auto reachX = std::int64_t{2} * mask.size.width, reachY = std::int64_t{2} * mask.size.height;
+    const auto margin = [&](BorderKind side, std::int64_t reach) {
+        return (border & 15) == BorderInMemory || (border & side) != 0 ? reach : 0;
+    };
+    const int c = f.channels;
+    GuardedImage<T> src(std::int64_t{roi.width} * c, roi.height,
+                        {.padding = static_cast<std::int64_t>(sizeof(T)) * (roi.width % 3),
+                         .guard = roi.height % 2 != 0 ? Guard::behind : Guard::before,
+                         .left = margin(BorderInMemoryLeft, reachX) * c,
+                         .top = margin(BorderInMemoryTop, reachY),
+                         .right = margin(BorderInMemoryRight, reachX) * c,
+                         .bottom = margin(BorderInMemoryBottom, reachY)});
+    src.fill(rng, rng() % 4 == 0 ? Contents::nearMax : Contents::random);
+    GuardedImage<T> dst(std::int64_t{roi.width} * c, roi.height, {.padding = static_cast<std::int64_t>(sizeof(T)) * 5});
+    std::int32_t specSize = 0, bufferSize = 0;
+    ASSERT_EQ(f.sizes(initRoi, mask.size, &specSize, &bufferSize), StatusOk);
+    GuardedBuffer spec(specSize), initBuffer(bufferSize), buffer(bufferSize);
+    auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
+    ASSERT_EQ(f.init(initRoi, mask.bytes.data(), mask.size, record, initBuffer.data()), StatusOk);
+    buffer.scribble();
+    initBuffer.scribble(); // no operation needs it
+    ASSERT_EQ(f.operations[static_cast<int>(op)](src.data(), src.step(), dst.data(), dst.step(), roi, border, T{},
+                                                 record, buffer.data()),
+              StatusOk);
+    for (int channel = 0; channel < c; ++channel) {
+        const View view{[&](std::int64_t x, std::int64_t y) { return static_cast<double>(src.at(x * c + channel, y)); },
+                        roi.width, roi.height, border};
+        const auto want = compound(view, mask, op, saturated<T>);
+        for (std::int64_t y = 0; y < roi.height; ++y) {
+            for (std::int64_t x = 0; x < roi.width; ++x) {
+                ASSERT_EQ(static_cast<double>(dst.at(x * c + channel, y)),
+                          want[static_cast<std::size_t>(y * roi.width + x)])
+                    << "(" << x << ", " << y << ") channel " << channel << " of " << roi.width << "x" << roi.height
+                    << " op " << static_cast<int>(op) << " mask " << mask.size.width << "x" << mask.size.height
+                    << " border " << border;
+            }
+        }
+    }
+    ASSERT_TRUE(dst.paddingIntact());
+}
+
+template <class T> void checkMember(const Functions<T> &f, const char *name) {
+    SCOPED_TRACE(name);
+    Rng rng = makeRng(name);
+    for (const Op op : allOps) {
+        for (BorderKind flags = 0; flags < 256; flags += 16) {
+            const RoiSize roi{static_cast<int>(uniform(rng, 1, 24)), static_cast<int>(uniform(rng, 1, 9))};
+            checkOperation(f, op,
+                           randomMask(rng, static_cast<int>(uniform(rng, 1, 6)), static_cast<int>(uniform(rng, 1, 5))),
+                           roi, roi, BorderReplicate | flags, rng);
+        }
+        checkOperation(f, op, randomMask(rng, 5, 3), {70, 40}, {70, 40}, BorderInMemory, rng);
+        checkOperation(f, op, randomMask(rng, 3, 3), {67, 150}, {67, 150}, BorderReplicate, rng);
+        checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {5, 4}, BorderReplicate, rng); // larger than the image
+        checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {4, 3}, BorderInMemory, rng);  // a smaller region
+        checkOperation(f, op, Mask{{3, 2}, std::vector<std::uint8_t>(6), {1, 0}}, {9, 5}, {9, 5}, BorderReplicate, rng);
+    }
+    checkOperation(f, Op::gradient, randomMask(rng, 5, 3), {20, 6}, {24, 30}, BorderReplicate, rng); // wider and taller
+}
+
+TEST(Compound, EveryTypeOperationAndBorder) {
+    checkMember(MEMBERS(std::uint8_t, 1, 8u_C1R), "8u_C1R");
+    checkMember(MEMBERS(std::uint8_t, 3, 8u_C3R), "8u_C3R");
+    checkMember(MEMBERS(std::uint8_t, 4, 8u_C4R), "8u_C4R");
+    checkMember(MEMBERS(std::uint16_t, 1, 16u_C1R), "16u_C1R");
+    checkMember(MEMBERS(std::int16_t, 1, 16s_C1R), "16s_C1R");
+    checkMember(MEMBERS(float, 1, 32f_C1R), "32f_C1R");
+    checkMember(MEMBERS(float, 3, 32f_C3R), "32f_C3R");
+    checkMember(MEMBERS(float, 4, 32f_C4R), "32f_C4R");
+}
+
+// ------------------------------------------------------------------------------------------------- bit images
+
+// Rows of bits at any offset, with or without surroundings in memory; the last byte of the last row ends at the guard.
+struct BitImage {
+    std::int64_t width, height, left, top, offset, step;
+    GuardedBuffer bytes;
+
+    BitImage(std::int64_t w, std::int64_t h, std::int64_t bitOffset, std::int64_t marginX, std::int64_t marginY,
+             Rng &rng)
+        : width(w), height(h), left(marginX), top(marginY), offset(bitOffset),
+          step((marginX + bitOffset + w + marginX + 7) / 8), bytes((h + 2 * marginY) * step) {
+        for (std::int64_t i = 0; i < bytes.size(); ++i) {
+            bytes.data()[i] = static_cast<std::uint8_t>(rng());
+        }
+    }
+    std::uint8_t *data() { return bytes.data() + top * step + (left >> 3); }
+    std::int32_t bitOffset() const { return static_cast<std::int32_t>((left & 7) + offset); }
+    bool at(std::int64_t x, std::int64_t y) const {
+        const std::int64_t k = left + offset + x;
+        return (bytes.data()[(y + top) * step + (k >> 3)] >> (k & 7) & 1) != 0;
+    }
+};
+
+using BitStep = StatusCode (*)(const std::uint8_t *, std::int32_t, std::int32_t, std::uint8_t *, std::int32_t,
+                               std::int32_t, RoiSize, BorderKind, std::uint8_t, const MorphSpec *, std::uint8_t *);
+using BitCompound = StatusCode (*)(const std::uint8_t *, std::int32_t, std::int32_t, std::uint8_t *, std::int32_t,
+                                   std::int32_t, RoiSize, BorderKind, std::uint8_t, const MorphAdvSpec *,
+                                   std::uint8_t *);
+constexpr BitCompound bitOperations[] = {rvxiMorphOpenBorder_1u_C1R, rvxiMorphCloseBorder_1u_C1R,
+                                         rvxiMorphTophatBorder_1u_C1R, rvxiMorphBlackhatBorder_1u_C1R,
+                                         rvxiMorphGradientBorder_1u_C1R};
+
+// op: 0 erosion, 1 dilation, 2 + Op.
+void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rng) {
+    const bool inMemory = border != BorderReplicate;
+    BitImage src(roi.width, roi.height, uniform(rng, 0, 11), inMemory ? 2 * mask.size.width : 0,
+                 inMemory ? 2 * mask.size.height : 0, rng);
+    BitImage dst(roi.width, roi.height, uniform(rng, 0, 11), 0, 0, rng);
+    const std::vector<std::uint8_t> before(dst.bytes.data(), dst.bytes.data() + dst.bytes.size());
+    const View view{[&](std::int64_t x, std::int64_t y) { return src.at(x, y) ? 1.0 : 0.0; }, roi.width, roi.height,
+                    border};
+    const auto srcStep = static_cast<std::int32_t>(src.step), dstStep = static_cast<std::int32_t>(dst.step);
+    std::int32_t specSize = 0, bufferSize = 0;
+    std::vector<double> want;
+    if (op < 2) {
+        ASSERT_EQ(rvxiMorphologyBorderGetSize_1u_C1R(roi.width, mask.size, &specSize, &bufferSize), StatusOk);
+        GuardedBuffer spec(specSize), buffer(bufferSize);
+        auto *record = reinterpret_cast<MorphSpec *>(spec.data());
+        ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(roi.width, mask.bytes.data(), mask.size, record, buffer.data()),
+                  StatusOk);
+        buffer.scribble();
+        const BitStep run = op == 0 ? rvxiErodeBorder_1u_C1R : rvxiDilateBorder_1u_C1R;
+        ASSERT_EQ(run(src.data(), srcStep, src.bitOffset(), dst.data(), dstStep, dst.bitOffset(), roi, border, 0,
+                      record, buffer.data()),
+                  StatusOk);
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                want.push_back(step(view, mask, op == 1, x, y));
+            }
+        }
+    } else {
+        ASSERT_EQ(rvxiMorphAdvGetSize_1u_C1R(roi, mask.size, &specSize, &bufferSize), StatusOk);
+        GuardedBuffer spec(specSize), buffer(bufferSize);
+        auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
+        ASSERT_EQ(rvxiMorphAdvInit_1u_C1R(roi, mask.bytes.data(), mask.size, record, buffer.data()), StatusOk);
+        buffer.scribble();
+        ASSERT_EQ(bitOperations[op - 2](src.data(), srcStep, src.bitOffset(), dst.data(), dstStep, dst.bitOffset(), roi,
+                                        border, 0, record, buffer.data()),
+                  StatusOk);
+        want = compound(view, mask, static_cast<Op>(op - 2), [](double v) { return std::max(v, 0.0); });
+    }
+    for (std::int64_t y = 0; y < roi.height; ++y) {
+        for (std::int64_t k = 0; k < dst.step * 8; ++k) {
+            const std::int64_t x = k - dst.offset;
+            const auto byte = static_cast<std::size_t>(y * dst.step + (k >> 3));
+            const bool old = (before[byte] >> (k & 7) & 1) != 0, got = (dst.bytes.data()[byte] >> (k & 7) & 1) != 0;
+            const bool expected =
+                x < 0 || x >= roi.width ? old : want[static_cast<std::size_t>(y * roi.width + x)] != 0;
+            ASSERT_EQ(got, expected) << "bit (" << x << ", " << y << ") of " << roi.width << "x" << roi.height << " op "
+                                     << op << " mask " << mask.size.width << "x" << mask.size.height << " border "
+                                     << border << " offsets " << src.bitOffset() << ", " << dst.bitOffset();
+        }
+    }
+}
+
+TEST(BitMorphology, Every3x3Mask) {
+    Rng rng = makeRng("bits 3x3");
+    for (int code = 0; code < 512; ++code) {
+        Mask mask{{3, 3}, {}, {1, 1}};
+        for (int i = 0; i < 9; ++i) {
+            mask.bytes.push_back(static_cast<std::uint8_t>(code >> i & 1));
+        }
+        for (const int op : {0, 1}) {
+            checkBits(op, mask, {static_cast<int>(uniform(rng, 1, 40)), 4},
+                      code % 2 != 0 ? BorderReplicate : BorderInMemory, rng);
+        }
+    }
+}
+
+TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
+    Rng rng = makeRng("bits");
+    for (int op = 0; op < 7; ++op) {
+        for (int width = 1; width <= 70; ++width) {
+            checkBits(op, randomMask(rng, static_cast<int>(uniform(rng, 1, 17)), static_cast<int>(uniform(rng, 1, 7))),
+                      {width, 3}, BorderReplicate, rng);
+        }
+        for (BorderKind flags = 0; flags < 256; flags += 16) {
+            checkBits(op, randomMask(rng, 4, 3), {29, 5}, BorderReplicate | flags, rng);
+        }
+        for (const int width : {255, 256, 257, 530}) {
+            checkBits(op, randomMask(rng, 5, 5), {width, 5}, BorderInMemory, rng);
+            checkBits(op, Mask{{3, 3}, std::vector<std::uint8_t>(9, 1), {1, 1}}, {width, 5}, BorderReplicate, rng);
+        }
+        checkBits(op, randomMask(rng, 60, 9), {7, 3}, BorderReplicate, rng);
+    }
+}
+
+TEST(BitMorphology, StatusesInTheOrderOfTheChecks) {
+    struct Args {
+        const std::uint8_t *src;
+        std::uint8_t *dst, *buffer;
+        const MorphSpec *spec;
+        std::int32_t srcStep, dstStep, srcBit, dstBit;
+        RoiSize roi;
+        BorderKind border;
+    };
+    std::vector<std::uint8_t> memory(4096), src(64), dst(64), spec(4096);
+    const std::vector<std::uint8_t> mask(9, 1);
+    auto *record = reinterpret_cast<MorphSpec *>(spec.data());
+    ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(20, mask.data(), {3, 3}, record, memory.data()), StatusOk);
+    using F = Fault<Args>;
+    const auto *in = src.data();
+    expectFaultOrder<Args>(
+        {in, dst.data(), memory.data(), record, 3, 3, 1, 2, {20, 4}, BorderReplicate},
+        {F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
+         F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
+         F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
+         F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
+         F{"negative offset", StatusBadSize, [](auto &a) { a.srcBit = -1; }},
+         F{"negative destination offset", StatusBadSize, [](auto &a) { a.dstBit = -1; }},
+         F{"no height", StatusBadSize, [](auto &a) { a.roi.height = 0; }},
+         F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 2; }},
+         F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 2; }},
+         F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }},
+         F{"too wide", StatusBadSize, [](auto &a) { a.roi.width = 21; }},
+         F{"in place", StatusInPlaceNotSupported, [](auto &a) { a.src = a.dst; }}},
+        [](const Args &a) {
+            return rvxiErodeBorder_1u_C1R(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0,
+                                          a.spec, a.buffer);
+        },
+        [&] { return dst; });
+}
+
+// ------------------------------------------------------------------------------------------ sizes and statuses
+
+TEST(Compound, SizesAreTheFormulas) {
+    std::int32_t basicSpec = 0, basicBuffer = 0, spec = 0, buffer = 0;
+    ASSERT_EQ(rvxiMorphologyBorderGetSize_8u_C3R(100, {5, 3}, &basicSpec, &basicBuffer), StatusOk);
+    ASSERT_EQ(rvxiMorphAdvGetSize_8u_C3R({100, 50}, {5, 3}, &spec, &buffer), StatusOk);
+    EXPECT_EQ(spec, 2 * basicSpec + 32);
+    EXPECT_EQ(buffer, 320 * 52 + 2 * basicBuffer); // 3 * 104 = 312, aligned to 32
+    ASSERT_EQ(rvxiMorphologyBorderGetSize_1u_C1R(100, {5, 3}, &basicSpec, &basicBuffer), StatusOk);
+    ASSERT_EQ(rvxiMorphAdvGetSize_1u_C1R({100, 50}, {5, 3}, &spec, &buffer), StatusOk);
+    EXPECT_EQ(buffer, 128 * 52 + 2 * basicBuffer);
+
+    spec = buffer = -1;
+    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 0}, {0, 0}, nullptr, &buffer), StatusNullPointer);
+    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 5}, {3, 3}, &spec, &buffer), StatusBadSize);
+    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({5, 5}, {3, 0}, &spec, &buffer), StatusBadSize);
+    EXPECT_EQ(rvxiMorphAdvGetSize_32f_C4R({100000, 100000}, {3, 3}, &spec, &buffer), StatusBadSize);
+    EXPECT_EQ(rvxiMorphAdvGetSize_32f_C4R({INT32_MAX, INT32_MAX}, {INT32_MAX, INT32_MAX}, &spec, &buffer),
+              StatusBadSize);
+    EXPECT_EQ(spec, -1);
+    EXPECT_EQ(buffer, -1);
+}
+
+TEST(Compound, StatusesInTheOrderOfTheChecks) {
+    struct Args {
+        const float *src;
+        float *dst;
+        const MorphAdvSpec *spec;
+        std::uint8_t *buffer;
+        std::int32_t srcStep, dstStep;
+        RoiSize roi;
+        BorderKind border;
+    };
+    const auto f = MEMBERS(float, 1, 32f_C1R);
+    GuardedImage<float> src(12, 6), dst(12, 6);
+    std::int32_t specSize = 0, bufferSize = 0;
+    ASSERT_EQ(f.sizes({10, 6}, {3, 3}, &specSize, &bufferSize), StatusOk);
+    std::vector<std::uint8_t> spec(static_cast<std::size_t>(specSize)), buffer(static_cast<std::size_t>(bufferSize));
+    const std::vector<std::uint8_t> mask(9, 1);
+    auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
+    ASSERT_EQ(f.init({10, 6}, mask.data(), {3, 3}, record, buffer.data()), StatusOk);
+    const Args good{src.data(), dst.data(), record, buffer.data(), 48, 48, {10, 6}, BorderReplicate};
+    using F = Fault<Args>;
+    for (const Op op : allOps) {
+        std::vector<F> faults{F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
+                              F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
+                              F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
+                              F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
+                              F{"no width", StatusBadSize, [](auto &a) { a.roi.width = 0; }},
+                              F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 36; }},
+                              F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 36; }},
+                              F{"odd step", StatusStepNotMultiple, [](auto &a) { a.dstStep = 50; }},
+                              F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }}};
+        const auto call = [&](const Args &a) {
+            return f.operations[static_cast<int>(op)](a.src, a.srcStep, a.dst, a.dstStep, a.roi, a.border, 0, a.spec,
+                                                      a.buffer);
+        };
+        expectFaultOrder<Args>(good, faults, call, [&] { return dst.bytes(); });
+        Args wide = good;
+        wide.roi.width = 13; // beyond the forward mask's width
+        wide.srcStep = wide.dstStep = 52;
+        EXPECT_EQ(call(wide), StatusBadSize);
+        if (op != Op::gradient) {
+            Args tall = good;
+            tall.roi.height = 9; // beyond the intermediate image
+            EXPECT_EQ(call(tall), StatusBadSize);
+        }
+    }
+}
+
+TEST(Compound, LibraryRecordsServeThreads) {
+    const std::vector<std::uint8_t> mask(9, 1);
+    MorphAdvSpec *spec = nullptr;
+    constexpr RoiSize roi{200, 100};
+    ASSERT_EQ(rvxiMorphAdvInitAlloc_8u_C1R(&spec, roi, mask.data(), {3, 3}), StatusOk);
+    std::int32_t specSize = 0, bufferSize = 0;
+    ASSERT_EQ(rvxiMorphAdvGetSize_8u_C1R(roi, {3, 3}, &specSize, &bufferSize), StatusOk);
+    Rng rng = makeRng("threads");
+    GuardedImage<std::uint8_t> src(roi.width, roi.height), serial(roi.width, roi.height), a(roi.width, roi.height),
+        b(roi.width, roi.height);
+    src.fill(rng, Contents::random);
+    const auto run = [&](GuardedImage<std::uint8_t> &dst) {
+        std::vector<std::uint8_t> buffer(static_cast<std::size_t>(bufferSize));
+        for (int i = 0; i < 20; ++i) {
+            EXPECT_EQ(rvxiMorphGradientBorder_8u_C1R(src.data(), src.step(), dst.data(), dst.step(), roi,
+                                                     BorderReplicate, 0, spec, buffer.data()),
+                      StatusOk);
+        }
+    };
+    run(serial);
+    std::thread first(run, std::ref(a)), second(run, std::ref(b));
+    first.join();
+    second.join();
+    EXPECT_TRUE(imageIs(a, [&](auto x, auto y) { return serial.at(x, y); }));
+    EXPECT_TRUE(imageIs(b, [&](auto x, auto y) { return serial.at(x, y); }));
+    EXPECT_EQ(rvxiMorphAdvFree(spec), StatusOk);
+    EXPECT_EQ(rvxiMorphAdvFree(nullptr), StatusNullPointer);
+    EXPECT_EQ(rvxiMorphAdvInitAlloc_8u_C1R(nullptr, {0, 0}, nullptr, {0, 0}), StatusNullPointer);
+}
+
+} // namespace
