@@ -1,7 +1,9 @@
 // Erosion and dilation with any mask: the extremum over all set positions, position by position, for as many vectors at
-// a time as fit in registers. Where every column under the mask exists, pixels are read straight from the source;
-// elsewhere from a ring of extended rows in scratch. The mask is taken 64 columns at a time, as one bit word per mask
-// row; further columns continue from what stands in the destination. Any scratch of morphBufferBytes suffices.
+// a time as fit in registers. A position is an offset from the first pixel under the mask: with a constant distance
+// between rows, one list of offsets serves every output row. Pixels are read straight from the source where the whole
+// mask lies on it, elsewhere from a block of extended rows in scratch; narrow images are extended altogether, which is
+// cheaper than their edges. Any scratch of morphBufferBytes suffices: the mask's columns are taken as many at a time as
+// fit, later ones continuing from what stands in the destination.
 #pragma once
 
 #include "kernel/scratch.h"
@@ -9,17 +11,14 @@
 
 #include "rvxcv/morph.h"
 
-#include <bit>
-
 namespace rvxcv {
 
-// One output row. rows[j] + i * channels is the pixel under mask position (i, j) of the row's first output pixel.
+// One output row: dst[x] = extremum of first[x + offset] over the offsets (in bytes).
 template <class T, class Op, bool padded> struct PositionRow {
     using V = Vec<T>;
-    const T *const *rows;
-    const std::uint64_t *bits; // of each mask row
-    std::int64_t maskRows;
-    std::int64_t channels;
+    const T *first;
+    const std::int64_t *offsets;
+    std::int64_t count;
     T *dst;
     bool proceed; // from what dst holds
 
@@ -28,16 +27,14 @@ template <class T, class Op, bool padded> struct PositionRow {
         for (int v = 0; v < vectors; ++v) {
             extremum[v] = proceed ? load<V>(dst + x + v * V::lanes, span) : splat(Op::template neutral<T>());
         }
-        for (std::int64_t j = 0; j < maskRows; ++j) {
-            const T *row = rows[j] + x;
-            for (std::uint64_t rest = bits[j]; rest != 0; rest &= rest - 1) {
-                const T *at = row + std::countr_zero(rest) * channels;
-                for (int v = 0; v < vectors; ++v) {
-                    if constexpr (padded) {
-                        extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes));
-                    } else {
-                        extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes, span));
-                    }
+        const T *under = first + x;
+        for (std::int64_t k = 0; k < count; ++k) {
+            const T *at = byteOffset(under, offsets[k]);
+            for (int v = 0; v < vectors; ++v) {
+                if constexpr (padded) {
+                    extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes));
+                } else {
+                    extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes, span));
                 }
             }
         }
@@ -49,98 +46,118 @@ template <class T, class Op, bool padded> struct PositionRow {
 
 template <class T, class Op> class PositionKernel {
 public:
-    // The mask of the record. scratch: two pointers and a word for every mask row, then extended rows.
     PositionKernel(const MorphTask<T> &task, const MorphSpec &spec) : task_(task), spec_(spec) {
-        Scratch areas(task.scratch, task.scratchBytes);
-        rows_ = areas.take<const T *>(2 * std::int64_t{spec.maskHeight});
-        bits_ = areas.take<std::uint64_t>(spec.maskHeight);
-        lines_ = areas.take<std::uint8_t>(0, 32);
-        room_ = task.scratchBytes - (lines_ - task.scratch);
+        offsets_ = Scratch(task.scratch, task.scratchBytes).take<std::int64_t>(0);
+        room_ = task.scratchBytes - (reinterpret_cast<std::uint8_t *>(offsets_) - task.scratch) - 31;
     }
 
     void run() {
-        // Output columns whose whole mask exists.
-        const std::int64_t width = task_.roi.width;
-        std::int64_t first = task_.border.left ? 0 : std::clamp<std::int64_t>(spec_.anchorX, 0, width);
-        std::int64_t last = task_.border.right ? width : std::clamp<std::int64_t>(width - spec_.rightExtent, 0, width);
-        if ((last - first) * task_.channels < Vec<T>::lanes && !(first == 0 && last == width)) {
-            first = last = width;
+        const std::int64_t width = task_.roi.width, height = task_.roi.height;
+        // Output columns and rows whose whole mask lies on the source.
+        std::int64_t left = task_.border.left ? 0 : spec_.anchorX;
+        std::int64_t right = task_.border.right ? width : width - spec_.rightExtent;
+        const std::int64_t top = std::max<std::int64_t>(task_.firstRow, task_.border.top ? 0 : spec_.anchorY);
+        const std::int64_t bottom =
+            std::min<std::int64_t>(task_.lastRow, task_.border.bottom ? height : height - spec_.bottomExtent);
+        constexpr std::int64_t worthwhile = 2048; // bytes of a row read in place
+        if ((right - left) * task_.pixelBytes() < worthwhile || bottom <= top) {
+            extended(0, width, task_.firstRow, task_.lastRow);
+            return;
         }
-        overColumns(first, last, 64, [&](std::int64_t i0, std::int64_t) { interior(first, last, i0); });
-        edge(0, first);
-        edge(last, width);
+        inPlace(left, right, top, bottom);
+        extended(0, width, task_.firstRow, top);
+        extended(0, width, bottom, task_.lastRow);
+        extended(0, left, top, bottom);
+        extended(right, width, top, bottom);
     }
 
 private:
-    // For the mask's columns from i0 on, `most` at a time, and the output columns first .. last - 1.
-    template <class Visit>
-    void overColumns(std::int64_t first, std::int64_t last, std::int64_t most, const Visit &visit) {
-        for (std::int64_t i0 = 0; first < last && i0 < spec_.maskWidth; i0 += most) {
-            const std::int64_t columns = std::min<std::int64_t>(most, spec_.maskWidth - i0);
-            for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
-                bits_[j] = 0;
-                for (std::int64_t i = 0; i < columns; ++i) {
-                    const bool set = spec_.maskCopy[j * spec_.maskWidth + i0 + i] != 0;
-                    bits_[j] |= static_cast<std::uint64_t>(set) << i;
+    // The offsets of the set positions in mask columns i0 .. i0 + columns - 1, from the pixel under column i0.
+    std::int64_t listOffsets(std::int64_t i0, std::int64_t columns, std::int64_t rowStep) {
+        std::int64_t count = 0;
+        for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
+            for (std::int64_t i = 0; i < columns; ++i) {
+                if (spec_.maskCopy[j * spec_.maskWidth + i0 + i] != 0) {
+                    offsets_[count++] = j * rowStep + i * task_.pixelBytes();
                 }
             }
-            visit(i0, columns);
         }
+        return count;
     }
 
-    void interior(std::int64_t first, std::int64_t last, std::int64_t i0) {
-        for (std::int64_t y = task_.firstRow; y < task_.lastRow; ++y) {
-            for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
-                rows_[j] = task_.row(y + j - spec_.anchorY) + (first + i0 - spec_.anchorX) * task_.channels;
+    // The most mask columns whose lists fit beside `rows` extended rows at least one pixel wide, or more if that leaves
+    // room for `wanted` pixels.
+    std::int64_t columnsAtOnce(std::int64_t rows, std::int64_t wanted) const {
+        std::int64_t columns = spec_.maskWidth;
+        while (columns > 1 &&
+               fittingPixels(room_ - listBytes(columns), rows, columns - 1, task_.pixelBytes()) < wanted) {
+            columns = (columns + 1) / 2;
+        }
+        return columns;
+    }
+    std::int64_t listBytes(std::int64_t columns) const {
+        return spec_.maskHeight * columns * static_cast<std::int64_t>(sizeof(std::int64_t));
+    }
+
+    void inPlace(std::int64_t left, std::int64_t right, std::int64_t top, std::int64_t bottom) {
+        const std::int64_t columns =
+            std::clamp<std::int64_t>(room_ / (8 * std::int64_t{spec_.maskHeight}), 1, spec_.maskWidth);
+        for (std::int64_t i0 = 0; i0 < spec_.maskWidth; i0 += columns) {
+            const std::int64_t count = listOffsets(i0, std::min(columns, spec_.maskWidth - i0), task_.src.step);
+            for (std::int64_t y = top; y < bottom; ++y) {
+                const T *first = task_.src.row(y - spec_.anchorY) + (left + i0 - spec_.anchorX) * task_.channels;
+                outputRow<false>(first, count, y, left, right, i0);
             }
-            outputRow<false>(rows_, y, first, last, i0);
         }
     }
 
-    // Tiles of columns; the ring holds the extended source rows under the mask, and its pointers stand in the array
-    // twice, so that those of an output row follow each other.
-    void edge(std::int64_t first, std::int64_t last) {
+    // A block of extended source rows serves as many output rows as it has more rows than the mask.
+    void extended(std::int64_t left, std::int64_t right, std::int64_t top, std::int64_t bottom) {
+        if (left >= right || top >= bottom) {
+            return;
+        }
         const std::int64_t height = spec_.maskHeight, bytes = task_.pixelBytes();
-        std::int64_t most = std::min(spec_.maskWidth, 64);
-        while (most > 1 && fittingPixels(room_, height, most - 1, bytes) < std::min(last - first, most)) {
-            most /= 2;
-        }
-        const std::int64_t tile = std::max<std::int64_t>(tilePixels(last - first, room_, height, most - 1, bytes), 1);
-        const std::int64_t lineStep = scratchRowStep(tile + most - 1, bytes);
-        for (std::int64_t k = 0; k < 2 * height; ++k) {
-            rows_[k] = reinterpret_cast<const T *>(lines_ + k % height * lineStep);
-        }
-        for (std::int64_t x0 = first; x0 < last; x0 += tile) {
-            const std::int64_t x1 = std::min(x0 + tile, last);
-            overColumns(x0, x1, most, [&](std::int64_t i0, std::int64_t columns) {
-                const std::int64_t from = x0 + i0 - spec_.anchorX;
-                std::int64_t made = task_.firstRow - spec_.anchorY;
-                for (std::int64_t y = task_.firstRow, slot = 0; y < task_.lastRow; ++y) {
-                    for (; made <= y + spec_.bottomExtent; ++made) {
-                        const std::int64_t into = (made - task_.firstRow + spec_.anchorY) % height;
-                        copyInterval(reinterpret_cast<T *>(lines_ + into * lineStep), task_.row(made), from,
-                                     from + x1 - x0 + columns - 2, task_);
+        const std::int64_t columns = columnsAtOnce(height, std::min<std::int64_t>(right - left, spec_.maskWidth));
+        Scratch areas(offsets_, room_ + 31);
+        areas.take<std::int64_t>(height * columns);
+        auto *const lines = areas.take<std::uint8_t>(0, 32);
+        const std::int64_t room = room_ - listBytes(columns);
+        const std::int64_t tile = std::max<std::int64_t>(tilePixels(right - left, room, height, columns - 1, bytes), 1);
+        const std::int64_t lineStep = scratchRowStep(tile + columns - 1, bytes);
+        const std::int64_t cachedLines = std::max(64 * 1024 / lineStep, 2 * height);
+        const std::int64_t outputs = std::min(room / lineStep, cachedLines) - height + 1;
+        for (std::int64_t x0 = left; x0 < right; x0 += tile) {
+            const std::int64_t x1 = std::min(x0 + tile, right);
+            for (std::int64_t i0 = 0; i0 < spec_.maskWidth; i0 += columns) {
+                const std::int64_t taken = std::min(columns, spec_.maskWidth - i0);
+                const std::int64_t count = listOffsets(i0, taken, lineStep);
+                const std::int64_t from = x0 + i0 - spec_.anchorX, to = from + x1 - x0 + taken - 2;
+                for (std::int64_t y0 = top; y0 < bottom; y0 += outputs) {
+                    const std::int64_t y1 = std::min(y0 + outputs, bottom);
+                    for (std::int64_t k = 0; k < y1 - y0 + height - 1; ++k) {
+                        copyInterval(reinterpret_cast<T *>(lines + k * lineStep), task_.row(y0 + k - spec_.anchorY),
+                                     from, to, task_);
                     }
-                    outputRow<true>(rows_ + slot, y, x0, x1, i0);
-                    slot = slot + 1 == height ? 0 : slot + 1;
+                    for (std::int64_t y = y0; y < y1; ++y) {
+                        outputRow<true>(reinterpret_cast<const T *>(lines + (y - y0) * lineStep), count, y, x0, x1, i0);
+                    }
                 }
-            });
+            }
         }
     }
 
     template <bool padded>
-    void outputRow(const T *const *rows, std::int64_t y, std::int64_t first, std::int64_t last, std::int64_t i0) {
+    void outputRow(const T *first, std::int64_t count, std::int64_t y, std::int64_t left, std::int64_t right,
+                   std::int64_t i0) {
         const std::int64_t channels = task_.channels;
-        const PositionRow<T, Op, padded> row{
-            rows, bits_, spec_.maskHeight, channels, task_.dst.row(y) + first * channels, i0 != 0};
-        sweep<Vec<T>::lanes, 4>((last - first) * channels, row);
+        sweep<Vec<T>::lanes, 4>(
+            (right - left) * channels,
+            PositionRow<T, Op, padded>{first, offsets_, count, task_.dst.row(y) + left * channels, i0 != 0});
     }
 
     const MorphTask<T> &task_;
     const MorphSpec &spec_;
-    const T **rows_;
-    std::uint64_t *bits_;
-    std::uint8_t *lines_;
+    std::int64_t *offsets_;
     std::int64_t room_;
 };
 

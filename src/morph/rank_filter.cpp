@@ -44,6 +44,30 @@ void reduceColumns(const T *const *rows, std::int64_t height, std::int64_t outpu
     }
 }
 
+// `count` lines of extended pixels to output rows y0 .. They follow each other without gaps: steps inside scratch take
+// them as one.
+template <class T, class Op>
+void reduceRows(const MorphTask<T> &task, Window window, bool twoParts, T *lines, std::int64_t lineElements,
+                std::int64_t x0, std::int64_t pixels, std::int64_t y0, std::int64_t count) {
+    const std::int64_t channels = task.channels, n = pixels * channels, gaps = (count - 1) * lineElements;
+    std::int64_t length = window.right - window.left + 1;
+    if (twoParts) {
+        length = 1 - window.left;
+        widenRows<T, Op>(lines, gaps + n + (length - 1) * channels, 1, length, channels);
+        for (std::int64_t k = 0; k < count; ++k) {
+            T *const line = lines + k * lineElements;
+            finishRow<T, Op, Store::sloppy>(line, line, n, widenedTo(1, length), length, channels);
+            repeatPixel(line + n, window.right, line + n - channels, channels);
+        }
+        length = 1 + window.right;
+    }
+    widenRows<T, Op>(lines, gaps + n + (length - 1) * channels, 1, length, channels);
+    for (std::int64_t k = 0; k < count; ++k) {
+        finishRow<T, Op, Store::exact>(lines + k * lineElements, task.dst.row(y0 + k) + x0 * channels, n,
+                                       widenedTo(1, length), length, channels);
+    }
+}
+
 } // namespace
 
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
@@ -65,8 +89,8 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
     }
     Scratch areas(task.scratch, task.scratchBytes);
     const T **rows = areas.take<const T *>(blockRows + height - 1);
-    auto *lines = areas.take<std::uint8_t>(0, 32);
-    const std::int64_t room = task.scratchBytes - (lines - task.scratch);
+    auto *const memory = areas.take<std::uint8_t>(0);
+    const std::int64_t room = task.scratchBytes - (memory - task.scratch) - 31;
     std::int64_t tileWidth = roiWidth, lineStep = 0;
     if (!columnOnly) {
         const std::int64_t enough = twoParts ? roiWidth : std::min(roiWidth, margin);
@@ -88,6 +112,11 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
         const Interval source = twoParts ? Interval(task, 0, roiWidth - 1)
                                          : Interval(task, x0 + window.left, x0 + pixels - 1 + window.right);
         const std::int64_t before = twoParts ? -window.left : source.before;
+        // The pixels behind the left margin stand at multiples of the vector size.
+        const auto address =
+            reinterpret_cast<std::uintptr_t>(memory) + static_cast<std::uintptr_t>(before * task.pixelBytes());
+        T *const lines = reinterpret_cast<T *>(memory + (-address & 31));
+        const std::int64_t lineElements = lineStep / static_cast<std::int64_t>(sizeof(T));
 
         for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += blockRows) {
             const std::int64_t outputs = std::min(blockRows, task.lastRow - y0);
@@ -98,22 +127,20 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
                 reduceColumns<T, Op>(rows, height, outputs, task.dst.row(y0) + x0 * channels, task.dst.step, n);
                 continue;
             }
-            reduceColumns<T, Op>(rows, height, outputs, reinterpret_cast<T *>(lines) + before * channels, lineStep,
-                                 source.columns * channels);
+            T *const pixel = lines + before * channels;
+            reduceColumns<T, Op>(rows, height, outputs, pixel, lineStep, source.columns * channels);
             for (std::int64_t k = 0; k < outputs; ++k) {
-                T *line = reinterpret_cast<T *>(lines + k * lineStep);
-                T *out = task.dst.row(y0 + k) + x0 * channels;
-                T *pixel = line + before * channels;
-                repeatPixel(line, before, pixel, channels);
-                if (twoParts) {
-                    rowExtrema<T, Op, Store::sloppy>(line, line, line, n, 1, 1 - window.left, channels);
-                    repeatPixel(line + n, window.right, line + n - channels, channels);
-                    rowExtrema<T, Op, Store::exact>(line, line, out, n, 1, 1 + window.right, channels);
-                } else {
-                    repeatPixel(pixel + source.columns * channels, source.behind,
-                                pixel + (source.columns - 1) * channels, channels);
-                    rowExtrema<T, Op, Store::exact>(line, line, out, n, 1, width, channels);
-                }
+                T *const line = lines + k * lineElements, *const edge = pixel + k * lineElements;
+                repeatPixel(line, before, edge, channels);
+                repeatPixel(edge + source.columns * channels, source.behind, edge + (source.columns - 1) * channels,
+                            channels);
+            }
+            // A few lines at a time go through the steps along them, while they are in the first-level cache.
+            constexpr std::int64_t groupBytes = 8 * 1024;
+            const std::int64_t groupLines = std::max<std::int64_t>(groupBytes / lineStep, 1);
+            for (std::int64_t k = 0; k < outputs; k += groupLines) {
+                reduceRows<T, Op>(task, window, twoParts, lines + k * lineElements, lineElements, x0, pixels, y0 + k,
+                                  std::min(groupLines, outputs - k));
             }
         }
     }

@@ -147,29 +147,35 @@ template <class T, class Op, int outputs> struct ColumnExtremaFew {
     }
 };
 
-// Repeats one pixel.
-template <class T> inline void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, std::int64_t channels) {
-    const std::int64_t n = pixels * channels;
-    if (n <= 8 || channels != 1) {
-        const std::int64_t first = std::min<std::int64_t>(n, 8 * channels);
-        for (std::int64_t i = 0; i < first; ++i) {
-            storeScalar(dst + i, loadScalar(pixel + i % channels));
+// Repeats one pixel: a few times one by one, many times by vectors or by copying what is there already.
+template <class T> RVX_INLINE void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, std::int64_t channels) {
+    if (channels == 1) {
+        using V = Vec<T>;
+        const T value = loadScalar(pixel);
+        std::int64_t x = 0;
+        if (pixels >= V::lanes) {
+            for (; x + V::lanes <= pixels; x += V::lanes) {
+                store(dst + x, splat(value));
+            }
+            store(dst + pixels - V::lanes, splat(value));
+            return;
         }
-        for (std::int64_t done = first; done < n;) {
-            const std::int64_t more = std::min(done, n - done);
-            std::memcpy(static_cast<void *>(dst + done), dst, static_cast<std::size_t>(more) * sizeof(T));
-            done += more;
+        for (; x < pixels; ++x) {
+            storeScalar(dst + x, value);
         }
         return;
     }
-    using V = Vec<T>;
-    const V value = splat(loadScalar(pixel));
-    std::int64_t x = 0;
-    for (; x + V::lanes <= n; x += V::lanes) {
-        store(dst + x, value);
+    const std::int64_t single = std::min<std::int64_t>(pixels, 4);
+    for (std::int64_t x = 0; x < single; ++x) {
+        for (std::int64_t c = 0; c < channels; ++c) {
+            storeScalar(dst + x * channels + c, loadScalar(pixel + c));
+        }
     }
-    if (x < n) {
-        store(dst + x, value, Part{static_cast<int>(n - x)});
+    for (std::int64_t done = single; done < pixels;) {
+        const std::int64_t more = std::min(done, pixels - done);
+        std::memcpy(static_cast<void *>(dst + done * channels), dst,
+                    static_cast<std::size_t>(more * channels) * sizeof(T));
+        done += more;
     }
 }
 
@@ -264,21 +270,34 @@ template <class T, class Op, int loads> struct RowStep {
     }
 };
 
+// Extrema of `length` pixels take two steps or more where that is fewer loads: extrema of 4, 16, 64 .. times `known`
+// pixels replace a row of extrema of `known` pixels until at most six of them make up the length. widenedTo tells their
+// length, widenRows forms them in place of the n elements that the row holds; neighbouring scratch rows may be taken
+// together as one.
+constexpr std::int64_t widenedTo(std::int64_t known, std::int64_t length) {
+    while (length > 6 * known) {
+        known *= 4;
+    }
+    return known;
+}
+
+template <class T, class Op>
+inline void widenRows(T *row, std::int64_t n, std::int64_t known, std::int64_t length, std::int64_t channels) {
+    for (; length > 6 * known; known *= 4) {
+        n -= 3 * known * channels;
+        RowStep<T, Op, 4>{row, row, known * channels, 3 * known * channels}.sloppy(n);
+    }
+}
+
 // Where a row of extrema goes: into scratch in whole vectors, or into memory of exactly its elements.
 enum class Store { sloppy, exact };
 
-// dst[x] = extremum of `length` pixels, for n elements, given a row of extrema of `known` pixels, which holds
-// (length - known) * channels elements more, then slack. Extrema of 4, 16, 64 .. times as many pixels are formed in
-// `work` (as large as the row, or the row itself) until at most six of them make up the length. A sloppy dst may be any
-// of the rows.
+// The last step: dst[x] = extremum of `length` pixels, for n elements, from extrema of `known` pixels, at least a sixth
+// of the length. The row holds (length - known) * channels elements more, then slack. A sloppy dst may be the row.
 template <class T, class Op, Store kind>
-inline void rowExtrema(const T *row, T *work, T *dst, std::int64_t n, std::int64_t known, std::int64_t length,
-                       std::int64_t channels) {
-    std::int64_t p = known;
-    for (; length > 6 * p; p *= 4, row = work) {
-        RowStep<T, Op, 4>{row, work, p * channels, 3 * p * channels}.sloppy(n + (length - 4 * p) * channels);
-    }
-    const std::int64_t shift = p * channels, last = (length - p) * channels;
+inline void finishRow(const T *row, T *dst, std::int64_t n, std::int64_t known, std::int64_t length,
+                      std::int64_t channels) {
+    const std::int64_t shift = known * channels, last = (length - known) * channels;
     const auto finish = [&](const auto &step) {
         if constexpr (kind == Store::sloppy) {
             step.sloppy(n);
@@ -286,7 +305,7 @@ inline void rowExtrema(const T *row, T *work, T *dst, std::int64_t n, std::int64
             step.exact(n);
         }
     };
-    switch ((length + p - 1) / p) {
+    switch ((length + known - 1) / known) {
     case 1:
     case 2:
         return finish(RowStep<T, Op, 2>{row, dst, shift, last});

@@ -175,8 +175,15 @@ private:
             if (l == 0) {
                 copyInterval(line, row, x0 + firstStart_, x0 + firstStart_ + span - 1, task_);
             } else {
-                rowExtrema<T, Op, Store::sloppy>(shorter, line, line, (span - level.length + 1) * task_.channels,
-                                                 levels_[l - 1].length, level.length, task_.channels);
+                const std::int64_t known = levels_[l - 1].length, channels = task_.channels;
+                if (level.length > 6 * known) {
+                    std::memcpy(static_cast<void *>(line), shorter,
+                                static_cast<std::size_t>(span * task_.pixelBytes()));
+                    widenRows<T, Op>(line, span * channels, known, level.length, channels);
+                    shorter = line;
+                }
+                finishRow<T, Op, Store::sloppy>(shorter, line, (span - level.length + 1) * channels,
+                                                widenedTo(known, level.length), level.length, channels);
             }
             shorter = line;
         }
