@@ -54,6 +54,35 @@ StatusCode rvxiCannyBorderGetSize(RoiSize roi, int32_t filter, MaskCode mask, Pi
 
 /* ------------------------------------------------------------------------------------------------ Corner measure */
 
+/* The smaller eigenvalue of the gradient covariance in a block around every pixel: the measure of how well a point can
+ * be tracked (Shi and Tomasi, Good Features to Track, CVPR 1994). Four steps, with replicated borders in the first and
+ * the third:
+ *   1. Dx and Dy, the Sobel (3x3, 5x5) or Scharr (3x3) derivatives; of 32f sources in floats, a row stage and a column
+ *      stage as in the derivative filters (the five-tap difference subtracts mirrored taps first).
+ *   2. A = Dx * Dx, B = Dy * Dy, C = Dx * Dy, each rounded to float once.
+ *   3. a, b, c: the means of A, B, C over the block, as rvxiFilterLowpassBorder_32f_C1R forms them.
+ *   4. dst = (s * 0.5) * ((a + b) - sqrt(fma(a - b, a - b, 4 * (c * c)))), the scale s being 1 / 4080 (Sobel 3x3),
+ *      1 / 65280 (Sobel 5x5) or 1 / 4080 * 0.6125f (Scharr).
+ * Both sources are scaled as if pixels ranged from 0 to 255, so that a 32f image of an 8u image's values gives the same
+ * measure. A constant image gives exactly 0. Source and destination must not overlap.
+ *
+ * kernel: MinEigenValSobel or MinEigenValScharr. aperture: 3, or 5 with Sobel. block: 3 or 5.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep;
+ * StatusStepNotMultiple; StatusBadArgument (kernel); StatusBadSize (aperture); StatusBadSize (block). */
+enum { MinEigenValSobel = 0, MinEigenValScharr = 1 };
+
+StatusCode rvxiMinEigenVal_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                     int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer);
+StatusCode rvxiMinEigenVal_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                   int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer);
+
+/* Bytes of scratch for any kernel at this aperture and block. StatusNullPointer; StatusBadSize (width, height, aperture
+ * or block, or a size that does not fit). */
+StatusCode rvxiMinEigenValGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+StatusCode rvxiMinEigenValGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+
+
 /* --------------------------------------------------------------------------------------------------- Peak search */
 
 /* Local extrema of a signed response image, at least `border` pixels away from every edge, in scan order (x, y). A pixel

@@ -55,6 +55,11 @@ inline constexpr FixedKernel32f<3> kerDxNeg_3_32f{{1, 0, -1}};
 inline constexpr FixedKernel16s<5> kerDxNeg_5_16s{{1, 2, 0, -2, -1}};
 inline constexpr FixedKernel32f<5> kerDxNeg_5_32f{{1, 2, 0, -2, -1}};
 
+// kerDx_5_32f for sums that must vanish on constant images whatever the constant. Taken in order, five taps round 3 * c
+// on the way, and what is left of c need not be zero; mirrored taps that are subtracted first leave exactly nothing.
+struct MirroredDifference : FixedKernel32f<5> {};
+inline constexpr MirroredDifference kerDxMirrored_5_32f{{{-1, -2, 0, 2, 1}}};
+
 // Second derivative, and the neighbours' sum that the 3x3 Laplacian needs.
 inline constexpr FixedKernel16s<3> kerD2x_3_16s{{1, -2, 1}};
 inline constexpr FixedKernel32f<3> kerD2x_3_32f{{1, -2, 1}};

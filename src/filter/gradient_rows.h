@@ -192,8 +192,15 @@ template <const auto &kernel, class Tap> RVX_INLINE auto exactSum(const Tap &tap
 }
 
 // The float sum of a stage: taps in ascending order, the first a plain product, every further one fused onto it.
+// Differences of mirrored taps subtract those first, then the inner pair and the zero tap are fused on.
 template <const auto &kernel, class Tap> RVX_INLINE auto chainedSum(const Tap &tap) {
-    return detail::fusedTaps<kernel>(tap, std::make_integer_sequence<int, kernel.taps - 1>{});
+    if constexpr (std::is_same_v<decltype(kernel), const MirroredDifference &>) {
+        static_assert(kernel[4] == 1 && kernel[3] == -kernel[1] && kernel[2] == 0);
+        const auto outer = detail::minus(tap(4), tap(0));
+        return detail::fusedTap<kernel, 2>(detail::fusedTap<kernel, 3>(outer, detail::minus(tap(3), tap(1))), tap(2));
+    } else {
+        return detail::fusedTaps<kernel>(tap, std::make_integer_sequence<int, kernel.taps - 1>{});
+    }
 }
 
 // ------------------------------------------------------------------------------------- integer filters of 8u rows

@@ -1,0 +1,295 @@
+// The corner measure against its four steps as plain passes over whole planes, bit for bit.
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace {
+
+using namespace support;
+
+struct Plane {
+    std::int64_t width, height;
+    std::vector<float> values;
+
+    Plane(std::int64_t w, std::int64_t h) : width(w), height(h), values(static_cast<std::size_t>(w * h)) {}
+    float &at(std::int64_t x, std::int64_t y) { return values[static_cast<std::size_t>(y * width + x)]; }
+    float replicated(std::int64_t x, std::int64_t y) const {
+        x = std::clamp<std::int64_t>(x, 0, width - 1);
+        y = std::clamp<std::int64_t>(y, 0, height - 1);
+        return values[static_cast<std::size_t>(y * width + x)];
+    }
+};
+
+using Kernel = std::vector<float>;
+
+// The first tap's product, every further tap fused on; of five taps of a difference the mirrored ones are subtracted
+// first.
+template <class Tap> float sumOfTaps(const Kernel &kernel, const Tap &tap) {
+    if (kernel == Kernel{-1, -2, 0, 2, 1}) {
+        return std::fma(0.0f, tap(2), std::fma(2.0f, tap(3) - tap(1), tap(4) - tap(0)));
+    }
+    float sum = kernel[0] * tap(0);
+    for (int i = 1; i < static_cast<int>(kernel.size()); ++i) {
+        sum = std::fma(kernel[static_cast<std::size_t>(i)], tap(i), sum);
+    }
+    return sum;
+}
+
+Plane separable(const Plane &src, const Kernel &row, const Kernel &column, float factor = 1.0f) {
+    const int reach = static_cast<int>(row.size()) / 2;
+    Plane rows(src.width, src.height), result(src.width, src.height);
+    for (std::int64_t y = 0; y < src.height; ++y) {
+        for (std::int64_t x = 0; x < src.width; ++x) {
+            rows.at(x, y) = sumOfTaps(row, [&](int i) { return src.replicated(x + i - reach, y); });
+        }
+    }
+    for (std::int64_t y = 0; y < src.height; ++y) {
+        for (std::int64_t x = 0; x < src.width; ++x) {
+            result.at(x, y) = sumOfTaps(column, [&](int i) { return rows.replicated(x, y + i - reach); }) * factor;
+        }
+    }
+    return result;
+}
+
+Plane product(const Plane &a, const Plane &b) {
+    Plane result(a.width, a.height);
+    for (std::size_t i = 0; i < result.values.size(); ++i) {
+        result.values[i] = a.values[i] * b.values[i];
+    }
+    return result;
+}
+
+struct Parameters {
+    std::int32_t kernel, aperture, block;
+};
+constexpr Parameters allParameters[] = {
+    {MinEigenValSobel, 3, 3}, {MinEigenValSobel, 3, 5},  {MinEigenValSobel, 5, 3},
+    {MinEigenValSobel, 5, 5}, {MinEigenValScharr, 3, 3}, {MinEigenValScharr, 3, 5},
+};
+
+template <class T> Plane plainMeasure(const GuardedImage<T> &image, Parameters parameters) {
+    Plane src(image.width(), image.height());
+    for (std::int64_t y = 0; y < image.height(); ++y) {
+        for (std::int64_t x = 0; x < image.width(); ++x) {
+            src.at(x, y) = static_cast<float>(image.at(x, y));
+        }
+    }
+    const bool five = parameters.aperture == 5, scharr = parameters.kernel == MinEigenValScharr;
+    const Kernel derive = five ? Kernel{-1, -2, 0, 2, 1} : Kernel{-1, 0, 1};
+    const Kernel smooth = five ? Kernel{1, 4, 6, 4, 1} : scharr ? Kernel{3, 10, 3} : Kernel{1, 2, 1};
+    const Plane dx = separable(src, derive, smooth), dy = separable(src, smooth, derive);
+
+    const auto area = static_cast<float>(parameters.block * parameters.block);
+    const Kernel box(static_cast<std::size_t>(parameters.block), 1.0f);
+    const auto mean = [&](const Plane &plane) { return separable(plane, box, box, 1.0f / area); };
+    const Plane a = mean(product(dx, dx)), b = mean(product(dy, dy)), c = mean(product(dx, dy));
+
+    float scale = five ? 1.0f / 65280.0f : 1.0f / 4080.0f;
+    if (scharr) {
+        scale *= 0.6125f;
+    }
+    const float half = scale * 0.5f;
+    Plane result(src.width, src.height);
+    for (std::size_t i = 0; i < result.values.size(); ++i) {
+        const float difference = a.values[i] - b.values[i], square = c.values[i] * c.values[i];
+        const float root = std::sqrt(std::fma(difference, difference, 4.0f * square));
+        result.values[i] = half * ((a.values[i] + b.values[i]) - root);
+    }
+    return result;
+}
+
+template <class T>
+StatusCode measure(const T *src, std::int32_t srcStep, float *dst, std::int32_t dstStep, RoiSize roi, Parameters p,
+                   std::uint8_t *buffer) {
+    if constexpr (std::is_same_v<T, float>) {
+        return rvxiMinEigenVal_32f_C1R(src, srcStep, dst, dstStep, roi, p.kernel, p.aperture, p.block, buffer);
+    } else {
+        return rvxiMinEigenVal_8u32f_C1R(src, srcStep, dst, dstStep, roi, p.kernel, p.aperture, p.block, buffer);
+    }
+}
+
+template <class T> StatusCode query(RoiSize roi, std::int32_t aperture, std::int32_t block, std::int32_t *size) {
+    return std::is_same_v<T, float> ? rvxiMinEigenValGetBufferSize_32f_C1R(roi, aperture, block, size)
+                                    : rvxiMinEigenValGetBufferSize_8u32f_C1R(roi, aperture, block, size);
+}
+
+// Into an image with padding, with scratch that ends at a guard page and starts wherever that leaves it.
+template <class T> GuardedImage<float> measured(const GuardedImage<T> &src, Parameters p, std::int64_t skew = 0) {
+    GuardedImage<float> dst(src.width(), src.height(), {.padding = 12, .skew = skew});
+    std::int32_t size = 0;
+    EXPECT_EQ(query<T>(src.roi(), p.aperture, p.block, &size), StatusOk);
+    GuardedBuffer scratch(size);
+    scratch.scribble(0xff);
+    EXPECT_EQ(measure(src.data(), src.step(), dst.data(), dst.step(), src.roi(), p, scratch.data()), StatusOk);
+    return dst;
+}
+
+template <class T> void checkSizesAndContents() {
+    Rng rng = makeRng("mineigen", sizeof(T));
+    int salt = 0;
+    const auto run = [&](std::int64_t width, std::int64_t height, Contents contents, Parameters p) {
+        const std::int64_t padding = static_cast<std::int64_t>(sizeof(T)) * (salt % 4);
+        GuardedImage<T> src(width, height,
+                            {.padding = padding, .guard = salt % 2 != 0 ? Guard::before : Guard::behind});
+        src.fill(rng, contents);
+        Plane want = plainMeasure(src, p);
+        ASSERT_TRUE(imageIs(measured(src, p, salt % 5), [&](auto x, auto y) { return want.at(x, y); }))
+            << "kernel " << p.kernel << " aperture " << p.aperture << " block " << p.block;
+        ++salt;
+    };
+    for (const Parameters &p : allParameters) {
+        for (std::int64_t width = 1; width <= 35; ++width) {
+            ASSERT_NO_FATAL_FAILURE(run(width, 1 + width % 7, salt % 4 == 0 ? Contents::nearMax : Contents::random, p));
+        }
+        // Around the ends of strips of columns, and several strips.
+        for (const std::int64_t width : {255, 257, 271, 272, 273, 288, 512, 531}) {
+            ASSERT_NO_FATAL_FAILURE(run(width, 6, Contents::random, p));
+        }
+        ASSERT_NO_FATAL_FAILURE(run(1283, 11, Contents::small, p));
+    }
+}
+
+TEST(MinEigenVal, MatchesThePasses8u) { checkSizesAndContents<std::uint8_t>(); }
+TEST(MinEigenVal, MatchesThePasses32f) { checkSizesAndContents<float>(); }
+
+// Five taps taken in order would leave a rest of most constants; large ones would overflow in the products.
+TEST(MinEigenVal, ConstantsGiveExactlyZero) {
+    for (const Parameters &p : allParameters) {
+        for (const float constant : {0.1f, 3.3e30f, -7.7e-39f, 255.0f, 1.0f / 3.0f, -0.0f}) {
+            GuardedImage<float> src(300, 7);
+            for (std::int64_t i = 0; i < 300 * 7; ++i) {
+                src.set(i % 300, i / 300, constant);
+            }
+            ASSERT_TRUE(imageIs(measured(src, p), [](auto, auto) { return 0.0f; })) << constant;
+        }
+        GuardedImage<std::uint8_t> bytes(41, 5);
+        Rng rng = makeRng("constant");
+        bytes.fill(rng, Contents::constant);
+        ASSERT_TRUE(imageIs(measured(bytes, p), [](auto, auto) { return 0.0f; }));
+    }
+}
+
+// The derivatives of bytes are exact in floats too.
+TEST(MinEigenVal, BothSourcesGiveTheSameNumbers) {
+    Rng rng = makeRng("both sources");
+    GuardedImage<std::uint8_t> bytes(301, 23);
+    bytes.fill(rng, Contents::random);
+    GuardedImage<float> floats(301, 23);
+    for (std::int64_t i = 0; i < 301 * 23; ++i) {
+        floats.set(i % 301, i / 301, bytes.at(i % 301, i / 301));
+    }
+    for (const Parameters &p : allParameters) {
+        const auto of8u = measured(bytes, p);
+        ASSERT_TRUE(imageIs(measured(floats, p), [&](auto x, auto y) { return of8u.at(x, y); }));
+    }
+}
+
+// A straight edge is no corner; the corner of a square is the strongest point around.
+TEST(MinEigenVal, CornersStandOut) {
+    GuardedImage<std::uint8_t> square(40, 40);
+    for (std::int64_t y = 0; y < 40; ++y) {
+        for (std::int64_t x = 0; x < 40; ++x) {
+            square.set(x, y, x >= 16 && y >= 16 ? 200 : 20);
+        }
+    }
+    for (const Parameters &p : allParameters) {
+        const auto result = measured(square, p);
+        EXPECT_GT(result.at(16, 16), 1.0f);
+        EXPECT_NEAR(result.at(16, 33), 0.0f, 1e-4f * result.at(16, 16));
+        EXPECT_NEAR(result.at(33, 16), 0.0f, 1e-4f * result.at(16, 16));
+    }
+}
+
+struct Call {
+    const void *src;
+    float *dst;
+    std::int32_t srcStep, dstStep;
+    RoiSize roi;
+    Parameters parameters;
+    std::uint8_t *buffer;
+};
+
+template <class T> void checkStatuses() {
+    GuardedImage<T> src(9, 4);
+    GuardedImage<float> dst(9, 4);
+    GuardedBuffer scratch(100000);
+    Rng rng = makeRng("statuses");
+    src.fill(rng, Contents::random);
+    std::vector<Fault<Call>> faults{
+        {"null source", StatusNullPointer, [](auto &c) { c.src = nullptr; }},
+        {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
+        {"null buffer", StatusNullPointer, [](auto &c) { c.buffer = nullptr; }},
+        {"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
+        {"no height", StatusBadSize, [](auto &c) { c.roi.height = -1; }},
+        {"short source step", StatusBadStep, [](auto &c) { c.srcStep = 9 * sizeof(T) - 1; }},
+        {"short destination step", StatusBadStep, [](auto &c) { c.dstStep = 35; }},
+        {"destination step of 4 * width + 2", StatusStepNotMultiple, [](auto &c) { c.dstStep = 38; }},
+        {"kernel 2", StatusBadArgument, [](auto &c) { c.parameters.kernel = 2; }},
+        {"kernel 2, aperture 5", StatusBadArgument,
+         [](auto &c) {
+             c.parameters = {2, 5, 3};
+         }},
+        {"aperture 4", StatusBadSize, [](auto &c) { c.parameters.aperture = 4; }},
+        {"block 4", StatusBadSize, [](auto &c) { c.parameters.block = 4; }},
+    };
+    if (std::is_same_v<T, float>) {
+        faults.insert(faults.begin() + 7, {"odd source step", StatusStepNotMultiple, [](auto &c) { c.srcStep = 37; }});
+    }
+    const auto call = [](const Call &c) {
+        return measure(static_cast<const T *>(c.src), c.srcStep, c.dst, c.dstStep, c.roi, c.parameters, c.buffer);
+    };
+    const Call good{src.data(),    dst.data(), src.step(), dst.step(), src.roi(), {MinEigenValSobel, 3, 3},
+                    scratch.data()};
+    expectFaultOrder<Call>(good, faults, call, [&] { return dst.bytes(); });
+    Call scharr = good;
+    scharr.parameters = {MinEigenValScharr, 5, 3};
+    EXPECT_EQ(call(scharr), StatusBadSize);
+}
+
+TEST(MinEigenVal, StatusesInTheOrderOfTheChecks) {
+    checkStatuses<std::uint8_t>();
+    checkStatuses<float>();
+}
+
+// The planes of all steps and the largest scratch of the filters behind them, which is the low-pass filter's, or the
+// wider derivative's of a 32f source.
+TEST(MinEigenVal, ScratchSizes) {
+    for (const std::int32_t width : {1, 16, 17, 641}) {
+        const std::int32_t w16 = (width + 15) / 16 * 16, height = 31;
+        const auto expectSize = [&](auto function, std::int32_t aperture, std::int32_t block, std::int32_t want) {
+            std::int32_t size = -1;
+            ASSERT_EQ(function(RoiSize{width, height}, aperture, block, &size), StatusOk);
+            EXPECT_EQ(size, want) << width << " " << aperture << " " << block;
+        };
+        const std::int32_t pipeline3 = 96 * 3 + 96 + 32 * 3 + 32, pipeline5 = 96 * 5 + 96 + 32 * 5 + 32;
+        const std::int32_t lowpass3 = 84 * w16 + 376 + pipeline3, lowpass5 = 100 * w16 + 424 + pipeline5;
+        const std::int32_t planes8u = 16 * w16 * height + 224, planes32f = 20 * w16 * height + 224;
+        for (const std::int32_t aperture : {3, 5}) {
+            expectSize(rvxiMinEigenValGetBufferSize_8u32f_C1R, aperture, 3, lowpass3 + planes8u);
+            expectSize(rvxiMinEigenValGetBufferSize_8u32f_C1R, aperture, 5, lowpass5 + planes8u);
+        }
+        const std::int32_t derivative3 = lowpass3 + 64, derivative5 = lowpass5 + 64;
+        expectSize(rvxiMinEigenValGetBufferSize_32f_C1R, 3, 3, derivative3 + planes32f);
+        expectSize(rvxiMinEigenValGetBufferSize_32f_C1R, 3, 5, std::max(lowpass5, derivative3) + planes32f);
+        expectSize(rvxiMinEigenValGetBufferSize_32f_C1R, 5, 3, derivative5 + planes32f);
+        expectSize(rvxiMinEigenValGetBufferSize_32f_C1R, 5, 5, derivative5 + planes32f);
+    }
+    for (const auto function : {rvxiMinEigenValGetBufferSize_8u32f_C1R, rvxiMinEigenValGetBufferSize_32f_C1R}) {
+        std::int32_t size = -1;
+        EXPECT_EQ(function({0, 0}, 4, 4, nullptr), StatusNullPointer);
+        EXPECT_EQ(function({0, 5}, 3, 3, &size), StatusBadSize);
+        EXPECT_EQ(function({5, 0}, 3, 3, &size), StatusBadSize);
+        EXPECT_EQ(function({5, 5}, 4, 3, &size), StatusBadSize);
+        EXPECT_EQ(function({5, 5}, 3, 4, &size), StatusBadSize);
+        EXPECT_EQ(function({20000, 20000}, 3, 3, &size), StatusBadSize) << "does not fit";
+        EXPECT_EQ(function({INT32_MAX, INT32_MAX}, 5, 5, &size), StatusBadSize) << "does not fit";
+        EXPECT_EQ(size, -1);
+    }
+}
+
+} // namespace
