@@ -136,20 +136,33 @@ private:
     std::uint16_t factor_ = 0;
 };
 
-// The nearest integer to sum / area, by a multiplication. Areas are odd, so there are no ties.
-template <int area> struct RoundedMean {
-    static constexpr std::uint32_t half = area / 2, factor = 2 * 65536 / area + 1;
+// The nearest integer to sum / area by multiplication, exact for every sum of `area` bytes. Areas are odd: no ties.
+template <int area> struct RoundedMean;
 
-    static constexpr bool isExact() {
-        for (std::uint32_t sum = 0; sum <= 255 * area; ++sum) {
-            if (((sum + half) * factor >> 16) / 2 != (sum + half) / area) {
-                return false;
-            }
-        }
-        return factor < 65536;
+template <> struct RoundedMean<9> { // sum / 9 + 1 / 2 in one rounding multiplication
+    static constexpr std::int32_t factor = 3641;
+    static constexpr std::int32_t of(std::int32_t sum) { return (sum * factor + (1 << 14)) >> 15; }
+    static RVX_INLINE I16x16 of(I16x16 sum) { return mulRounded(sum, splat(std::int16_t{factor})); }
+};
+
+template <> struct RoundedMean<25> { // (sum + 12) / 25, rounded down
+    static constexpr std::int32_t factor = 5243;
+    static constexpr std::int32_t of(std::int32_t sum) { return (((sum + 12) * factor) >> 16) >> 1; }
+    static RVX_INLINE I16x16 of(I16x16 sum) {
+        const U16x16 numerator{{add(sum, splat(std::int16_t{12})).v}};
+        return {{shiftRight<1>(mulHigh(numerator, splat(std::uint16_t{factor}))).v}};
     }
 };
-static_assert(RoundedMean<9>::isExact() && RoundedMean<25>::isExact());
+
+template <int area> constexpr bool meansAreExact() {
+    for (std::int32_t sum = 0; sum <= 255 * area; ++sum) {
+        if (RoundedMean<area>::of(sum) != (2 * sum + area) / (2 * area)) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(meansAreExact<9>() && meansAreExact<25>());
 
 template <int area> struct StoreMean8u {
     static constexpr Tail tail = Tail::overlap;
@@ -157,10 +170,7 @@ template <int area> struct StoreMean8u {
     std::uint8_t *dst;
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
-        using Rounded = RoundedMean<area>;
-        const U16x16 numerator{{add(sum, splat(static_cast<std::int16_t>(Rounded::half))).v}};
-        const U16x16 product = mulHigh(numerator, splat(static_cast<std::uint16_t>(Rounded::factor)));
-        storeSaturated(dst + x, I16x16{{shiftRight<1>(product).v}}, span);
+        storeSaturated(dst + x, RoundedMean<area>::of(sum), span);
     }
 };
 

@@ -288,6 +288,8 @@ RVX_INLINE U16x16 mulHigh(U16x16 a, U16x16 b) { return {{_mm256_mulhi_epu16(a.v,
 // Shifts by a count known at run time (below 16): arithmetic for signed lanes, logical for unsigned ones.
 RVX_INLINE I16x16 shiftRight(I16x16 a, int bits) { return {{_mm256_sra_epi16(a.v, _mm_cvtsi32_si128(bits))}}; }
 RVX_INLINE U16x16 shiftRight(U16x16 a, int bits) { return {{_mm256_srl_epi16(a.v, _mm_cvtsi32_si128(bits))}}; }
+// a * b / 2^15, rounded to nearest, ties up.
+RVX_INLINE I16x16 mulRounded(I16x16 a, I16x16 b) { return {{_mm256_mulhrs_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 abs(I16x16 a) { return {{_mm256_abs_epi16(a.v)}}; }
 // a times the sign of b: -1, 0 or 1.
 RVX_INLINE I16x16 mulSign(I16x16 a, I16x16 b) { return {{_mm256_sign_epi16(a.v, b.v)}}; }
