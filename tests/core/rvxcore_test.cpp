@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(RVXCV_SANITIZED)
 // A request that no memory can hold gives null, as without the sanitizer.
 extern "C" __attribute__((visibility("default"))) const char *__asan_default_options() {
     return "allocator_may_return_null=1";

@@ -2,9 +2,6 @@
 target_sources(frame_test PRIVATE ${PROJECT_SOURCE_DIR}/src/frame/alloc.cpp)
 target_include_directories(frame_test PRIVATE ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(frame_test PRIVATE ${CMAKE_DL_LIBS})
-if(RVXCV_SANITIZE)
-  target_compile_definitions(frame_test PRIVATE RVXCV_SANITIZED)
-endif()
 
 # Each public header alone, as C99 and as C++17, with the warnings that a careful user has on.
 file(GLOB public_headers ${PROJECT_SOURCE_DIR}/include/*.h ${PROJECT_SOURCE_DIR}/include/rvxcv/*.h)
