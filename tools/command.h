@@ -11,7 +11,9 @@ namespace tools {
 void addInfo(CLI::App &program);
 void addDiff(CLI::App &program);
 void addAverage(CLI::App &program);
+void addEdges(CLI::App &program);
 void addGradient(CLI::App &program);
+void addMorph(CLI::App &program);
 void addScene(CLI::App &program);
 
 } // namespace tools

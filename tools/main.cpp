@@ -10,7 +10,9 @@ constexpr AddCommand commands[] = {
     tools::addInfo,
     tools::addDiff,
     tools::addAverage,
+    tools::addEdges,
     tools::addGradient,
+    tools::addMorph,
     tools::addScene,
 };
 

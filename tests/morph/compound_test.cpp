@@ -1,4 +1,5 @@
 // Compound morphology and bit images against the definitions, one pixel at a time, in guarded memory.
+#include "support/counted_alloc.h"
 #include "support/guarded.h"
 #include "support/status_table.h"
 
@@ -469,6 +470,25 @@ TEST(Compound, LibraryRecordsServeThreads) {
     EXPECT_EQ(rvxiMorphAdvFree(spec), StatusOk);
     EXPECT_EQ(rvxiMorphAdvFree(nullptr), StatusNullPointer);
     EXPECT_EQ(rvxiMorphAdvInitAlloc_8u_C1R(nullptr, {0, 0}, nullptr, {0, 0}), StatusNullPointer);
+}
+
+// Whichever of the four allocations fails: the status, nothing kept, the pointer as it was.
+TEST(Compound, FailedAllocationsKeepNothing) {
+    const std::vector<std::uint8_t> mask(9, 1);
+    MorphAdvSpec *const untouched = nullptr;
+    for (int n = 1; n <= 5; ++n) {
+        const std::int64_t live = CountedAlloc::live;
+        CountedAlloc::reset(n);
+        MorphAdvSpec *spec = untouched;
+        const StatusCode status = rvxiMorphAdvInitAlloc_32f_C3R(&spec, {20, 10}, mask.data(), {3, 3});
+        CountedAlloc::reset();
+        EXPECT_EQ(status, n <= 4 ? StatusNoMemory : StatusOk);
+        EXPECT_EQ(spec == untouched, n <= 4);
+        if (status == StatusOk) {
+            EXPECT_EQ(rvxiMorphAdvFree(spec), StatusOk);
+        }
+        EXPECT_EQ(CountedAlloc::live, live) << "allocation " << n;
+    }
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "rvxcore.h"
 
+#include <cstdint>
 #include <cstdlib>
 
 namespace support {
