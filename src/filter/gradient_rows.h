@@ -6,7 +6,7 @@
 // row. The sums of a chunk of columns live on the stack and stay in the first-level cache.
 //
 // Float filters round at every step, and the order is part of their contract: `rowStage` over each source row, then
-// `columnStage` over the results of 3 or 5 rows. In both a sum is the first tap's product and a fused multiply-add for
+// `columnSum` over the results of 3 or 5 rows. In both a sum is the first tap's product and a fused multiply-add for
 // every further tap, zero taps included (they spread NaN and infinity).
 //
 // No source row is copied. `BorderedRows` says which row stands for a y outside the region, `ColumnMargins` which
@@ -401,24 +401,6 @@ template <int area> struct Mean {
 template <const auto &kernel, class Span>
 RVX_INLINE F32x8 columnSum(const float *const *rows, std::ptrdiff_t x, Span span) {
     return chainedSum<kernel>([&](int i) { return load<F32x8>(rows[i] + x, span); });
-}
-
-template <const auto &kernel, class Finish = Unscaled> struct ColumnStage {
-    static constexpr bool rereads = false;
-    const float *rows[kernel.taps];
-    float *dst;
-
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        store(dst + x, Finish{}(columnSum<kernel>(rows, x, span)), span);
-    }
-};
-
-// The column stage over `count` columns. The destination must not overlap the rows.
-template <const auto &kernel, class Finish = Unscaled>
-RVX_INLINE void columnStage(const float *const (&rows)[kernel.taps], std::int64_t count, float *dst) {
-    ColumnStage<kernel, Finish> stage{{}, dst};
-    std::copy(rows, rows + kernel.taps, stage.rows);
-    walkRow<8, Tail::overlap>(count, stage);
 }
 
 } // namespace rvxcv
