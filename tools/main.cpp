@@ -7,13 +7,8 @@ namespace {
 
 using AddCommand = void (*)(CLI::App &);
 constexpr AddCommand commands[] = {
-    tools::addInfo,
-    tools::addDiff,
-    tools::addAverage,
-    tools::addEdges,
-    tools::addGradient,
-    tools::addMorph,
-    tools::addScene,
+    tools::addInfo,     tools::addDiff,  tools::addAverage, tools::addEdges,
+    tools::addGradient, tools::addMorph, tools::addScene,
 };
 
 } // namespace

@@ -24,8 +24,8 @@ StatusCode rvxiAdd_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_
                                int32_t accStep, RoiSize roi);
 StatusCode rvxiAdd_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
                                int32_t accStep, RoiSize roi);
-StatusCode rvxiAdd_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
-                                float *acc, int32_t accStep, RoiSize roi);
+StatusCode rvxiAdd_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                                int32_t accStep, RoiSize roi);
 StatusCode rvxiAdd_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
                              int32_t accStep, RoiSize roi);
 
@@ -40,8 +40,8 @@ StatusCode rvxiAddSquare_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const u
                                      float *acc, int32_t accStep, RoiSize roi);
 StatusCode rvxiAddSquare_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                       float *acc, int32_t accStep, RoiSize roi);
-StatusCode rvxiAddSquare_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
-                                   float *acc, int32_t accStep, RoiSize roi);
+StatusCode rvxiAddSquare_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
+                                   int32_t accStep, RoiSize roi);
 
 /* Sum of products of two frames: acc = fma(s1, s2, acc). Masked: acc = fma(m, s1 * s2, acc), the product rounded
  * first. */
@@ -51,17 +51,14 @@ StatusCode rvxiAddProduct_8s32f_C1IR(const int8_t *src1, int32_t src1Step, const
                                      float *acc, int32_t accStep, RoiSize roi);
 StatusCode rvxiAddProduct_16u32f_C1IR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
                                       float *acc, int32_t accStep, RoiSize roi);
-StatusCode rvxiAddProduct_32f_C1IR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
-                                   float *acc, int32_t accStep, RoiSize roi);
+StatusCode rvxiAddProduct_32f_C1IR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *acc,
+                                   int32_t accStep, RoiSize roi);
 StatusCode rvxiAddProduct_8u32f_C1IMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
-                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep,
-                                      RoiSize roi);
+                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi);
 StatusCode rvxiAddProduct_8s32f_C1IMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
-                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep,
-                                      RoiSize roi);
+                                      const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi);
 StatusCode rvxiAddProduct_16u32f_C1IMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
-                                       const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep,
-                                       RoiSize roi);
+                                       const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi);
 StatusCode rvxiAddProduct_32f_C1IMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
                                     const uint8_t *mask, int32_t maskStep, float *acc, int32_t accStep, RoiSize roi);
 
@@ -84,8 +81,8 @@ StatusCode rvxiAddWeighted_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, co
 StatusCode rvxiAddWeighted_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                      float *acc, int32_t accStep, RoiSize roi, float alpha);
 /* dst = fma(src1 - src2, alpha, src2): the first source has weight alpha, the second 1 - alpha. */
-StatusCode rvxiAddWeighted_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
-                                   float *dst, int32_t dstStep, RoiSize roi, float alpha);
+StatusCode rvxiAddWeighted_32f_C1R(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step, float *dst,
+                                   int32_t dstStep, RoiSize roi, float alpha);
 
 /* Absolute difference of two images: dst = |src1 - src2|, exact for integers; for 32f the difference is rounded and its
  * sign cleared. C3: three interleaved channels. */

@@ -16,10 +16,11 @@ extern "C" {
  *
  * Magnitude m = |dx| + |dy|, or the Euclidean norm where the caller chooses it. A pixel is a candidate when it passes
  * the low threshold and is a local maximum in the direction of its gradient, which is quantised to four: horizontal
- * when |dx| > tan 67.5 degrees |dy| (m greater than its left neighbour's and not less than its right one's), vertical when
- * |dx| < tan 22.5 degrees |dy| (greater than above, not less than below), else one of the diagonals (greater than both). So of
- * two equal neighbours the right or lower one falls, and on a diagonal both. Pixels outside the region have m = 0.
- * Candidates with m > high are edges, and so are all candidates that touch an edge on one of eight sides. */
+ * when |dx| > tan 67.5 degrees |dy| (m greater than its left neighbour's and not less than its right one's), vertical
+ * when |dx| < tan 22.5 degrees |dy| (greater than above, not less than below), else one of the diagonals (greater than
+ * both). So of two equal neighbours the right or lower one falls, and on a diagonal both. Pixels outside the region
+ * have m = 0. Candidates with m > high are edges, and so are all candidates that touch an edge on one of eight sides.
+ */
 
 /* Norms of rvxiCannyBorder_8u_C1R and its derivative filters. */
 enum { CannyNormL1 = 2, CannyNormL2 = 4, CannyFilterSobel = 2, CannyFilterScharr = 5 };
@@ -51,7 +52,6 @@ StatusCode rvxiCannyBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *
  * StatusBadMaskSize. */
 StatusCode rvxiCannyBorderGetSize(RoiSize roi, int32_t filter, MaskCode mask, PixelTypeCode type, int32_t *size);
 
-
 /* ------------------------------------------------------------------------------------------------ Corner measure */
 
 /* The smaller eigenvalue of the gradient covariance in a block around every pixel: the measure of how well a point can
@@ -82,16 +82,14 @@ StatusCode rvxiMinEigenVal_32f_C1R(const float *src, int32_t srcStep, float *dst
 StatusCode rvxiMinEigenValGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
 StatusCode rvxiMinEigenValGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
 
-
 /* --------------------------------------------------------------------------------------------------- Peak search */
 
-/* Local extrema of a signed response image, at least `border` pixels away from every edge, in scan order (x, y). A pixel
- * v is a peak when |v| > threshold and it is the largest value of its neighbourhood (v > 0) or the smallest (v <= 0; zero
- * counts here, which shows with a negative threshold). Plateaus are not thinned: every pixel that equals the extremum
- * is a peak.
- *   32s: |v| is formed without wrapping: the smallest int32 exceeds every threshold.
- *   32f: v equals the extremum when it differs from it by at most the smallest normal float (1.17549435e-38). An
- *   infinite pixel is no peak, nor is NaN; NaN among the neighbours is passed over.
+/* Local extrema of a signed response image, at least `border` pixels away from every edge, in scan order (x, y). A
+ * pixel v is a peak when |v| > threshold and it is the largest value of its neighbourhood (v > 0) or the smallest (v <=
+ * 0; zero counts here, which shows with a negative threshold). Plateaus are not thinned: every pixel that equals the
+ * extremum is a peak. 32s: |v| is formed without wrapping: the smallest int32 exceeds every threshold. 32f: v equals
+ * the extremum when it differs from it by at most the smallest normal float (1.17549435e-38). An infinite pixel is no
+ * peak, nor is NaN; NaN among the neighbours is passed over.
  *
  * neighbourhood: PeakSquare (all eight neighbours) or PeakCross (left, right, above, below). At most `capacity` peaks
  * are stored; the search ends when the list is full, with StatusOk. Where the border leaves no pixel, the count is 0.
