@@ -113,13 +113,19 @@ StatusCode openClose(const Call<Images> &call) {
     const RoiSize roi = call.roi;
     const MorphSpec &second = call.reflected;
     const Border &border = call.border;
-    const std::int64_t left = border.left ? second.anchorX : 0, right = border.right ? second.rightExtent : 0;
-    const std::int64_t top = border.top ? second.anchorY : 0, bottom = border.bottom ? second.bottomExtent : 0;
-    const std::int64_t width = roi.width + left + right, height = roi.height + top + bottom;
+    std::int64_t left = border.left ? second.anchorX : 0, top = border.top ? second.anchorY : 0;
+    const std::int64_t right = border.right ? second.rightExtent : 0;
+    const std::int64_t bottom = border.bottom ? second.bottomExtent : 0;
+    std::int64_t width = roi.width + left + right, height = roi.height + top + bottom;
     const std::int64_t stride = roundUp(Images::rowBytes(width), 32);
     if (roi.width > second.roiWidth || stride > call.fields.intermediateBytes ||
         height > call.fields.intermediateBytes / stride) {
         return StatusBadSize;
+    }
+    if (second.shape == MaskEmpty) { // two copies, which read nothing outside the region
+        left = top = 0;
+        width = roi.width;
+        height = roi.height;
     }
     const RoiSize enlarged{static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
     const auto outer = Images::moved(call.src, -left, -top);

@@ -442,6 +442,28 @@ TEST(Compound, StatusesInTheOrderOfTheChecks) {
     }
 }
 
+// The margin that a border declares does not exist here: copies must not read it.
+TEST(Compound, EmptyMasksReadNoMargin) {
+    const RoiSize roi{9, 5}, maskSize{3, 5};
+    const std::vector<std::uint8_t> mask(15, 0);
+    std::int32_t specSize = 0, bufferSize = 0;
+    ASSERT_EQ(rvxiMorphAdvGetSize_8u_C1R(roi, maskSize, &specSize, &bufferSize), StatusOk);
+    GuardedBuffer spec(specSize), buffer(bufferSize);
+    auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
+    ASSERT_EQ(rvxiMorphAdvInit_8u_C1R(roi, mask.data(), maskSize, record, buffer.data()), StatusOk);
+    Rng rng = makeRng("empty mask");
+    for (const Guard guard : {Guard::before, Guard::behind}) {
+        GuardedImage<std::uint8_t> src(roi.width, roi.height, {.guard = guard}), dst(roi.width, roi.height);
+        src.fill(rng, Contents::random);
+        for (const auto operation : {rvxiMorphOpenBorder_8u_C1R, rvxiMorphCloseBorder_8u_C1R}) {
+            ASSERT_EQ(operation(src.data(), src.step(), dst.data(), dst.step(), roi, BorderInMemory, 0, record,
+                                buffer.data()),
+                      StatusOk);
+            EXPECT_TRUE(imageIs(dst, [&](auto x, auto y) { return src.at(x, y); }));
+        }
+    }
+}
+
 TEST(Compound, LibraryRecordsServeThreads) {
     const std::vector<std::uint8_t> mask(9, 1);
     MorphAdvSpec *spec = nullptr;
