@@ -14,6 +14,7 @@ void addAverage(CLI::App &program);
 void addEdges(CLI::App &program);
 void addGradient(CLI::App &program);
 void addMorph(CLI::App &program);
+void addCorners(CLI::App &program);
 void addScene(CLI::App &program);
 
 } // namespace tools

@@ -32,3 +32,5 @@ for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9
     show "morph-$op.png" "morphology: $op with an ellipse of 9x9"
 done
+"$bin" corners "$picture" -o "$out/corners.png"
+show corners.png "the corners that can be tracked best"

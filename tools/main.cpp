@@ -9,6 +9,12 @@ using AddCommand = void (*)(CLI::App &);
 constexpr AddCommand commands[] = {
     tools::addInfo,     tools::addDiff,  tools::addAverage, tools::addEdges,
     tools::addGradient, tools::addMorph, tools::addScene,
+    tools::addInfo,
+    tools::addDiff,
+    tools::addAverage,
+    tools::addGradient,
+    tools::addCorners,
+    tools::addScene,
 };
 
 } // namespace
