@@ -26,7 +26,7 @@ show average.png "running average of the frames"
 show gradient.png "length of the Sobel gradient"
 "$bin" gradient "$picture" -o "$out/laplacian.png" --filter laplacian --size 5
 show laplacian.png "5x5 Laplacian, zero in the middle of the grey scale"
-"$bin" edges "$picture" -o "$out/edges.png"
+"$bin" edges "$picture" -o "$out/edges.png" >/dev/null
 show edges.png "Canny edges, thresholds from the picture"
 for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9

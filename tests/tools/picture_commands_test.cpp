@@ -11,36 +11,6 @@ using tools::Image;
 using tools::readImage;
 using tools::writeImage;
 
-TEST(EdgesCommand, MarksTheOutlineOfASquare) {
-    const program::Folder folder;
-    Image square(40, 30, 1);
-    for (int y = 10; y < 20; ++y) {
-        for (int x = 12; x < 28; ++x) {
-            *square.pixel(x, y) = 200;
-        }
-    }
-    writeImage(folder / "square.png", square);
-    for (const char *options : {"", " --norm l1", " --filter scharr", " --aperture 5", " --low 100 --high 300"}) {
-        const auto result = run("edges " + folder / "square.png" + " -o " + folder / "edges.png" + options);
-        ASSERT_EQ(result.exitCode, 0) << result.output;
-        const Image edges = readImage(folder / "edges.png");
-        int marked = 0;
-        for (int y = 0; y < 30; ++y) {
-            for (int x = 0; x < 40; ++x) {
-                const bool edge = *edges.pixel(x, y) == 255;
-                marked += edge;
-                const bool near = x >= 10 && x < 30 && y >= 8 && y < 22 && !(x >= 15 && x < 25 && y >= 13 && y < 17);
-                ASSERT_TRUE(!edge || near) << x << ", " << y << options;
-            }
-        }
-        EXPECT_GT(marked, 30) << options;
-    }
-    EXPECT_EQ(run("edges " + folder / "square.png" + " -o " + folder / "e.png --low 5 --high 2").exitCode, 1);
-    EXPECT_EQ(run("edges " + folder / "square.png" + " -o " + folder / "e.png --filter scharr --aperture 5").exitCode,
-              1);
-    EXPECT_EQ(run("edges " + folder / "square.png" + " -o " + folder / "e.png --norm l7").exitCode, 2);
-}
-
 TEST(MorphCommand, MasksAndOperations) {
     const program::Folder folder;
     for (const int channels : {1, 3}) {

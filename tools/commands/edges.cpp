@@ -1,99 +1,136 @@
-// rvxcv edges PHOTO -o OUT: the Canny edges of a picture's luma.
+// rvxcv edges PHOTO -o OUT: Canny edges of a picture's luma, white on black. Thresholds that are not given are chosen
+// from the picture.
 #include "command.h"
+#include "derivative.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <map>
+#include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace tools {
 namespace {
 
 struct Options {
-    std::string photo, out;
-    std::int32_t filter = CannyFilterSobel, norm = CannyNormL2;
+    std::string photo, out, norm = "l2", filter = "sobel";
     int size = 3;
-    float low = -1, high = -1;
+    std::optional<float> low, high;
 };
 
-// The gradient's length, in the norm that the edges use, that a tenth of the pixels exceeds.
-float strongGradient(const Image &grey, const Options &options) {
-    const MaskCode mask = options.size == 5 ? Mask5x5 : Mask3x3;
-    const std::int32_t step = grey.width * 2;
-    std::vector<std::int16_t> dx(grey.pixels.size()), dy(grey.pixels.size());
-    std::int32_t bytes = 0;
-    const auto buffer = [&] { return std::vector<std::uint8_t>(static_cast<std::size_t>(bytes)); };
-    if (options.filter == CannyFilterScharr) {
-        check(rvxiFilterScharrVertGetBufferSize_8u16s_C1R(grey.roi(), &bytes), "ScharrVert");
-        check(rvxiFilterScharrVertBorder_8u16s_C1R(grey.data(), grey.step(), dx.data(), step, grey.roi(),
-                                                   BorderReplicate, 0, buffer().data()),
-              "ScharrVert");
-        check(rvxiFilterScharrHorizGetBufferSize_8u16s_C1R(grey.roi(), &bytes), "ScharrHoriz");
-        check(rvxiFilterScharrHorizBorder_8u16s_C1R(grey.data(), grey.step(), dy.data(), step, grey.roi(),
-                                                    BorderReplicate, 0, buffer().data()),
-              "ScharrHoriz");
-    } else {
-        check(rvxiFilterSobelVertGetBufferSize_8u16s_C1R(grey.roi(), mask, &bytes), "SobelVert");
-        check(rvxiFilterSobelVertBorder_8u16s_C1R(grey.data(), grey.step(), dx.data(), step, grey.roi(), mask,
-                                                  BorderReplicate, 0, buffer().data()),
-              "SobelVert");
-        check(rvxiFilterSobelHorizGetBufferSize_8u16s_C1R(grey.roi(), mask, &bytes), "SobelHoriz");
-        check(rvxiFilterSobelHorizBorder_8u16s_C1R(grey.data(), grey.step(), dy.data(), step, grey.roi(), mask,
-                                                   BorderReplicate, 0, buffer().data()),
-              "SobelHoriz");
-    }
-    std::vector<float> lengths(dx.size());
-    for (std::size_t i = 0; i < lengths.size(); ++i) {
-        const auto x = static_cast<float>(dx[i]), y = static_cast<float>(dy[i]);
-        lengths[i] = options.norm == CannyNormL1 ? std::fabs(x) + std::fabs(y) : std::hypot(x, y);
-    }
-    const auto tenth = lengths.begin() + static_cast<std::ptrdiff_t>(lengths.size() * 9 / 10);
-    std::nth_element(lengths.begin(), tenth, lengths.end());
-    return *tenth;
+struct Thresholds {
+    float low, high;
+};
+
+// Where one threshold follows from the other.
+constexpr float lowToHigh = 0.4f;
+
+std::vector<float> magnitudes(const Image &grey, const Options &options) {
+    const bool scharr = options.filter == "scharr";
+    const auto dx = derivative(grey, scharr ? "scharr-vert" : "sobel-neg-vert", options.size);
+    const auto dy = derivative(grey, scharr ? "scharr-horiz" : "sobel-horiz", options.size);
+    std::vector<float> result(dx.size());
+    std::transform(dx.begin(), dx.end(), dy.begin(), result.begin(), [&](float x, float y) {
+        return options.norm == "l1" ? std::abs(x) + std::abs(y) : std::hypot(x, y);
+    });
+    return result;
 }
 
-void run(Options options) {
+// The value that separates small and large ones best: it maximises the variance between the two classes (N. Otsu, "A
+// Threshold Selection Method from Gray-Level Histograms", IEEE SMC 9(1), 1979).
+float separation(const std::vector<float> &values) {
+    constexpr int bins = 256;
+    const float largest = *std::max_element(values.begin(), values.end());
+    if (largest <= 0) {
+        return 0;
+    }
+    std::array<double, bins> histogram{};
+    for (const float v : values) {
+        ++histogram[static_cast<std::size_t>(v / largest * (bins - 1))];
+    }
+    double sum = 0;
+    for (int i = 0; i < bins; ++i) {
+        sum += i * histogram[static_cast<std::size_t>(i)];
+    }
+    const auto count = static_cast<double>(values.size());
+    double below = 0, sumBelow = 0, best = -1;
+    int split = 0;
+    for (int i = 0; i + 1 < bins; ++i) {
+        below += histogram[static_cast<std::size_t>(i)];
+        sumBelow += i * histogram[static_cast<std::size_t>(i)];
+        const double above = count - below;
+        if (below > 0 && above > 0) {
+            const double distance = sumBelow / below - (sum - sumBelow) / above;
+            const double variance = below * above * distance * distance;
+            if (variance > best) {
+                best = variance;
+                split = i + 1;
+            }
+        }
+    }
+    return static_cast<float>(split) / (bins - 1) * largest;
+}
+
+Thresholds thresholds(const Image &grey, const Options &options) {
+    if (options.low && options.high) {
+        return {*options.low, *options.high};
+    }
+    const float high = options.high  ? *options.high
+                       : options.low ? *options.low / lowToHigh
+                                     : separation(magnitudes(grey, options));
+    return {options.low ? *options.low : lowToHigh * high, high};
+}
+
+void run(const Options &options) {
     const Image grey = toGrey(readImage(options.photo));
-    if (options.high < 0) {
-        const float strong = strongGradient(grey, options);
-        options.high = options.low < 0 ? strong : std::max(strong, options.low);
-    }
-    if (options.low < 0) {
-        options.low = 0.4f * options.high;
-    }
-    if (options.low > options.high) {
-        throw Failure("the low threshold is above the high one");
-    }
+    const std::int32_t filter = options.filter == "scharr" ? CannyFilterScharr : CannyFilterSobel;
+    const std::int32_t norm = options.norm == "l1" ? CannyNormL1 : CannyNormL2;
     const MaskCode mask = options.size == 5 ? Mask5x5 : Mask3x3;
+    const Thresholds t = thresholds(grey, options);
     std::int32_t bytes = 0;
-    check(rvxiCannyBorderGetSize(grey.roi(), options.filter, mask, PixelType8u, &bytes), "CannyBorderGetSize");
+    check(rvxiCannyBorderGetSize(grey.roi(), filter, mask, PixelType8u, &bytes), "CannyBorderGetSize");
     std::vector<std::uint8_t> buffer(static_cast<std::size_t>(bytes));
     Image edges(grey.width, grey.height, 1);
-    check(rvxiCannyBorder_8u_C1R(grey.data(), grey.step(), edges.data(), edges.step(), grey.roi(), options.filter, mask,
-                                 BorderReplicate, 0, options.norm, buffer.data(), options.low, options.high),
+    check(rvxiCannyBorder_8u_C1R(grey.data(), grey.step(), edges.data(), edges.step(), grey.roi(), filter, mask,
+                                 BorderReplicate, 0, norm, buffer.data(), t.low, t.high),
           "CannyBorder");
     writeImage(options.out, edges);
+    const auto marked = std::count(edges.pixels.begin(), edges.pixels.end(), 255);
+    std::printf("thresholds %g and %g, edges on %.1f %% of the pixels\n", static_cast<double>(t.low),
+                static_cast<double>(t.high),
+                100.0 * static_cast<double>(marked) / static_cast<double>(edges.pixels.size()));
 }
 
 } // namespace
 
 void addEdges(CLI::App &program) {
-    const std::map<std::string, std::int32_t> filters{{"sobel", CannyFilterSobel}, {"scharr", CannyFilterScharr}};
-    const std::map<std::string, std::int32_t> norms{{"l1", CannyNormL1}, {"l2", CannyNormL2}};
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("edges", "Write the Canny edges of a picture");
-    command->add_option("PHOTO", options->photo, "Picture to read")->required();
+    CLI::App *command = program.add_subcommand("edges", "Find the edges of a picture (Canny)");
+    command->add_option("PHOTO", options->photo, "Picture to search")->required();
     command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--low", options->low, "Low threshold (default: 0.4 times the high one)")
+    command->add_option("--low", options->low, "Edges continue through gradients from here (default: 0.4 of high)")
         ->check(CLI::NonNegativeNumber);
-    command->add_option("--high", options->high, "High threshold (default: exceeded by a tenth of the gradients)")
+    command->add_option("--high", options->high, "Edges begin at gradients above (default: chosen from the picture)")
         ->check(CLI::NonNegativeNumber);
-    command->add_option("--filter", options->filter, "Derivatives: sobel (default) or scharr")
-        ->transform(CLI::CheckedTransformer(filters, CLI::ignore_case));
-    command->add_option("--norm", options->norm, "Gradient norm: l1 or l2 (default)")
-        ->transform(CLI::CheckedTransformer(norms, CLI::ignore_case));
-    command->add_option("--aperture", options->size, "Sobel size")->check(CLI::IsMember({3, 5}))->capture_default_str();
-    command->callback([options] { run(*options); });
+    command->add_option("--norm", options->norm, "Length of a gradient: l1 or l2 (Euclidean)")
+        ->check(CLI::IsMember({"l1", "l2"}))
+        ->capture_default_str();
+    command->add_option("--filter", options->filter, "Derivative filter")
+        ->check(CLI::IsMember({"sobel", "scharr"}))
+        ->capture_default_str();
+    command->add_option("--aperture", options->size, "Aperture of the filter (Scharr: 3)")
+        ->check(CLI::IsMember({3, 5}))
+        ->capture_default_str();
+    command->callback([options] {
+        if (options->size == 5 && options->filter == "scharr") {
+            throw CLI::ValidationError("--aperture", "Scharr filters are 3x3");
+        }
+        if (options->low && options->high && *options->low > *options->high) {
+            throw CLI::ValidationError("--low", "it is above --high");
+        }
+        run(*options);
+    });
 }
 
 } // namespace tools

@@ -1,6 +1,7 @@
 // rvxcv gradient PHOTO -o OUT: a derivative or low-pass filter of a picture's luma, shown as a picture: derivatives
 // with zero in the middle of the grey scale, or, without a filter, the length of the Sobel gradient.
 #include "command.h"
+#include "derivative.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,6 +47,8 @@ struct Options {
     double scale = 0;
 };
 
+} // namespace
+
 std::vector<std::int16_t> derivative(const Image &grey, const std::string &name, int size) {
     const Filter &filter = filters.at(name);
     const MaskCode mask = size == 5 ? Mask5x5 : Mask3x3;
@@ -62,6 +65,8 @@ std::vector<std::int16_t> derivative(const Image &grey, const std::string &name,
           name.c_str());
     return result;
 }
+
+namespace {
 
 Image lowpass(const Image &grey, int size) {
     const MaskCode mask = size == 5 ? Mask5x5 : Mask3x3;
