@@ -213,10 +213,23 @@ void subtractBits(BitPlane<const std::uint8_t> a, BitPlane<const std::uint8_t> b
         const int low = row[std::max<std::int64_t>(at, 0)], high = at + 1 <= lastByte ? row[at + 1] : 0;
         return at < 0 ? low << (8 - (first & 7)) : (low | high << 8) >> (first & 7);
     };
+    const bool aligned = a.bit == dst.bit && b.bit == dst.bit;
     for (std::int64_t y = 0; y < rows; ++y) {
         const std::uint8_t *first = a.row(y), *second = b.row(y);
         std::uint8_t *out = dst.row(y);
         for (std::int64_t x = -dst.bit; x < width; x += 8) {
+            // Rows that start at the same bit need no gathering: whole words.
+            for (; aligned && x >= 0 && x + 64 <= width; x += 64) {
+                const std::int64_t at = (x + dst.bit) >> 3;
+                std::uint64_t from, less;
+                std::memcpy(&from, first + at, sizeof from);
+                std::memcpy(&less, second + at, sizeof less);
+                from &= ~less;
+                std::memcpy(out + at, &from, sizeof from);
+            }
+            if (x >= width) {
+                break;
+            }
             int mask = 0xff;
             mask = x < 0 ? mask << -x & 0xff : mask;
             mask = x + 8 > width ? mask & (0xff >> (x + 8 - width)) : mask;
