@@ -7,14 +7,8 @@ namespace {
 
 using AddCommand = void (*)(CLI::App &);
 constexpr AddCommand commands[] = {
-    tools::addInfo,     tools::addDiff,  tools::addAverage, tools::addEdges,
-    tools::addGradient, tools::addMorph, tools::addScene,
-    tools::addInfo,
-    tools::addDiff,
-    tools::addAverage,
-    tools::addGradient,
-    tools::addCorners,
-    tools::addScene,
+    tools::addInfo,     tools::addDiff,    tools::addAverage, tools::addEdges,
+    tools::addGradient, tools::addCorners, tools::addMorph,   tools::addScene,
 };
 
 } // namespace
