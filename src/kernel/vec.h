@@ -353,6 +353,7 @@ RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_
 // 256 bits from `bits` bits (0..7) behind the first bit of an address on; reads 33 bytes.
 class BitShift {
 public:
+    BitShift() = default;
     explicit BitShift(int bits) : right_(_mm_cvtsi32_si128(bits)), left_(_mm_cvtsi32_si128(8 - bits)) {}
 
     RVX_INLINE U8x32 load(const std::uint8_t *p) const {

@@ -73,6 +73,10 @@ public:
         const std::int64_t height = spec.maskHeight;
         reduced_ = lines_ + (alike_ ? 1 : height) * lineBytes_;
         result_ = reduced_ + (alike_ ? height : 0) * resultBytes_;
+        rowTakesPart_ = result_ + resultBytes_;
+        for (std::int64_t j = 0; j < height; ++j) {
+            rowTakesPart_[j] = !emptyRow(j);
+        }
     }
 
     void run() {
@@ -83,11 +87,11 @@ public:
             for (; next < y - spec_.anchorY + height; ++next) {
                 prepare(next, (next - base) % height);
             }
-            std::int64_t slot = (y - task_.firstRow) % height;
-            std::memset(result_, Op::neutral, static_cast<std::size_t>(resultBytes_));
-            for (std::int64_t j = 0; j < height; ++j) {
-                combineRow(j, slot);
-                slot = slot + 1 == height ? 0 : slot + 1;
+            const std::int64_t slot = (y - task_.firstRow) % height; // of the line under the first mask row
+            if (alike_) {
+                combineReduced(slot);
+            } else {
+                combineLines(slot);
             }
             storeRow(task_.dst.row(y), result_, task_.dst.bit, width_);
         }
@@ -131,34 +135,58 @@ private:
             copy(x);
         }
         if (alike_) {
-            std::uint8_t *reduced = reduced_ + slot * resultBytes_;
-            std::memset(reduced, Op::neutral, static_cast<std::size_t>(resultBytes_));
-            combineLine(reduced, line, maskRow(pattern_));
+            combineLine(reduced_ + slot * resultBytes_, line, maskRow(pattern_), true);
         }
     }
 
-    void combineRow(std::int64_t j, std::int64_t slot) {
-        if (!alike_) {
-            combineLine(result_, lines_ + slot * lineBytes_, maskRow(j));
-        } else if (!emptyRow(j)) {
-            const std::uint8_t *reduced = reduced_ + slot * resultBytes_;
-            for (std::int64_t b = 0; b < resultBytes_; b += 32) {
-                store(result_ + b, Op::of(load<U8x32>(result_ + b), load<U8x32>(reduced + b)));
+    // Across the reduced lines; the ring begins at `slot`.
+    void combineReduced(std::int64_t slot) const {
+        const std::int64_t height = spec_.maskHeight;
+        for (std::int64_t b = 0; b < resultBytes_; b += 32) {
+            U8x32 all = splat(Op::neutral);
+            for (std::int64_t j = 0, at = slot; j < height; ++j, at = at + 1 == height ? 0 : at + 1) {
+                if (rowTakesPart_[j] != 0) {
+                    all = Op::of(all, load<U8x32>(reduced_ + at * resultBytes_ + b));
+                }
+            }
+            store(result_ + b, all);
+        }
+    }
+
+    void combineLines(std::int64_t slot) const {
+        bool fresh = true;
+        for (std::int64_t j = 0; j < spec_.maskHeight; ++j, slot = slot + 1 == spec_.maskHeight ? 0 : slot + 1) {
+            if (rowTakesPart_[j] != 0) {
+                combineLine(result_, lines_ + slot * lineBytes_, maskRow(j), fresh);
+                fresh = false;
             }
         }
     }
 
-    void combineLine(std::uint8_t *out, const std::uint8_t *line, const std::uint8_t *mask) const {
-        for (std::int64_t i = 0; i < spec_.maskWidth; ++i) {
-            if (mask[i] == 0) {
-                continue;
+    // All positions of a mask row on one line, some at a time; `fresh` when out holds nothing yet.
+    void combineLine(std::uint8_t *out, const std::uint8_t *line, const std::uint8_t *mask, bool fresh) const {
+        struct Position {
+            const std::uint8_t *from;
+            BitShift shift;
+        };
+        constexpr int atOnce = 8;
+        const std::int64_t first = origin_ - task_.dst.bit - spec_.anchorX;
+        for (std::int64_t i = 0; i < spec_.maskWidth;) {
+            Position positions[atOnce];
+            int count = 0;
+            for (; i < spec_.maskWidth && count < atOnce; ++i) {
+                if (mask[i] != 0) {
+                    positions[count++] = {line + ((first + i) >> 3), BitShift(static_cast<int>((first + i) & 7))};
+                }
             }
-            const std::int64_t distance = origin_ - task_.dst.bit - spec_.anchorX + i;
-            const std::uint8_t *from = line + (distance >> 3);
-            const BitShift shift(static_cast<int>(distance & 7));
-            for (std::int64_t b = 0; b < resultBytes_; b += 32) {
-                store(out + b, Op::of(load<U8x32>(out + b), shift.load(from + b)));
+            for (std::int64_t b = 0; count > 0 && b < resultBytes_; b += 32) {
+                U8x32 all = fresh ? splat(Op::neutral) : load<U8x32>(out + b);
+                for (int k = 0; k < count; ++k) {
+                    all = Op::of(all, positions[k].shift.load(positions[k].from + b));
+                }
+                store(out + b, all);
             }
+            fresh = fresh && count == 0;
         }
     }
 
@@ -166,7 +194,7 @@ private:
     const MorphSpec &spec_;
     std::int64_t width_, origin_, lineBytes_, resultBytes_, pattern_ = -1;
     bool alike_;
-    std::uint8_t *lines_, *reduced_, *result_;
+    std::uint8_t *lines_, *reduced_, *result_, *rowTakesPart_;
 };
 
 template <class Op> void filterBits(const BitTask &task, MorphSpec spec) {
