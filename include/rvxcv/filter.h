@@ -35,8 +35,8 @@ extern "C" {
  *   float as for 32f. The sum times 1.0f / (float)divisor is saturated to the destination's type and then rounded to
  *   nearest, ties to even, in the first W - W mod 16 pixels of a row of W, and toward zero in the last W mod 16.
  * - 32f (no divisor): float, taps in ascending order, the first a product, every further one a fused multiply-add.
- * - Low_16s: the low 16 bits of products in wrapping 16-bit sums, exact while every partial sum fits in 16 bits;
- * divided as integers, toward zero, in every pixel, and saturated.
+ * - Low_16s: the low 16 bits of products in wrapping 16-bit sums, exact while every partial sum fits in 16 bits; the
+ *   quotient by the divisor is an integer one, toward zero in every pixel, and saturated.
  *
  * Status codes of the row stage, in the order of the checks: StatusNullPointer (source, row array, kernel or buffer),
  * StatusBadSize (region), StatusNullPointer (a row pointer; then, with three channels, the border value), StatusBadSize
