@@ -296,8 +296,9 @@ StatusCode scratchBytes(RoiSize roi, std::int32_t aperture, std::int32_t block, 
         include(rvxiFilterScharrHorizGetBufferSize_8u16s_C1R);
     }
     include(rvxiFilterLowpassGetBufferSize_32f_C1R, maskOf(block));
-    // A width whose filters' sizes fit leaves this product far below 2^63.
-    *bytes = largest + (floats ? 20 : 16) * roundUp(roi.width, 16) * roi.height + 224;
+    if (status == StatusOk) { // a width whose filters' sizes fit leaves this product far below 2^63
+        *bytes = largest + (floats ? 20 : 16) * roundUp(roi.width, 16) * roi.height + 224;
+    }
     return status;
 }
 

@@ -80,7 +80,7 @@ void expectPeaks(const GuardedImage<T> &image, T threshold, std::int32_t neighbo
               StatusOk);
     std::vector<Point2i> got(static_cast<std::size_t>(count));
     ASSERT_LE(count, capacity);
-    std::memcpy(got.data(), list.data(), got.size() * sizeof(Point2i));
+    std::copy_n(reinterpret_cast<const Point2i *>(list.data()), got.size(), got.begin());
     ASSERT_EQ(count, static_cast<std::int64_t>(want.size()));
     ASSERT_TRUE(std::equal(got.begin(), got.end(), want.begin(), samePoint))
         << image.width() << "x" << image.height() << " border " << border << " threshold " << threshold
