@@ -3,8 +3,8 @@
 //
 // The four steps are one pass. The image is worked in strips of columns; row by row a strip's derivatives become three
 // rows of products, these become sums over the block's columns, and as soon as the sums of the block's rows are there,
-// means and eigenvalue follow in registers. Only the last few rows of a strip are kept, in the first-level cache: the
-// scratch buffer has room for whole planes, most of it is never touched.
+// means and eigenvalue follow in registers. Only the last few rows of a strip are kept, in the first-level cache: of
+// the scratch buffer, which has room for whole planes, little is touched.
 //
 // Every number is rounded as if the steps were passes over whole planes: the means sum each row first, then the rows,
 // and beside the image's edges the products are replicated, not the pixels. (The sign of Dx is free: Dx enters squared
@@ -161,33 +161,49 @@ template <int block> RVX_INLINE F32x8 rowSum(const float *products, std::ptrdiff
     return chainedSum<boxKernel<block>>([&](int i) { return load<F32x8>(products + x + i - block / 2); });
 }
 
-template <int block> struct SumRow {
-    ProductRows products;
-    float *newest[planes];
+// Wide enough to keep the rows' overhead small, narrow enough for the first-level cache.
+template <int block> constexpr std::int64_t stripColumns = block == 3 ? 512 : 256;
+// No strip ends closer to the image's end than this, so that what is read beside a strip is in the image.
+constexpr std::int64_t leastStrip = 16;
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span) const {
-        for (int p = 0; p < planes; ++p) {
-            store(newest[p] + x, rowSum<block>(products.plane[p], x));
-        }
+// A strip's products and sums are at constant distances, so that few registers address all of them; on the stack,
+// because the scratch buffer of a narrow image has no room for a whole strip.
+template <int block> struct StripRows {
+    static constexpr std::int64_t lead = 8; // room for the block's reach; column 0 is aligned
+    // The widest strip, and the products beside it, in blocks of 16; an odd number of vectors, so that rows do not
+    // share cache sets.
+    static constexpr std::int64_t pitch = lead + roundUp(stripColumns<block> + leastStrip + block / 2, 16);
+
+    alignas(32) float products[planes][pitch];
+    alignas(32) float sums[block][planes][pitch]; // row y in slot y modulo block
+};
+
+template <int block> struct SumRow {
+    const float (*products)[StripRows<block>::pitch];
+    float (*newest)[StripRows<block>::pitch];
+
+    RVX_INLINE F32x8 sum(int p, std::ptrdiff_t x) const {
+        const F32x8 result = rowSum<block>(products[p] + StripRows<block>::lead, x);
+        store(newest[p] + x, result);
+        return result;
     }
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span) const { sum(0, x), sum(1, x), sum(2, x); }
 };
 
 // The newest row's sums, and with those of the rows before it the result.
 template <int block> struct EigenvalueRow {
     SumRow<block> sums;
-    const float *earlier[planes][block - 1];
+    const float (*earlier[block - 1])[StripRows<block>::pitch];
     float *dst;
     F32x8 halfScale;
 
+    RVX_INLINE F32x8 mean(int p, std::ptrdiff_t x) const {
+        const F32x8 newest = sums.sum(p, x);
+        const auto row = [&](int i) { return i == block - 1 ? newest : load<F32x8>(earlier[i][p] + x); };
+        return Mean<block * block>{}(chainedSum<boxKernel<block>>(row));
+    }
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        F32x8 mean[planes];
-        for (int p = 0; p < planes; ++p) {
-            const F32x8 sum = rowSum<block>(sums.products.plane[p], x);
-            store(sums.newest[p] + x, sum);
-            const auto row = [&](int i) { return i == block - 1 ? sum : load<F32x8>(earlier[p][i] + x); };
-            mean[p] = Mean<block * block>{}(chainedSum<boxKernel<block>>(row));
-        }
-        const F32x8 a = mean[0], b = mean[1], c = mean[2];
+        const F32x8 a = mean(0, x), b = mean(1, x), c = mean(2, x);
         const F32x8 difference = sub(a, b);
         const F32x8 discriminant = fma(difference, difference, mul(splat(4.0f), mul(c, c)));
         store(dst + x, mul(halfScale, sub(add(a, b), sqrt(discriminant))), span);
@@ -198,11 +214,6 @@ struct Strip {
     std::int64_t first, last;
 };
 
-// Wide enough to keep the rows' overhead small, narrow enough for the first-level cache.
-constexpr std::int64_t stripColumns = 256;
-// No strip ends closer to the image's end than this, so that what is read beside a strip is in the image.
-constexpr std::int64_t leastStrip = 16;
-
 template <class T, class Derivative, int block>
 void measureStrip(Plane<const T> src, Plane<float> dst, RoiSize roi, Strip strip, float halfScale, Scratch scratch) {
     constexpr int reach = block / 2;
@@ -211,44 +222,34 @@ void measureStrip(Plane<const T> src, Plane<float> dst, RoiSize roi, Strip strip
                                                    std::min<std::int64_t>(strip.last + reach, roi.width));
     StripProducts<T, Derivative> derivatives(source, scratch);
 
-    // Products at column 0 of the strip; whole vectors and the block's reach fit on both sides.
-    ProductRows products;
-    for (float *&plane : products.plane) {
-        plane = scratch.take<float>(8 + roundUp(source.count, 16) + 8, 32) + 8;
-    }
+    StripRows<block> rows;
     const std::int64_t before = strip.first - source.first, end = source.first + source.count - strip.first;
     const auto computeProducts = [&](std::int64_t y) {
-        derivatives.computeRow(y, {products.plane[0] - before, products.plane[1] - before, products.plane[2] - before});
-        for (float *plane : products.plane) {
+        ProductRows stored;
+        for (int p = 0; p < planes; ++p) {
+            stored.plane[p] = rows.products[p] + rows.lead - before;
+        }
+        derivatives.computeRow(y, stored);
+        for (auto &products : rows.products) {
+            float *const plane = products + rows.lead;
             std::fill(plane - reach, plane - before, plane[-before]);
             std::fill(plane + end, plane + columns + reach, plane[end - 1]);
         }
     };
 
-    // Row sums, row y in slot y modulo block. An odd number of vectors apart, so that rows do not share cache sets.
-    float *slots[planes][block];
-    const std::int64_t pitch = roundUp(columns, 16) + 8;
-    for (auto &plane : slots) {
-        for (float *&slot : plane) {
-            slot = scratch.take<float>(pitch, 32);
-        }
-    }
-
     for (std::int64_t y = 0; y < roi.height + reach; ++y) {
         if (y < roi.height) {
             computeProducts(y);
         } // else the last row of products stands for the rows below
-        SumRow<block> sums{products, {slots[0][y % block], slots[1][y % block], slots[2][y % block]}};
+        const SumRow<block> sums{rows.products, rows.sums[y % block]};
         if (y < reach) {
             walkRow<8>(columns, sums);
             continue;
         }
         EigenvalueRow<block> row{sums, {}, dst.row(y - reach) + strip.first, splat(halfScale)};
-        for (int p = 0; p < planes; ++p) {
-            for (int i = 0; i < block - 1; ++i) {
-                // The first row's sums stand for those of the rows above.
-                row.earlier[p][i] = slots[p][std::max<std::int64_t>(y - (block - 1) + i, 0) % block];
-            }
+        for (int i = 0; i < block - 1; ++i) {
+            // The first row's sums stand for those of the rows above.
+            row.earlier[i] = rows.sums[std::max<std::int64_t>(y - (block - 1) + i, 0) % block];
         }
         walkRow<8>(columns, row);
     }
@@ -320,7 +321,7 @@ template <class T, class Derivative, int block> void measureImage(const Call<T> 
     }
     const std::int64_t width = call.roi.width;
     for (Strip strip{0, 0}; strip.first < width; strip.first = strip.last) {
-        strip.last = strip.first + stripColumns;
+        strip.last = strip.first + stripColumns<block>;
         if (width - strip.last < leastStrip) {
             strip.last = width;
         }

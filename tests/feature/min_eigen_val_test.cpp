@@ -147,7 +147,7 @@ template <class T> void checkSizesAndContents() {
             ASSERT_NO_FATAL_FAILURE(run(width, 1 + width % 7, salt % 4 == 0 ? Contents::nearMax : Contents::random, p));
         }
         // Around the ends of strips of columns, and several strips.
-        for (const std::int64_t width : {255, 257, 271, 272, 273, 288, 512, 531}) {
+        for (const std::int64_t width : {255, 257, 271, 272, 273, 288, 512, 527, 528, 529, 531}) {
             ASSERT_NO_FATAL_FAILURE(run(width, 6, Contents::random, p));
         }
         ASSERT_NO_FATAL_FAILURE(run(1283, 11, Contents::small, p));
