@@ -102,7 +102,7 @@ EXPORTED void rvxFree(void *block) { free(block); }
 
 /* -------------------------------------------------------------------------------------------------- cache size */
 
-/* The largest cache of a leaf that describes one cache per subleaf: 4 at Intel, 0x8000001d at AMD, of one layout. */
+/* The largest cache of a leaf (4, or 0x8000001d where that is missing) that describes one cache per subleaf. */
 static uint64_t largestListedCache(uint32_t leaf) {
     uint64_t largest = 0;
     for (uint32_t i = 0; i < 16; ++i) {
