@@ -63,7 +63,8 @@ void fill(MorphPixel pixel, RoiSize roi, const std::uint8_t *mask, RoiSize maskS
     const Point2i anchor = centreAnchor(maskSize);
     const Point2i turnedAnchor{maskSize.width - 1 - anchor.x, maskSize.height - 1 - anchor.y};
     initMorphSpec(roi.width + maskSize.width - 1, mask, maskSize, anchor, pixel, fields.forward);
-    std::uint8_t *copy = loadScalar(&fields.forward->maskCopy);
+    // The record's first field; it may stand at any address, so no member is named.
+    std::uint8_t *copy = loadScalar(reinterpret_cast<std::uint8_t *const *>(fields.forward));
     turn(copy, maskSize);
     initMorphSpec(roi.width, copy, maskSize, turnedAnchor, pixel, fields.reflected);
     turn(copy, maskSize);

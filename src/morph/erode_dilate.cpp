@@ -104,7 +104,7 @@ StatusCode filterReplicate(const T *src, std::int32_t srcStep, T *dst, std::int3
     if (checks.failed()) {
         return checks.status();
     }
-    const MorphSpec fields = readMorphSpec(&state->spec);
+    const MorphSpec fields = readMorphSpec(specOf(state));
     if (roi.width > fields.roiWidth) {
         return StatusBadSize;
     }

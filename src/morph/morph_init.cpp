@@ -61,7 +61,7 @@ StatusCode stateInit(MorphPixel pixel, std::int32_t roiWidth, const std::uint8_t
                      Point2i anchor, MorphState *state) {
     const StatusCode status = olderChecks(roiWidth, mask, maskSize, anchor, state);
     if (status == StatusOk) {
-        initMorphSpec(roiWidth, mask, maskSize, anchor, pixel, &state->spec);
+        initMorphSpec(roiWidth, mask, maskSize, anchor, pixel, specOf(state));
     }
     return status;
 }
@@ -76,7 +76,7 @@ StatusCode stateInitAlloc(MorphPixel pixel, std::int32_t roiWidth, const std::ui
     if (made == nullptr) {
         return StatusNoMemory;
     }
-    initMorphSpec(roiWidth, mask, maskSize, anchor, pixel, &made->spec);
+    initMorphSpec(roiWidth, mask, maskSize, anchor, pixel, specOf(made));
     *state = made;
     return StatusOk;
 }

@@ -71,6 +71,9 @@ constexpr Point2i centreAnchor(RoiSize mask) { return {(mask.width - 1) >> 1, (m
 void initMorphSpec(std::int32_t roiWidth, const std::uint8_t *mask, RoiSize maskSize, Point2i anchor, MorphPixel pixel,
                    MorphSpec *spec);
 
+// A state begins with its record. No member is named, because a state may stand at any address.
+inline MorphSpec *specOf(MorphState *state) { return reinterpret_cast<MorphSpec *>(state); }
+
 // The record's fields. (A 1u record's fields end with the shape; the copy's rest is then meaningless.)
 inline MorphSpec readMorphSpec(const MorphSpec *spec) { return loadScalar(spec); }
 
