@@ -80,7 +80,9 @@ void expectPeaks(const GuardedImage<T> &image, T threshold, std::int32_t neighbo
               StatusOk);
     std::vector<Point2i> got(static_cast<std::size_t>(count));
     ASSERT_LE(count, capacity);
-    std::copy_n(reinterpret_cast<const Point2i *>(list.data()), got.size(), got.begin());
+    for (std::size_t i = 0; i < got.size(); ++i) {
+        std::memcpy(&got[i], list.data() + i * sizeof(Point2i), sizeof(Point2i));
+    }
     ASSERT_EQ(count, static_cast<std::int64_t>(want.size()));
     ASSERT_TRUE(std::equal(got.begin(), got.end(), want.begin(), samePoint))
         << image.width() << "x" << image.height() << " border " << border << " threshold " << threshold
