@@ -30,11 +30,11 @@ std::vector<std::uint8_t> readFile(const std::string &path) {
     if (!in) {
         throw Failure(path + ": cannot open: " + std::strerror(errno));
     }
-    std::vector<std::uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (in.bad()) {
+    try {
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    } catch (const std::ios_base::failure &) { // a folder opens but does not read
         throw Failure(path + ": cannot read: " + std::strerror(errno));
     }
-    return bytes;
 }
 
 // ------------------------------------------------------------------------------------------------------- PNG
@@ -48,6 +48,8 @@ Image readPng(const std::string &path, const std::vector<std::uint8_t> &bytes) {
     }
     const bool colour = (header.format & PNG_FORMAT_FLAG_COLOR) != 0;
     header.format = colour ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
+    // Samples of 16 bits are on the scale of those of 8, not linear in light, unless the file tells.
+    header.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
     try {
         Image image = makeImage(path, header.width, header.height, colour ? 3 : 1);
         const png_color black = {0, 0, 0};
@@ -236,7 +238,11 @@ private:
 
     int bit() {
         skipSpace();
-        return next() - '0';
+        const std::uint8_t c = next();
+        if (c != '0' && c != '1') {
+            throw Failure(path_ + ": broken PNM: neither 0 nor 1");
+        }
+        return c - '0';
     }
 
     int binary() {

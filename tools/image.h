@@ -37,8 +37,8 @@ struct Image {
     const std::uint8_t *pixel(int x, int y) const { return const_cast<Image *>(this)->pixel(x, y); }
 };
 
-// Reads by content: PNG, JPEG or PNM (P1 to P6). Grey files give one channel, all others three; alpha is dropped,
-// 16-bit samples are reduced to 8.
+// Reads by content: PNG, JPEG or PNM (P1 to P6). Grey files give one channel, all others three; what is transparent
+// stands on black, 16-bit samples are reduced to 8.
 Image readImage(const std::string &path);
 
 // Writes by ending: .png, .jpg/.jpeg, .pgm (grey), .ppm (RGB), .pnm.

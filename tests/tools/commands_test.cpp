@@ -18,6 +18,7 @@ TEST(Program, HelpUsageAndExitCodes) {
     EXPECT_EQ(run("frobnicate").exitCode, 2);
     EXPECT_EQ(run("diff one.png").exitCode, 2);
     EXPECT_EQ(run("average a.png -o b.png --alpha 2").exitCode, 2);
+    EXPECT_EQ(run("average a.png -o b.png --alpha nan").exitCode, 2);
     const auto info = run("info");
     EXPECT_EQ(info.exitCode, 0);
     EXPECT_NE(info.output.find("rvxCV AVX2 (l9)"), std::string::npos);

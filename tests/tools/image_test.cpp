@@ -51,6 +51,18 @@ TEST(ImageFiles, TextAndBitFormats) {
     EXPECT_EQ(readImage(folder / "d.pgm").pixels, (std::vector<std::uint8_t>{128}));
 }
 
+// A grey PNG of 16 bits: 0x4000, 0x8000 and 0xffff, without a gamma.
+TEST(ImageFiles, SixteenBitPngKeepsItsScale) {
+    const program::Folder folder;
+    const unsigned char file[] = {
+        0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44, 0x52, 0x00, 0x00,
+        0x00, 0x03, 0x00, 0x00, 0x00, 0x01, 0x10, 0x00, 0x00, 0x00, 0x00, 0x6e, 0x1b, 0x97, 0x2b, 0x00, 0x00, 0x00,
+        0x0f, 0x49, 0x44, 0x41, 0x54, 0x78, 0x9c, 0x63, 0x70, 0x60, 0x68, 0x60, 0xf8, 0xff, 0x1f, 0x00, 0x06, 0x84,
+        0x02, 0xbf, 0x87, 0x7c, 0xd0, 0xc2, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
+    program::writeText(folder / "a.png", std::string(std::begin(file), std::end(file)));
+    EXPECT_EQ(readImage(folder / "a.png").pixels, (std::vector<std::uint8_t>{64, 128, 255}));
+}
+
 // Every file cut off at any length is refused with a message that names it.
 TEST(ImageFiles, TruncatedFilesAreRefused) {
     const program::Folder folder;
@@ -74,11 +86,12 @@ TEST(ImageFiles, TruncatedFilesAreRefused) {
 TEST(ImageFiles, NonsenseIsRefused) {
     const program::Folder folder;
     for (const char *text : {"P5 0 5 255\n", "P5 99999999 99999999 255\n", "P5 4 4 0\n0000", "P2 2 2 255 1 x 3 4",
-                             "P9 1 1 255\n0", "hello", ""}) {
+                             "P1 2 1 0 x", "P9 1 1 255\n0", "hello", ""}) {
         program::writeText(folder / "x", text);
         EXPECT_THROW(readImage(folder / "x"), Failure) << text;
     }
     EXPECT_THROW(readImage(folder / "missing.png"), Failure);
+    EXPECT_THROW(readImage(folder / ""), Failure) << "a folder";
     EXPECT_THROW(writeImage(folder / "no-ending", pattern(2, 2, 1)), Failure);
     EXPECT_THROW(writeImage(folder / "no/such/folder.png", pattern(2, 2, 1)), Failure);
 }

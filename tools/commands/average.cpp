@@ -50,7 +50,12 @@ void addAverage(CLI::App &program) {
     command->add_option("--alpha", options->alpha, "Weight of each new frame")
         ->check(CLI::Range(0.0, 1.0))
         ->capture_default_str();
-    command->callback([options] { run(*options); });
+    command->callback([options] {
+        if (std::isnan(options->alpha)) { // passes the range check
+            throw CLI::ValidationError("--alpha", "not a number");
+        }
+        run(*options);
+    });
 }
 
 } // namespace tools
