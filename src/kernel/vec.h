@@ -354,16 +354,16 @@ RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_
 class BitShift {
 public:
     BitShift() = default;
-    explicit BitShift(int bits) : right_(_mm_cvtsi32_si128(bits)), left_(_mm_cvtsi32_si128(8 - bits)) {}
+    explicit BitShift(int bits) : right_(_mm256_set1_epi64x(bits)), left_(_mm256_set1_epi64x(8 - bits)) {}
 
     RVX_INLINE U8x32 load(const std::uint8_t *p) const {
         const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
         const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + 1));
-        return {{_mm256_or_si256(_mm256_srl_epi64(low, right_), _mm256_sll_epi64(high, left_))}};
+        return {{_mm256_or_si256(_mm256_srlv_epi64(low, right_), _mm256_sllv_epi64(high, left_))}};
     }
 
 private:
-    __m128i right_, left_;
+    __m256i right_, left_;
 };
 
 // All bits of the byte lanes that are equal.

@@ -1,210 +1,307 @@
-// Erosion and dilation of bit images, 256 pixels at a time.
+// Erosion and dilation of bit images, 256 pixels at a time. A solid rectangle goes the way of the rank filters: rows
+// are combined down the columns first, whole bytes straight from the source, into lines of scratch; the lines get
+// margins; then each line is combined along itself, doubling the reach until a few distances in bits make up the
+// rectangle's width. For any other mask the lines are the source rows with margins, and a set position is a line and a
+// distance.
 //
-// Each source row is copied once, byte by byte as it stands, into a line of scratch, and its margins are set beside it.
-// A mask position then is a distance in bits: two unaligned loads and two shifts give 256 pixels at that distance.
-// Distances are taken such that results lie in their bytes as the destination has them, so rows are stored by copying
-// bytes; the bits around the first and the last pixel are kept. Masks whose rows are all alike (rectangles above all)
-// are reduced along each line once, and then across lines.
+// A distance in bits is two unaligned loads and two shifts. Distances are taken such that results lie in their bytes as
+// the destination has them: they are stored where they belong, and the bits around the first and the last pixel of a
+// row are put back.
 #include "frame/api.h"
 
 #include "kernel/checks.h"
+#include "kernel/scratch.h"
 #include "kernel/vec.h"
 #include "morph/bit_morph.h"
+#include "morph/column_extrema.h"
 #include "morph/morph_spec.h"
+#include "morph/window.h"
 
 #include <algorithm>
+#include <span>
 
 namespace rvxcv {
 namespace {
 
-// ----------------------------------------------------------------------------------------------- single bits
-
-bool bitAt(const std::uint8_t *bytes, std::int64_t k) { return (bytes[k >> 3] >> (k & 7) & 1) != 0; }
-
-void setBit(std::uint8_t *bytes, std::int64_t k, bool value) {
-    const auto mask = static_cast<std::uint8_t>(1 << (k & 7));
-    bytes[k >> 3] = static_cast<std::uint8_t>(value ? bytes[k >> 3] | mask : bytes[k >> 3] & ~mask);
-}
-
 // Bytes of a row whose first pixel is the bit `bit` of the first one.
 std::int64_t bytesOf(std::int64_t bit, std::int64_t width) { return (bit + width + 7) >> 3; }
 
-// Copies the pixels of a row that stand in `bytes` as they stand in dst; the other bits of dst are kept.
-void storeRow(std::uint8_t *dst, const std::uint8_t *bytes, std::int64_t bit, std::int64_t width) {
-    const std::int64_t last = bytesOf(bit, width) - 1;
-    const auto merge = [&](std::int64_t at, int mask) {
-        dst[at] = static_cast<std::uint8_t>((dst[at] & ~mask) | (bytes[at] & mask));
-    };
-    const int firstMask = 0xff << bit & 0xff, lastMask = 0xff >> (7 - (bit + width - 1) % 8);
-    if (last == 0) {
-        merge(0, firstMask & lastMask);
-        return;
-    }
-    merge(0, firstMask);
-    std::memcpy(dst + 1, bytes + 1, static_cast<std::size_t>(last - 1));
-    merge(last, lastMask);
-}
-
-// ------------------------------------------------------------------------------------------------ operations
-
 struct And {
-    static constexpr std::uint8_t neutral = 0xff;
     static RVX_INLINE U8x32 of(U8x32 a, U8x32 b) { return bitAnd(a, b); }
 };
 struct Or {
-    static constexpr std::uint8_t neutral = 0;
     static RVX_INLINE U8x32 of(U8x32 a, U8x32 b) { return bitOr(a, b); }
 };
 
-// ------------------------------------------------------------------------------------------------ the kernel
+// --------------------------------------------------------------------------------------------- along the lines
 
-template <class Op> class BitFilter {
+// 256 pixels at a distance from a line's first byte.
+struct Distance {
+    std::int64_t bytes = 0;
+    BitShift shift;
+
+    Distance() = default;
+    explicit Distance(std::int64_t bits) : bytes(bits >> 3), shift(static_cast<int>(bits & 7)) {}
+};
+
+// dst = the pixels at some distances, combined; `proceed` from what dst holds. Reads whole vectors and a byte behind.
+template <class Op, int count> struct CombineDistances {
+    Distance distances[count];
+    const std::uint8_t *line;
+    std::uint8_t *dst;
+    bool proceed;
+
+    template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
+        for (int v = 0; v < vectors; ++v, x += U8x32::lanes) {
+            U8x32 all = distances[0].shift.load(line + distances[0].bytes + x);
+            for (int k = 1; k < count; ++k) {
+                all = Op::of(all, distances[k].shift.load(line + distances[k].bytes + x));
+            }
+            store(dst + x, proceed ? Op::of(all, load<U8x32>(dst + x, span)) : all, span);
+        }
+    }
+};
+
+constexpr int mostDistances = 6;
+
+// Calls function(the distances as an array of constant size).
+template <class Function> void withCount(std::span<const Distance> distances, const Function &function) {
+    const auto fixed = [&]<int count>(std::integral_constant<int, count>) {
+        Distance copy[count];
+        std::copy_n(distances.begin(), count, copy);
+        function(copy);
+    };
+    switch (distances.size()) {
+    case 1:
+        return fixed(std::integral_constant<int, 1>{});
+    case 2:
+        return fixed(std::integral_constant<int, 2>{});
+    case 3:
+        return fixed(std::integral_constant<int, 3>{});
+    case 4:
+        return fixed(std::integral_constant<int, 4>{});
+    case 5:
+        return fixed(std::integral_constant<int, 5>{});
+    default:
+        return fixed(std::integral_constant<int, mostDistances>{});
+    }
+}
+
+// ------------------------------------------------------------------------------------------------------- lines
+
+// Rows in scratch with margins: of every row the pixels left .. width - 1 + right, counted from the region's first one.
+// A line keeps the bytes of its source row as they stand.
+class Lines {
 public:
-    BitFilter(const BitTask &task, const MorphSpec &spec) : task_(task), spec_(spec) {
-        width_ = task.roi.width;
-        // Pixel 0 of a line: at the bit of its byte that it has in the source, behind room for the left margin and for
-        // results that begin up to seven bits before it.
-        origin_ = roundUp(std::int64_t{spec.anchorX} + 8, 8) + task.src.bit;
-        resultBytes_ = roundUp(bytesOf(task.dst.bit, width_), 32);
-        lineBytes_ = ((origin_ + std::int64_t{spec.maskWidth}) >> 3) + resultBytes_ + 34;
-        alike_ = rowsAlike();
-        lines_ = task.scratch;
-        // Either a ring of lines, or a ring of reduced lines and one line; and the result.
-        const std::int64_t height = spec.maskHeight;
-        reduced_ = lines_ + (alike_ ? 1 : height) * lineBytes_;
-        result_ = reduced_ + (alike_ ? height : 0) * resultBytes_;
-        rowTakesPart_ = result_ + resultBytes_;
-        for (std::int64_t j = 0; j < height; ++j) {
-            rowTakesPart_[j] = !emptyRow(j);
+    Lines(const BitTask &task, std::int64_t left, std::int64_t right, std::uint8_t *memory)
+        : task_(task), interval_(task.border, task.roi.width, left, task.roi.width - 1 + right),
+          source_(task.src.at(interval_.from, 0)), memory_(memory) {
+        pixels_ = 8 * roundUp((interval_.before + 14) / 8, marginStep) + source_.bit;
+        firstResult_ = pixels_ - interval_.before - task.dst.bit;
+        behind_ = pixels_ + interval_.columns;
+        lineBytes_ = ((behind_ + interval_.behind) >> 3) + 1 + marginStep;
+    }
+
+    // How many lines fit, each with a pointer to its row and `pointers` more.
+    std::int64_t fitting(std::int64_t bytes, std::int64_t pointers) const {
+        constexpr auto pointerBytes = static_cast<std::int64_t>(sizeof(void *));
+        return (bytes - slack - pointerBytes * (pointers + 1)) / (lineBytes_ + pointerBytes);
+    }
+
+    std::int64_t lineBytes() const { return lineBytes_; }
+    // The distance of the first pixel that the first result takes part of; results lie as in dst.
+    std::int64_t firstResult() const { return firstResult_; }
+
+    // Where a source row's bytes go, and how many they are.
+    const std::uint8_t *sourceRow(std::int64_t y) const {
+        return source_.row(borderRow(task_.border, y, task_.roi.height).index);
+    }
+    std::uint8_t *row(std::int64_t line) const { return memory_ + line * lineBytes_ + (pixels_ >> 3); }
+    std::int64_t rowBytes() const { return bytesOf(source_.bit, interval_.columns); }
+
+    // Repeats the first and the last pixel of a line; lines in ascending order, for one may touch the next one's
+    // margin.
+    void setMargins(std::int64_t line) const {
+        std::uint8_t *const bytes = memory_ + line * lineBytes_;
+        std::uint8_t *byte = bytes + (pixels_ >> 3);
+        std::int64_t bit = pixels_ & 7;
+        int keep = 0xff << bit;
+        std::uint64_t value = repeated(*byte, bit);
+        *byte = static_cast<std::uint8_t>((*byte & keep) | (value & static_cast<std::uint64_t>(~keep)));
+        for (std::int64_t done = 0; done < interval_.before; done += 8 * marginStep) {
+            byte -= marginStep;
+            std::memcpy(byte, &value, sizeof value);
+        }
+        byte = bytes + ((behind_ - 1) >> 3);
+        bit = (behind_ - 1) & 7;
+        keep = 0xff >> (7 - bit);
+        value = repeated(*byte, bit);
+        *byte = static_cast<std::uint8_t>((*byte & keep) | (value & static_cast<std::uint64_t>(~keep)));
+        for (std::int64_t done = 0; done < interval_.behind; done += 8 * marginStep) {
+            std::memcpy(byte + 1, &value, sizeof value);
+            byte += marginStep;
         }
     }
 
-    void run() {
-        const std::int64_t height = spec_.maskHeight;
-        std::int64_t next = task_.firstRow - spec_.anchorY; // the first source row not yet in the ring
-        const std::int64_t base = next;
-        for (std::int64_t y = task_.firstRow; y < task_.lastRow; ++y) {
-            for (; next < y - spec_.anchorY + height; ++next) {
-                prepare(next, (next - base) % height);
-            }
-            const std::int64_t slot = (y - task_.firstRow) % height; // of the line under the first mask row
-            if (alike_) {
-                combineReduced(slot);
-            } else {
-                combineLines(slot);
-            }
-            storeRow(task_.dst.row(y), result_, task_.dst.bit, width_);
+    // Combines `reach` neighbouring pixels at a time into extrema of four times the reach, in place, all lines as one.
+    template <class Op> void widen(std::int64_t lines, std::int64_t reach) const {
+        const std::int64_t n = lines * lineBytes_ - 3 * reach / 8;
+        const CombineDistances<Op, 4> combine{
+            {Distance(0), Distance(reach), Distance(2 * reach), Distance(3 * reach)}, memory_, memory_, false};
+        for (std::int64_t x = 0; x < n; x += U8x32::lanes) {
+            combine.template run<1>(x, Full{});
         }
+    }
+
+    // Results to dst rows y0 .. from the lines that begin `distances` from each other's first bytes.
+    template <class Op>
+    void combine(std::span<const Distance> distances, std::int64_t y0, std::int64_t y1, bool proceed) const {
+        const std::int64_t bit = task_.dst.bit, n = bytesOf(bit, task_.roi.width), last = n - 1;
+        const int firstKept = 0xff & ~(0xff << bit),
+                  lastKept = 0xff & ~(0xff >> (7 - ((bit + task_.roi.width - 1) & 7)));
+        withCount(distances, [&]<int count>(const Distance(&fixed)[count]) {
+            CombineDistances<Op, count> row{{}, memory_, nullptr, proceed};
+            std::copy_n(fixed, count, row.distances);
+            for (std::int64_t y = y0; y < y1; ++y, row.line += lineBytes_) {
+                row.dst = task_.dst.row(y);
+                const int first = row.dst[0] & firstKept, behind = row.dst[last] & lastKept;
+                sweep<U8x32::lanes, 2>(n, row);
+                row.dst[0] = static_cast<std::uint8_t>((row.dst[0] & ~firstKept) | first);
+                row.dst[last] = static_cast<std::uint8_t>((row.dst[last] & ~lastKept) | behind);
+            }
+        });
     }
 
 private:
-    const std::uint8_t *maskRow(std::int64_t j) const { return spec_.maskCopy + j * spec_.maskWidth; }
-    bool emptyRow(std::int64_t j) const {
-        return std::all_of(maskRow(j), maskRow(j + 1), [](std::uint8_t m) { return m == 0; });
-    }
+    static constexpr std::int64_t marginStep = 8; // bytes
+    static constexpr std::int64_t slack = 40;     // behind the lines, for whole vectors
 
-    // Whether all rows that are not empty have the same positions; pattern_ is the first of them.
-    bool rowsAlike() {
-        for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
-            if (emptyRow(j)) {
-                continue;
-            }
-            if (pattern_ < 0) {
-                pattern_ = j;
-            }
-            if (!std::equal(maskRow(j), maskRow(j + 1), maskRow(pattern_),
-                            [](std::uint8_t a, std::uint8_t b) { return (a != 0) == (b != 0); })) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    void prepare(std::int64_t y, std::int64_t slot) {
-        std::uint8_t *line = lines_ + (alike_ ? 0 : slot) * lineBytes_;
-        const std::uint8_t *row = task_.src.row(borderRow(task_.border, y, task_.roi.height).index);
-        const std::int64_t bit = task_.src.bit;
-        std::memcpy(line + (origin_ >> 3), row, static_cast<std::size_t>(bytesOf(bit, width_)));
-        const auto copy = [&](std::int64_t x) {
-            setBit(line, origin_ + x, bitAt(row, bit + borderColumn(task_.border, x, width_).index));
-        };
-        for (std::int64_t x = -std::int64_t{spec_.anchorX}; x < 0; ++x) {
-            copy(x);
-        }
-        for (std::int64_t x = width_; x < width_ + spec_.rightExtent; ++x) {
-            copy(x);
-        }
-        if (alike_) {
-            combineLine(reduced_ + slot * resultBytes_, line, maskRow(pattern_), true);
-        }
-    }
-
-    // Across the reduced lines; the ring begins at `slot`.
-    void combineReduced(std::int64_t slot) const {
-        const std::int64_t height = spec_.maskHeight;
-        for (std::int64_t b = 0; b < resultBytes_; b += 32) {
-            U8x32 all = splat(Op::neutral);
-            for (std::int64_t j = 0, at = slot; j < height; ++j, at = at + 1 == height ? 0 : at + 1) {
-                if (rowTakesPart_[j] != 0) {
-                    all = Op::of(all, load<U8x32>(reduced_ + at * resultBytes_ + b));
-                }
-            }
-            store(result_ + b, all);
-        }
-    }
-
-    void combineLines(std::int64_t slot) const {
-        bool fresh = true;
-        for (std::int64_t j = 0; j < spec_.maskHeight; ++j, slot = slot + 1 == spec_.maskHeight ? 0 : slot + 1) {
-            if (rowTakesPart_[j] != 0) {
-                combineLine(result_, lines_ + slot * lineBytes_, maskRow(j), fresh);
-                fresh = false;
-            }
-        }
-    }
-
-    // All positions of a mask row on one line, some at a time; `fresh` when out holds nothing yet.
-    void combineLine(std::uint8_t *out, const std::uint8_t *line, const std::uint8_t *mask, bool fresh) const {
-        struct Position {
-            const std::uint8_t *from;
-            BitShift shift;
-        };
-        constexpr int atOnce = 8;
-        const std::int64_t first = origin_ - task_.dst.bit - spec_.anchorX;
-        for (std::int64_t i = 0; i < spec_.maskWidth;) {
-            Position positions[atOnce];
-            int count = 0;
-            for (; i < spec_.maskWidth && count < atOnce; ++i) {
-                if (mask[i] != 0) {
-                    positions[count++] = {line + ((first + i) >> 3), BitShift(static_cast<int>((first + i) & 7))};
-                }
-            }
-            for (std::int64_t b = 0; count > 0 && b < resultBytes_; b += 32) {
-                U8x32 all = fresh ? splat(Op::neutral) : load<U8x32>(out + b);
-                for (int k = 0; k < count; ++k) {
-                    all = Op::of(all, positions[k].shift.load(positions[k].from + b));
-                }
-                store(out + b, all);
-            }
-            fresh = fresh && count == 0;
-        }
+    // Bit `bit` of a byte, 64 times.
+    static std::uint64_t repeated(std::uint8_t byte, std::int64_t bit) {
+        return ~std::uint64_t{0} * (byte >> bit & 1u);
     }
 
     const BitTask &task_;
-    const MorphSpec &spec_;
-    std::int64_t width_, origin_, lineBytes_, resultBytes_, pattern_ = -1;
-    bool alike_;
-    std::uint8_t *lines_, *reduced_, *result_, *rowTakesPart_;
+    Interval interval_;
+    BitPlane<const std::uint8_t> source_;
+    std::uint8_t *memory_;
+    // In bits from a line's first one: the first pixel from the source, the first result, the end of those pixels.
+    std::int64_t pixels_, firstResult_, behind_;
+    std::int64_t lineBytes_;
 };
 
-template <class Op> void filterBits(const BitTask &task, MorphSpec spec) {
-    static const std::uint8_t one = 1;
-    if (spec.shape == MaskEmpty) { // a copy: the mask of one position
-        spec.maskCopy = const_cast<std::uint8_t *>(&one);
-        spec.maskWidth = spec.maskHeight = 1;
-        spec.anchorX = spec.anchorY = spec.rightExtent = spec.bottomExtent = 0;
+// Output rows at once: as many as lines of a few kilobytes serve, or twice the mask's height.
+std::int64_t rowsAtOnce(const BitTask &task, std::int64_t fitting, std::int64_t lineBytes, std::int64_t height) {
+    constexpr std::int64_t blockBytes = 8 * 1024;
+    const std::int64_t wanted = std::max(blockBytes / lineBytes, 2 * height);
+    return std::clamp<std::int64_t>(std::min(fitting, wanted), 1, task.lastRow - task.firstRow);
+}
+
+// ------------------------------------------------------------------------------------------------- the kernels
+
+template <class Op> void filterRectangle(const BitTask &task, Window window) {
+    window = trimmed(window, task.roi, task.border);
+    const std::int64_t width = window.right - window.left + 1, height = window.bottom - window.top + 1;
+    const std::int64_t group = blockHeight(height);
+    Scratch areas(task.scratch, task.scratchBytes);
+    auto **const rows = areas.take<const std::uint8_t *>(0);
+    const std::int64_t room = areas.left();
+    const Lines measured(task, window.left, window.right, nullptr);
+    std::int64_t outputs = rowsAtOnce(task, measured.fitting(room, height - 1), measured.lineBytes(), height);
+    outputs = std::max(outputs / group * group, std::min(outputs, group));
+    const Lines lines(task, window.left, window.right, reinterpret_cast<std::uint8_t *>(rows + outputs + height - 1));
+
+    Distance distances[mostDistances];
+    int count = 0;
+    std::int64_t reach = 1;
+    while (width > mostDistances * reach) {
+        reach *= 4;
     }
-    BitFilter<Op>(task, spec).run();
+    for (std::int64_t at = 0; at < width; at += reach) {
+        distances[count++] = Distance(lines.firstResult() + std::min(at, width - reach));
+    }
+    for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += outputs) {
+        const std::int64_t taken = std::min(outputs, task.lastRow - y0);
+        for (std::int64_t k = 0; k < taken + height - 1; ++k) {
+            rows[k] = lines.sourceRow(y0 + window.top + k);
+        }
+        for (std::int64_t k = 0; k < taken; k += group) {
+            reduceColumns<std::uint8_t, Op>(rows + k, height, std::min(group, taken - k), lines.row(k),
+                                            lines.lineBytes(), lines.rowBytes());
+        }
+        for (std::int64_t k = 0; k < taken; ++k) {
+            lines.setMargins(k);
+        }
+        for (std::int64_t known = 1; known < reach; known *= 4) {
+            lines.widen<Op>(taken, known);
+        }
+        lines.combine<Op>({distances, static_cast<std::size_t>(count)}, y0, y0 + taken, false);
+    }
+}
+
+template <class Op> void filterPositions(const BitTask &task, const MorphSpec &spec) {
+    const std::int64_t height = spec.maskHeight;
+    const Lines lines(task, -std::int64_t{spec.anchorX}, spec.rightExtent, task.scratch);
+    const std::int64_t outputs =
+        rowsAtOnce(task, lines.fitting(task.scratchBytes, 0) - height + 1, lines.lineBytes(), height);
+    for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += outputs) {
+        const std::int64_t y1 = std::min(y0 + outputs, task.lastRow);
+        for (std::int64_t k = 0; k < y1 - y0 + height - 1; ++k) {
+            std::memcpy(lines.row(k), lines.sourceRow(y0 + k - spec.anchorY),
+                        static_cast<std::size_t>(lines.rowBytes()));
+            lines.setMargins(k);
+        }
+        Distance distances[mostDistances];
+        std::size_t count = 0;
+        bool proceed = false;
+        const auto combine = [&] {
+            if (count > 0) {
+                lines.combine<Op>({distances, count}, y0, y1, proceed);
+                proceed = true;
+                count = 0;
+            }
+        };
+        const std::uint8_t *element = spec.maskCopy;
+        for (std::int64_t j = 0; j < height; ++j) {
+            for (std::int64_t i = 0; i < spec.maskWidth; ++i) {
+                if (*element++ != 0) {
+                    distances[count++] = Distance(8 * j * lines.lineBytes() + lines.firstResult() + i);
+                    if (count == mostDistances) {
+                        combine();
+                    }
+                }
+            }
+        }
+        combine();
+    }
+}
+
+// The box around the set elements, and whether they fill it.
+bool solidRectangle(const MorphSpec &spec, Window &box) {
+    std::int64_t set = 0;
+    box = {spec.maskWidth, spec.maskHeight, -1, -1};
+    const std::uint8_t *element = spec.maskCopy;
+    for (std::int64_t j = 0; j < spec.maskHeight; ++j) {
+        for (std::int64_t i = 0; i < spec.maskWidth; ++i) {
+            if (*element++ != 0) {
+                box = {std::min(box.left, i), std::min(box.top, j), std::max(box.right, i), j};
+                ++set;
+            }
+        }
+    }
+    return set == (box.right - box.left + 1) * (box.bottom - box.top + 1);
+}
+
+template <class Op> void filterBits(const BitTask &task, const MorphSpec &spec) {
+    Window box{};
+    if (spec.shape == MaskEmpty) { // a copy
+        filterRectangle<Op>(task, box);
+    } else if (solidRectangle(spec, box)) {
+        filterRectangle<Op>(task, {box.left - spec.anchorX, box.top - spec.anchorY, box.right - spec.anchorX,
+                                   box.bottom - spec.anchorY});
+    } else {
+        filterPositions<Op>(task, spec);
+    }
 }
 
 template <void filter(const BitTask &, const MorphSpec &)>
@@ -224,7 +321,9 @@ StatusCode filterBorder(const std::uint8_t *src, std::int32_t srcStep, std::int3
     if (checks.failed()) {
         return checks.status();
     }
-    filter({{src, srcStep, srcBit}, {dst, dstStep, dstBit}, roi, 0, roi.height, Border(border), buffer}, fields);
+    const std::int64_t bytes =
+        morphBufferBytes({PixelType1u, 1}, fields.roiWidth, {fields.maskWidth, fields.maskHeight});
+    filter({{src, srcStep, srcBit}, {dst, dstStep, dstBit}, roi, 0, roi.height, Border(border), buffer, bytes}, fields);
     return StatusOk;
 }
 

@@ -30,6 +30,7 @@ struct BitTask {
     std::int64_t firstRow, lastRow;
     Border border;
     std::uint8_t *scratch;
+    std::int64_t scratchBytes;
 };
 
 void erodeBits(const BitTask &task, const MorphSpec &spec);

@@ -74,8 +74,8 @@ struct Bits {
 
     template <class Op>
     static void step(Source src, Destination dst, RoiSize roi, std::int64_t first, std::int64_t last,
-                     const Border &border, const MorphSpec &spec, std::uint8_t *scratch, std::int64_t) {
-        const BitTask task{src, dst, roi, first, last, border, scratch};
+                     const Border &border, const MorphSpec &spec, std::uint8_t *scratch, std::int64_t scratchBytes) {
+        const BitTask task{src, dst, roi, first, last, border, scratch, scratchBytes};
         std::is_same_v<Op, Minimum> ? erodeBits(task, spec) : dilateBits(task, spec);
     }
     static void subtract(Source first, Source second, Destination dst, std::int64_t width, std::int64_t rows) {

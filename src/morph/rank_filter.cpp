@@ -13,37 +13,6 @@
 namespace rvxcv {
 namespace {
 
-// Where replication makes offsets beyond the far edge equal to it, larger windows are the same window.
-Window trimmed(Window w, RoiSize roi, const Border &border) {
-    const auto trim = [](std::int64_t &first, std::int64_t &last, std::int64_t size, bool before, bool after) {
-        const std::int64_t low = before ? INT64_MIN : 1 - size, high = after ? INT64_MAX : size - 1;
-        first = std::clamp(first, low, high);
-        last = std::clamp(last, low, high);
-    };
-    trim(w.left, w.right, roi.width, border.left, border.right);
-    trim(w.top, w.bottom, roi.height, border.top, border.bottom);
-    return w;
-}
-
-// Three or four rows at a time share the rows between them in registers; higher windows are cut into blocks of their
-// own height.
-constexpr std::int64_t blockHeight(std::int64_t windowHeight) {
-    return windowHeight < 4 ? std::min<std::int64_t>(windowHeight, 2) : windowHeight < 8 ? 4 : windowHeight;
-}
-
-template <class T, class Op>
-void reduceColumns(const T *const *rows, std::int64_t height, std::int64_t outputs, T *out, std::int64_t outStep,
-                   std::int64_t n) {
-    constexpr int lanes = Vec<T>::lanes;
-    if (outputs == 4 && height >= 4) {
-        sweep<lanes, 2>(n, ColumnExtremaFew<T, Op, 4>{rows, height, out, outStep});
-    } else if (outputs == 2 && height >= 2) {
-        sweep<lanes, 4>(n, ColumnExtremaFew<T, Op, 2>{rows, height, out, outStep});
-    } else {
-        sweep<lanes, 4>(n, ColumnExtrema<T, Op>{rows, height, outputs, out, outStep});
-    }
-}
-
 // `count` lines of extended pixels to output rows y0 .. They follow each other without gaps: steps inside scratch take
 // them as one.
 template <class T, class Op>
@@ -109,8 +78,9 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
 
     for (std::int64_t x0 = 0; x0 < roiWidth; x0 += tileWidth) {
         const std::int64_t pixels = std::min(tileWidth, roiWidth - x0), n = pixels * channels;
-        const Interval source = twoParts ? Interval(task, 0, roiWidth - 1)
-                                         : Interval(task, x0 + window.left, x0 + pixels - 1 + window.right);
+        const Interval source = twoParts
+                                    ? Interval(task.border, roiWidth, 0, roiWidth - 1)
+                                    : Interval(task.border, roiWidth, x0 + window.left, x0 + pixels - 1 + window.right);
         const std::int64_t before = twoParts ? -window.left : source.before;
         // The pixels behind the left margin stand at multiples of the vector size.
         const auto address =

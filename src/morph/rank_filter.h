@@ -5,12 +5,6 @@
 
 namespace rvxcv {
 
-// The pixels that an output pixel depends on, as offsets from it, first and last included. Offsets of either sign: the
-// output pixel itself need not be among them.
-struct Window {
-    std::int64_t left, top, right, bottom;
-};
-
 // Filters rows of a region. False, and nothing is written, when the scratch is too small: never with replicated sides
 // and rankBufferBytes of scratch for the window's size. Instances: Minimum and Maximum of 8u, 16u, 16s, 32f.
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window);

@@ -1,10 +1,10 @@
-// Running extrema along rows and columns: the steps that rectangles and run masks are made of. Rows are counted in
-// elements (pixels times channels) and a shift by one pixel is a shift by `channels` elements.
+// Running extrema along rows: the steps that rectangles and run masks are made of. Rows are counted in elements (pixels
+// times channels) and a shift by one pixel is a shift by `channels` elements.
 #pragma once
 
-#include "kernel/border.h"
 #include "kernel/plane.h"
-#include "kernel/vec.h"
+#include "morph/column_extrema.h"
+#include "morph/window.h"
 
 #include <algorithm>
 #include <limits>
@@ -38,114 +38,11 @@ template <class T> struct MorphTask {
     std::int64_t scratchBytes;
 
     constexpr std::int64_t pixelBytes() const { return channels * static_cast<std::int64_t>(sizeof(T)); }
-    std::int64_t column(std::int64_t x) const { return borderColumn(border, x, roi.width).index; }
     const T *row(std::int64_t y) const { return src.row(borderRow(border, y, roi.height).index); }
 };
 
 // Scratch rows end with this many bytes of slack, so that steps inside scratch work on whole vectors only.
 constexpr std::int64_t rowSlack = 32;
-
-// Calls block<vectors>(x) over whole groups of vectors, block<1>(x) over the rest, the last one moved back to end with
-// the row or, in a row shorter than a vector, cut off. For steps that do not read what they write.
-template <int lanes, int vectors, class Block> RVX_INLINE void sweep(std::int64_t n, const Block &block) {
-    std::int64_t x = 0;
-    for (; x + vectors * lanes <= n; x += vectors * lanes) {
-        block.template run<vectors>(x, Full{});
-    }
-    for (; x + lanes <= n; x += lanes) {
-        block.template run<1>(x, Full{});
-    }
-    if (x < n) {
-        if (n >= lanes) {
-            block.template run<1>(n - lanes, Full{});
-        } else {
-            block.template run<1>(0, Part{static_cast<int>(n)});
-        }
-    }
-}
-
-// out_k = extremum of rows k .. k + height - 1 for k < outputs <= height (van Herk; Gil and Werman): the rows are cut
-// after row height - 1; each window is a suffix of the part before the cut and a prefix of the part behind it. Suffixes
-// are left in the output rows, prefixes grow in registers: three loads and two stores for any height.
-template <class T, class Op> struct ColumnExtrema {
-    using V = Vec<T>;
-    const T *const *rows; // height + outputs - 1
-    std::int64_t height;
-    std::int64_t outputs;
-    T *out;
-    std::int64_t outStep; // bytes
-
-    template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
-        V extremum[vectors];
-        for (int v = 0; v < vectors; ++v) {
-            extremum[v] = load<V>(rows[height - 1] + x + v * V::lanes, span);
-        }
-        for (std::int64_t k = height - 1;;) {
-            if (k < outputs) {
-                T *to = byteOffset(out, k * outStep) + x;
-                for (int v = 0; v < vectors; ++v) {
-                    store(to + v * V::lanes, extremum[v], span);
-                }
-            }
-            if (--k < 0) {
-                break;
-            }
-            const T *row = rows[k] + x;
-            for (int v = 0; v < vectors; ++v) {
-                extremum[v] = Op::of(extremum[v], load<V>(row + v * V::lanes, span));
-            }
-        }
-        for (std::int64_t k = 1; k < outputs; ++k) {
-            const T *row = rows[height + k - 1] + x;
-            T *to = byteOffset(out, k * outStep) + x;
-            for (int v = 0; v < vectors; ++v) {
-                const V next = load<V>(row + v * V::lanes, span);
-                extremum[v] = k == 1 ? next : Op::of(extremum[v], next);
-                store(to + v * V::lanes, Op::of(extremum[v], load<V>(to + v * V::lanes, span)), span);
-            }
-        }
-    }
-};
-
-// The same for `outputs` fixed and small: suffixes stay in registers, and the rows common to all outputs are read once.
-template <class T, class Op, int outputs> struct ColumnExtremaFew {
-    using V = Vec<T>;
-    const T *const *rows;
-    std::int64_t height; // >= outputs
-    T *out;
-    std::int64_t outStep;
-
-    template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
-        V suffix[outputs][vectors];
-        for (int v = 0; v < vectors; ++v) {
-            suffix[outputs - 1][v] = load<V>(rows[outputs - 1] + x + v * V::lanes, span);
-        }
-        for (std::int64_t k = outputs; k < height; ++k) {
-            const T *row = rows[k] + x;
-            for (int v = 0; v < vectors; ++v) {
-                suffix[outputs - 1][v] = Op::of(suffix[outputs - 1][v], load<V>(row + v * V::lanes, span));
-            }
-        }
-        for (int k = outputs - 2; k >= 0; --k) {
-            const T *row = rows[k] + x;
-            for (int v = 0; v < vectors; ++v) {
-                suffix[k][v] = Op::of(suffix[k + 1][v], load<V>(row + v * V::lanes, span));
-            }
-        }
-        V prefix[vectors];
-        for (int k = 0; k < outputs; ++k) {
-            T *to = byteOffset(out, k * outStep) + x;
-            for (int v = 0; v < vectors; ++v) {
-                if (k > 0) {
-                    const V next = load<V>(rows[height + k - 1] + x + v * V::lanes, span);
-                    prefix[v] = k == 1 ? next : Op::of(prefix[v], next);
-                    suffix[k][v] = Op::of(suffix[k][v], prefix[v]);
-                }
-                store(to + v * V::lanes, suffix[k][v], span);
-            }
-        }
-    }
-};
 
 // Repeats one pixel: a few times one by one, many times by vectors or by copying what is there already.
 template <class T> RVX_INLINE void repeatPixel(T *dst, std::int64_t pixels, const T *pixel, std::int64_t channels) {
@@ -179,22 +76,9 @@ template <class T> RVX_INLINE void repeatPixel(T *dst, std::int64_t pixels, cons
     }
 }
 
-// Where the pixels first .. last of a row come from: `columns` pixels from column `from`, at least one, and repetitions
-// of the first and of the last of them.
-struct Interval {
-    std::int64_t before, from, columns, behind;
-
-    template <class T>
-    Interval(const MorphTask<T> &task, std::int64_t first, std::int64_t last) : from(task.column(first)) {
-        columns = task.column(last) - from + 1;
-        before = std::clamp<std::int64_t>(from - first, 0, last - first);
-        behind = last - first + 1 - before - columns;
-    }
-};
-
 template <class T>
 inline void copyInterval(T *dst, const T *row, std::int64_t first, std::int64_t last, const MorphTask<T> &task) {
-    const Interval interval(task, first, last);
+    const Interval interval(task.border, task.roi.width, first, last);
     const std::int64_t channels = task.channels;
     T *pixel = dst + interval.before * channels;
     std::memcpy(static_cast<void *>(pixel), row + interval.from * channels,
