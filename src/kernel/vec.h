@@ -366,6 +366,21 @@ private:
     __m256i right_, left_;
 };
 
+// 64-bit lanes shifted, towards later pixels (left) and earlier ones (right) of a bit image; zeros come in.
+RVX_INLINE U8x32 shiftBitsLeft(U8x32 a, int bits) { return {{_mm256_slli_epi64(a.v, bits)}}; }
+RVX_INLINE U8x32 shiftBitsRight(U8x32 a, int bits) { return {{_mm256_srli_epi64(a.v, bits)}}; }
+// The lanes of a one further on, behind the last lane of b; and one back, before the first lane of b.
+RVX_INLINE U8x32 afterLast(U8x32 b, U8x32 a) {
+    return {{_mm256_alignr_epi8(a.v, _mm256_permute2x128_si256(b.v, a.v, 0x21), 15)}};
+}
+RVX_INLINE U8x32 beforeFirst(U8x32 a, U8x32 b) {
+    return {{_mm256_alignr_epi8(_mm256_permute2x128_si256(a.v, b.v, 0x21), a.v, 1)}};
+}
+// The bits of b where mask has them, else those of a.
+RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
+    return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
+}
+
 // All bits of the byte lanes that are equal.
 RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }
 // Lanes whose sign bit is set: of a float, of an integer.

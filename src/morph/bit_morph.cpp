@@ -276,6 +276,124 @@ template <class Op> void filterPositions(const BitTask &task, const MorphSpec &s
     }
 }
 
+// Squares of 3x3 and 5x5 pixels at the centre, the most frequent masks, straight from the source to a destination with
+// its pixels at the same bits. Vector by vector down the rows: a source row is combined along itself, from the vector
+// and the ones a byte before and behind it, and the rows above are still in registers. At the ends of a row the byte
+// that is missing repeats the edge pixel.
+template <class Op, int side> class SmallSquare {
+public:
+    // Bytes of a row from which the vectors that lack a byte see no bits from outside the row in any other one.
+    static constexpr std::int64_t fewestBytes = U8x32::lanes + 2;
+
+    explicit SmallSquare(const BitTask &task) : bytes_(bytesOf(task.src.bit, task.roi.width)) {
+        const std::int64_t first = task.src.bit, last = (first + task.roi.width - 1) & 7;
+        firstPixel_ = splat(static_cast<std::uint8_t>(1 << first));
+        lastPixel_ = splat(static_cast<std::uint8_t>(1 << last));
+        std::uint8_t outside[U8x32::lanes] = {static_cast<std::uint8_t>(~(0xff << first))};
+        before_ = load<U8x32>(outside);
+        outside[0] = 0;
+        outside[U8x32::lanes - 1] = static_cast<std::uint8_t>(~(0xff >> (7 - last)));
+        behind_ = load<U8x32>(outside);
+        wholeBytes_ = first == 0 && last == 7;
+    }
+
+    // `count` output rows from count + side - 1 source rows.
+    void filter(const std::uint8_t *const *rows, Plane<std::uint8_t> dst, std::int64_t count) const {
+        const std::int64_t last = bytes_ - U8x32::lanes;
+        downRows(dst, 0, count, before_, [&](std::int64_t k) {
+            const std::uint8_t *row = rows[k];
+            const U8x32 edge = repeated(splat(row[0]), firstPixel_), at = outsideTo(edge, load<U8x32>(row), before_);
+            return alongRow(afterLast(edge, at), at, load<U8x32>(row + 1));
+        });
+        for (std::int64_t x = U8x32::lanes; x < last; x += U8x32::lanes) {
+            downRows(dst, x, count, splat(std::uint8_t{0}), [&](std::int64_t k) {
+                const std::uint8_t *row = rows[k] + x;
+                return alongRow(load<U8x32>(row - 1), load<U8x32>(row), load<U8x32>(row + 1));
+            });
+        }
+        downRows(dst, last, count, behind_, [&](std::int64_t k) {
+            const std::uint8_t *row = rows[k] + last;
+            const U8x32 edge = repeated(splat(row[U8x32::lanes - 1]), lastPixel_);
+            const U8x32 at = outsideTo(edge, load<U8x32>(row), behind_);
+            return alongRow(load<U8x32>(row - 1), at, beforeFirst(at, edge));
+        });
+    }
+
+private:
+    // A vector of every output row; combined(k) is source row k combined along itself. The bits in `kept` stay.
+    template <class Row>
+    RVX_INLINE void downRows(Plane<std::uint8_t> dst, std::int64_t x, std::int64_t count, U8x32 kept,
+                             const Row &combined) const {
+        U8x32 above[side - 1];
+        for (int k = 0; k < side - 1; ++k) {
+            above[k] = combined(k);
+        }
+        const auto storeAt = [&](std::uint8_t *to, U8x32 result) {
+            store(to, wholeBytes_ ? result : mergeBits(result, load<U8x32>(to), kept));
+        };
+        std::uint8_t *out = dst.base + x;
+        for (std::int64_t k = 0; k < count; k += 2) {
+            const U8x32 next = combined(k + side - 1);
+            U8x32 common = next;
+            for (int i = 1; i < side - 1; ++i) {
+                common = Op::of(common, above[i]);
+            }
+            storeAt(out, Op::of(common, above[0]));
+            if (k + 1 == count) {
+                return;
+            }
+            const U8x32 afterNext = combined(k + side);
+            storeAt(out + dst.step, Op::of(common, afterNext));
+            out += 2 * dst.step;
+            for (int i = 0; i < side - 3; ++i) {
+                above[i] = above[i + 2];
+            }
+            above[side - 3] = next;
+            above[side - 2] = afterNext;
+        }
+    }
+
+    static RVX_INLINE U8x32 alongRow(U8x32 before, U8x32 at, U8x32 behind) {
+        U8x32 all = at;
+        for (int k = 1; k <= side / 2; ++k) {
+            all = Op::of(all, bitOr(shiftBitsLeft(at, k), shiftBitsRight(before, 8 - k)));
+            all = Op::of(all, bitOr(shiftBitsRight(at, k), shiftBitsLeft(behind, 8 - k)));
+        }
+        return all;
+    }
+
+    // One pixel of a byte, everywhere.
+    static RVX_INLINE U8x32 repeated(U8x32 byte, U8x32 pixel) { return equal(bitAnd(byte, pixel), pixel); }
+    RVX_INLINE U8x32 outsideTo(U8x32 edge, U8x32 row, U8x32 outside) const {
+        return wholeBytes_ ? row : mergeBits(row, edge, outside);
+    }
+
+    std::int64_t bytes_;
+    U8x32 firstPixel_, lastPixel_;
+    U8x32 before_, behind_; // the bits around the row in its first and in its last vector
+    bool wholeBytes_;       // there are none
+};
+
+// False, and nothing is written, where the kernel does not apply.
+template <class Op, int side> bool filterSquare(const BitTask &task) {
+    const std::int64_t bytes = bytesOf(task.src.bit, task.roi.width);
+    if (task.src.bit != task.dst.bit || bytes < SmallSquare<Op, side>::fewestBytes || bytes > task.dst.step ||
+        task.border.left || task.border.right) {
+        return false;
+    }
+    const SmallSquare<Op, side> square(task);
+    constexpr std::int64_t most = 32; // output rows at once
+    for (std::int64_t y = task.firstRow; y < task.lastRow; y += most) {
+        const std::int64_t count = std::min(task.lastRow - y, most);
+        const std::uint8_t *rows[most + side - 1];
+        for (std::int64_t k = 0; k < count + side - 1; ++k) {
+            rows[k] = task.src.row(borderRow(task.border, y + k - side / 2, task.roi.height).index);
+        }
+        square.filter(rows, {task.dst.row(y), task.dst.step}, count);
+    }
+    return true;
+}
+
 // The box around the set elements, and whether they fill it.
 bool solidRectangle(const MorphSpec &spec, Window &box) {
     std::int64_t set = 0;
@@ -293,14 +411,19 @@ bool solidRectangle(const MorphSpec &spec, Window &box) {
 }
 
 template <class Op> void filterBits(const BitTask &task, const MorphSpec &spec) {
-    Window box{};
-    if (spec.shape == MaskEmpty) { // a copy
+    Window box{}; // an empty mask copies
+    if (spec.shape != MaskEmpty) {
+        if (!solidRectangle(spec, box)) {
+            filterPositions<Op>(task, spec);
+            return;
+        }
+        box = {box.left - spec.anchorX, box.top - spec.anchorY, box.right - spec.anchorX, box.bottom - spec.anchorY};
+    }
+    const bool done = box == Window{-1, -1, 1, 1}   ? filterSquare<Op, 3>(task)
+                      : box == Window{-2, -2, 2, 2} ? filterSquare<Op, 5>(task)
+                                                    : false;
+    if (!done) {
         filterRectangle<Op>(task, box);
-    } else if (solidRectangle(spec, box)) {
-        filterRectangle<Op>(task, {box.left - spec.anchorX, box.top - spec.anchorY, box.right - spec.anchorX,
-                                   box.bottom - spec.anchorY});
-    } else {
-        filterPositions<Op>(task, spec);
     }
 }
 

@@ -11,6 +11,8 @@ namespace rvxcv {
 // output pixel itself need not be among them.
 struct Window {
     std::int64_t left, top, right, bottom;
+
+    bool operator==(const Window &) const = default;
 };
 
 // Where replication makes offsets beyond the far edge equal to it, larger windows are the same window.

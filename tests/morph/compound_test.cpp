@@ -251,12 +251,12 @@ constexpr BitCompound bitOperations[] = {rvxiMorphOpenBorder_1u_C1R, rvxiMorphCl
                                          rvxiMorphTophatBorder_1u_C1R, rvxiMorphBlackhatBorder_1u_C1R,
                                          rvxiMorphGradientBorder_1u_C1R};
 
-// op: 0 erosion, 1 dilation, 2 + Op.
-void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rng) {
+// op: 0 erosion, 1 dilation, 2 + Op. Offsets are random unless one is given for both images.
+void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rng, std::int64_t offset = -1) {
     const bool inMemory = border != BorderReplicate;
-    BitImage src(roi.width, roi.height, uniform(rng, 0, 11), inMemory ? 2 * mask.size.width : 0,
+    BitImage src(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, inMemory ? 2 * mask.size.width : 0,
                  inMemory ? 2 * mask.size.height : 0, rng);
-    BitImage dst(roi.width, roi.height, uniform(rng, 0, 11), 0, 0, rng);
+    BitImage dst(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, 0, 0, rng);
     const std::vector<std::uint8_t> before(dst.bytes.data(), dst.bytes.data() + dst.bytes.size());
     const View view{[&](std::int64_t x, std::int64_t y) { return src.at(x, y) ? 1.0 : 0.0; }, roi.width, roi.height,
                     border};
@@ -333,6 +333,40 @@ TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
             checkBits(op, Mask{{3, 3}, std::vector<std::uint8_t>(9, 1), {1, 1}}, {width, 5}, BorderReplicate, rng);
         }
         checkBits(op, randomMask(rng, 60, 9), {7, 3}, BorderReplicate, rng);
+    }
+}
+
+Mask solidMask(int width, int height, RoiSize inside) {
+    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
+    for (int i = 0; i < width * height; ++i) {
+        mask.bytes.push_back(i % width < inside.width && i / width < inside.height);
+    }
+    return mask;
+}
+
+// Small squares at all offsets and at the widths around whole vectors; wide, high and eccentric rectangles.
+TEST(BitMorphology, Rectangles) {
+    Rng rng = makeRng("bit rectangles");
+    for (std::int64_t offset = 0; offset < 8; ++offset) {
+        for (const int width : {255, 263, 264, 265, 270, 272, 280, 512, 519, 520, 521, 640}) {
+            const int side = uniform(rng, 0, 1) != 0 ? 3 : 5, height = static_cast<int>(uniform(rng, 1, 7));
+            checkBits(static_cast<int>(uniform(rng, 0, 6)), solidMask(side, side, {side, side}), {width, height},
+                      BorderReplicate, rng, offset);
+        }
+        const BorderKind rowsInMemory = BorderReplicate | BorderInMemoryTop | BorderInMemoryBottom;
+        checkBits(0, solidMask(3, 3, {3, 3}), {300, 67}, rowsInMemory, rng, offset);
+        checkBits(1, solidMask(5, 5, {5, 5}), {301, 70}, BorderReplicate, rng, offset);
+        checkBits(1, solidMask(3, 3, {3, 3}), {290, 3}, BorderInMemory, rng, offset);
+    }
+    for (const RoiSize inside : {RoiSize{15, 15}, {31, 2}, {100, 1}, {97, 5}, {7, 40}, {1, 9}, {24, 24}}) {
+        const int width = static_cast<int>(uniform(rng, 60, 150));
+        const Mask centred = solidMask(inside.width, inside.height, inside);
+        const Mask eccentric = solidMask(2 * inside.width + 3, 2 * inside.height + 1, inside);
+        for (const int op : {0, 1}) {
+            checkBits(op, centred, {width, 21}, BorderReplicate, rng);
+            checkBits(op, eccentric, {width, 20}, BorderReplicate, rng);
+            checkBits(op, eccentric, {width, 9}, BorderInMemory, rng);
+        }
     }
 }
 
