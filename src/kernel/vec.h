@@ -347,6 +347,7 @@ RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.
 RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
 RVX_INLINE U8x32 add(U8x32 a, U8x32 b) { return {{_mm256_add_epi8(a.v, b.v)}}; }
 RVX_INLINE U8x32 bitAnd(U8x32 a, U8x32 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
+RVX_INLINE U8x32 bitAndNot(U8x32 a, U8x32 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 RVX_INLINE U8x32 bitOr(U8x32 a, U8x32 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 // Bit i is the high bit of byte i.
 RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(a.v)); }

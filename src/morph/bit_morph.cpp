@@ -10,6 +10,7 @@
 #include "frame/api.h"
 
 #include "kernel/checks.h"
+#include "kernel/rows.h"
 #include "kernel/scratch.h"
 #include "kernel/vec.h"
 #include "morph/bit_morph.h"
@@ -25,6 +26,57 @@ namespace {
 
 // Bytes of a row whose first pixel is the bit `bit` of the first one.
 std::int64_t bytesOf(std::int64_t bit, std::int64_t width) { return (bit + width + 7) >> 3; }
+
+// The bits of a row's first and last byte that do not belong to it.
+class KeptBits {
+public:
+    struct Bits {
+        int first, last;
+    };
+
+    KeptBits(std::int64_t bit, std::int64_t width)
+        : last_(bytesOf(bit, width) - 1), mask_{0xff & ~(0xff << bit),
+                                                0xff & ~(0xff >> (7 - ((bit + width - 1) & 7)))} {}
+
+    RVX_INLINE Bits read(const std::uint8_t *row) const { return {row[0] & mask_.first, row[last_] & mask_.last}; }
+    RVX_INLINE void write(std::uint8_t *row, Bits bits) const {
+        row[0] = static_cast<std::uint8_t>((row[0] & ~mask_.first) | bits.first);
+        row[last_] = static_cast<std::uint8_t>((row[last_] & ~mask_.last) | bits.last);
+    }
+
+private:
+    std::int64_t last_;
+    Bits mask_;
+};
+
+// A row's bits as they lie in a row that begins at another bit of its first byte.
+class RowOfBits {
+public:
+    RowOfBits(std::int64_t bit, std::int64_t newBit, std::int64_t width)
+        : skipped_((bit - newBit) >> 3), bits_(static_cast<int>((bit - newBit) & 7)), shift_(bits_),
+          end_(bytesOf(bit, width)) {}
+
+    // 256 bits from byte x on; where they reach over an end of the row, its bytes alone are read.
+    template <class Span> RVX_INLINE U8x32 load(const std::uint8_t *row, std::int64_t x, Span span) const {
+        if (bits_ == 0) {
+            return rvxcv::load<U8x32>(row + x, span);
+        }
+        const std::int64_t from = x + skipped_;
+        if (from >= 0 && from + U8x32::lanes + 1 <= end_) {
+            return shift_.load(row + from);
+        }
+        std::uint8_t copy[U8x32::lanes + 1] = {};
+        const std::int64_t before = from < 0 ? 1 : 0, end = std::min<std::int64_t>(from + U8x32::lanes + 1, end_);
+        std::copy(row + from + before, row + end, copy + before);
+        return shift_.load(copy);
+    }
+
+private:
+    std::int64_t skipped_; // bytes: none, or one that lies before the row
+    int bits_;
+    BitShift shift_;
+    std::int64_t end_;
+};
 
 struct And {
     static RVX_INLINE U8x32 of(U8x32 a, U8x32 b) { return bitAnd(a, b); }
@@ -156,18 +208,16 @@ public:
     // Results to dst rows y0 .. from the lines that begin `distances` from each other's first bytes.
     template <class Op>
     void combine(std::span<const Distance> distances, std::int64_t y0, std::int64_t y1, bool proceed) const {
-        const std::int64_t bit = task_.dst.bit, n = bytesOf(bit, task_.roi.width), last = n - 1;
-        const int firstKept = 0xff & ~(0xff << bit),
-                  lastKept = 0xff & ~(0xff >> (7 - ((bit + task_.roi.width - 1) & 7)));
+        const std::int64_t bit = task_.dst.bit, n = bytesOf(bit, task_.roi.width);
+        const KeptBits kept(bit, task_.roi.width);
         withCount(distances, [&]<int count>(const Distance(&fixed)[count]) {
             CombineDistances<Op, count> row{{}, memory_, nullptr, proceed};
             std::copy_n(fixed, count, row.distances);
             for (std::int64_t y = y0; y < y1; ++y, row.line += lineBytes_) {
                 row.dst = task_.dst.row(y);
-                const int first = row.dst[0] & firstKept, behind = row.dst[last] & lastKept;
+                const KeptBits::Bits old = kept.read(row.dst);
                 sweep<U8x32::lanes, 2>(n, row);
-                row.dst[0] = static_cast<std::uint8_t>((row.dst[0] & ~firstKept) | first);
-                row.dst[last] = static_cast<std::uint8_t>((row.dst[last] & ~lastKept) | behind);
+                kept.write(row.dst, old);
             }
         });
     }
@@ -457,36 +507,17 @@ void dilateBits(const BitTask &task, const MorphSpec &spec) { filterBits<Or>(tas
 
 void subtractBits(BitPlane<const std::uint8_t> a, BitPlane<const std::uint8_t> b, BitPlane<std::uint8_t> dst,
                   std::int64_t width, std::int64_t rows) {
-    // Eight pixels at a time where the destination's bytes are whole; operands are gathered from two bytes each.
-    const auto gather = [width](const std::uint8_t *row, std::int64_t bit, std::int64_t x) {
-        const std::int64_t first = bit + x, lastByte = (bit + width - 1) >> 3, at = first >> 3;
-        const int low = row[std::max<std::int64_t>(at, 0)], high = at + 1 <= lastByte ? row[at + 1] : 0;
-        return at < 0 ? low << (8 - (first & 7)) : (low | high << 8) >> (first & 7);
-    };
-    const bool aligned = a.bit == dst.bit && b.bit == dst.bit;
+    const RowOfBits first(a.bit, dst.bit, width), second(b.bit, dst.bit, width);
+    const KeptBits kept(dst.bit, width);
+    const std::int64_t n = bytesOf(dst.bit, width);
     for (std::int64_t y = 0; y < rows; ++y) {
-        const std::uint8_t *first = a.row(y), *second = b.row(y);
-        std::uint8_t *out = dst.row(y);
-        for (std::int64_t x = -dst.bit; x < width; x += 8) {
-            // Rows that start at the same bit need no gathering: whole words.
-            for (; aligned && x >= 0 && x + 64 <= width; x += 64) {
-                const std::int64_t at = (x + dst.bit) >> 3;
-                std::uint64_t from, less;
-                std::memcpy(&from, first + at, sizeof from);
-                std::memcpy(&less, second + at, sizeof less);
-                from &= ~less;
-                std::memcpy(out + at, &from, sizeof from);
-            }
-            if (x >= width) {
-                break;
-            }
-            int mask = 0xff;
-            mask = x < 0 ? mask << -x & 0xff : mask;
-            mask = x + 8 > width ? mask & (0xff >> (x + 8 - width)) : mask;
-            const int difference = gather(first, a.bit, x) & ~gather(second, b.bit, x);
-            std::uint8_t &byte = out[(x + dst.bit) >> 3];
-            byte = static_cast<std::uint8_t>((byte & ~mask) | (difference & mask));
-        }
+        const std::uint8_t *from = a.row(y), *less = b.row(y);
+        std::uint8_t *to = dst.row(y);
+        const KeptBits::Bits old = kept.read(to);
+        walkRow<U8x32::lanes>(n, [&](std::int64_t x, auto span) {
+            store(to + x, bitAndNot(first.load(from, x, span), second.load(less, x, span)), span);
+        });
+        kept.write(to, old);
     }
 }
 
