@@ -233,6 +233,10 @@ template <class Span> RVX_INLINE void storeSaturated(std::int8_t *p, I16x16 a, S
     detail::storeSixteenBytes(p, _mm_packs_epi16(low, high), span);
 }
 
+// Hints that never fault, whatever the address.
+RVX_INLINE void prefetch(const void *p) { _mm_prefetch(static_cast<const char *>(p), _MM_HINT_T0); }
+RVX_INLINE void prefetchForWriting(const void *p) { __builtin_prefetch(p, 1); }
+
 // ------------------------------------------------------------------------------------------------- broadcast
 
 RVX_INLINE F32x8 splat(float a) { return {_mm256_set1_ps(a)}; }
@@ -380,6 +384,19 @@ RVX_INLINE U8x32 beforeFirst(U8x32 a, U8x32 b) {
 // The bits of b where mask has them, else those of a.
 RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
     return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
+}
+
+// Any vector from two halves of 16 bytes, each with its bytes in an order of its own.
+template <class V>
+RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::Element *high, U8x32 order) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(low));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(high));
+    const __m256i bytes = _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1), order.v);
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return {_mm256_castsi256_ps(bytes)};
+    } else {
+        return {{bytes}};
+    }
 }
 
 // All bits of the byte lanes that are equal.

@@ -9,6 +9,7 @@
 #include "kernel/scratch.h"
 #include "morph/morph_spec.h"
 #include "morph/row_extrema.h"
+#include "morph/small_window.h"
 
 namespace rvxcv {
 namespace {
@@ -41,6 +42,14 @@ void reduceRows(const MorphTask<T> &task, Window window, bool twoParts, T *lines
 
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
     window = trimmed(window, task.roi, task.border);
+    if (SmallWindow<T, Op, 3>::applies(task, window)) {
+        SmallWindow<T, Op, 3>(task).run();
+        return true;
+    }
+    if (SmallWindow<T, Op, 5>::applies(task, window)) {
+        SmallWindow<T, Op, 5>(task).run();
+        return true;
+    }
     const std::int64_t channels = task.channels, roiWidth = task.roi.width;
     const std::int64_t width = window.right - window.left + 1, height = window.bottom - window.top + 1;
     // A column alone needs no scratch row.

@@ -1,0 +1,186 @@
+// Minimum and maximum under windows of 3x3 and 5x5 pixels, the most frequent ones, straight from the source to the
+// destination: vector by vector down the rows. A source row is combined along itself from as many loads as the window
+// has columns, and the rows above it are still in registers:
+//
+//     row k      x - 1, x, x + 1  ->  extremum along the row  ->  with those of rows k - 1 and k - 2: output row k - 1
+//
+// In the first and the last vector of a row, loads that would reach over the edge repeat the edge pixel by a shuffle.
+#pragma once
+
+#include "morph/row_extrema.h"
+
+namespace rvxcv {
+
+// A vector that begins `offset` bytes from some place in a row, near one of its ends: two halves and a shuffle.
+class EdgeLoad {
+public:
+    EdgeLoad() = default;
+
+    // Repeats the first pixel of a row for what lies before it; the place is the row's begin.
+    static EdgeLoad atBegin(std::int64_t offset, std::int64_t pixelBytes) {
+        return {std::max<std::int64_t>(offset, 0), std::max<std::int64_t>(offset + half, 0),
+                [&](std::int64_t j) { return j + offset >= 0 ? j + offset : j % pixelBytes; }};
+    }
+
+    // Repeats the last pixel of a row for what lies behind it; the place is a vector before the row's end.
+    static EdgeLoad atEnd(std::int64_t offset, std::int64_t pixelBytes) {
+        return {std::min(offset, half), std::min(offset + half, half), [&](std::int64_t j) {
+                    const std::int64_t fromEnd = (2 * half - 1 - j) % pixelBytes + 1;
+                    return j + offset < 2 * half ? j + offset : 2 * half - fromEnd;
+                }};
+    }
+
+    template <class V> RVX_INLINE V load(const typename V::Element *place) const {
+        return shuffledHalves<V>(byteOffset(place, low_), byteOffset(place, high_), order_);
+    }
+
+private:
+    static constexpr std::int64_t half = 16;
+
+    // source(j) is the byte, counted from the place, that becomes byte j.
+    template <class Source>
+    EdgeLoad(std::int64_t low, std::int64_t high, const Source &source) : low_(low), high_(high) {
+        std::uint8_t order[2 * half];
+        for (std::int64_t j = 0; j < 2 * half; ++j) {
+            order[j] = static_cast<std::uint8_t>(source(j) - (j < half ? low : high));
+        }
+        order_ = rvxcv::load<U8x32>(order);
+    }
+
+    std::int64_t low_, high_;
+    U8x32 order_;
+};
+
+template <class T, class Op, int side> class SmallWindow {
+    using V = Vec<T>;
+    static constexpr std::int64_t vectorBytes = 32, reach = side / 2;
+
+public:
+    static bool applies(const MorphTask<T> &task, Window window) {
+        const std::int64_t margin = reach * task.pixelBytes();
+        return window == Window{-reach, -reach, reach, reach} && margin <= vectorBytes &&
+               task.roi.width * task.pixelBytes() >= vectorBytes + std::max(vectorBytes, 2 * margin);
+    }
+
+    explicit SmallWindow(const MorphTask<T> &task)
+        : task_(task), pixelBytes_(task.pixelBytes()), rowBytes_(task.roi.width * pixelBytes_) {}
+
+    void run() const {
+        // Output rows at once: fewer of long rows, which are each on a page of their own.
+        constexpr std::int64_t most = 32;
+        const std::int64_t block = rowBytes_ > 2048 ? most / 2 : most;
+        for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
+            const std::int64_t count = std::min(task_.lastRow - y, block);
+            const T *rows[most + side - 1];
+            for (std::int64_t k = 0; k < count + side - 1; ++k) {
+                rows[k] = task_.row(y + k - reach);
+            }
+            filter(rows, {task_.dst.row(y), task_.dst.step}, count);
+        }
+    }
+
+private:
+    void filter(const T *const *rows, Plane<T> dst, std::int64_t count) const {
+        struct Loads {
+            std::int64_t offsets[side];
+            EdgeLoad begin[reach], end[reach];
+        } loads;
+        for (int i = 0; i < side; ++i) {
+            loads.offsets[i] = (i - reach) * pixelBytes_;
+        }
+        for (int i = 0; i < reach; ++i) {
+            loads.begin[i] = EdgeLoad::atBegin((i - reach) * pixelBytes_, pixelBytes_);
+            loads.end[i] = EdgeLoad::atEnd((i + 1) * pixelBytes_, pixelBytes_);
+        }
+        // The extremum along the row around each pixel of a vector.
+        const auto inside = [loads](const T *row) {
+            V extremum = load<V>(row);
+            for (int i = 0; i < side; ++i) {
+                extremum = i == reach ? extremum : Op::of(extremum, load<V>(byteOffset(row, loads.offsets[i])));
+            }
+            return extremum;
+        };
+        const auto atBegin = [loads](const T *row) {
+            V extremum = load<V>(row);
+            for (int i = 0; i < reach; ++i) {
+                extremum = Op::of(extremum, loads.begin[i].template load<V>(row));
+                extremum = Op::of(extremum, load<V>(byteOffset(row, loads.offsets[reach + 1 + i])));
+            }
+            return extremum;
+        };
+        const auto atEnd = [loads](const T *row) {
+            V extremum = load<V>(row);
+            for (int i = 0; i < reach; ++i) {
+                extremum = Op::of(extremum, load<V>(byteOffset(row, loads.offsets[i])));
+                extremum = Op::of(extremum, loads.end[i].template load<V>(row));
+            }
+            return extremum;
+        };
+        std::int64_t x = 0; // bytes
+        if (!task_.border.left) {
+            downRows<1>(rows, dst, 0, count, atBegin);
+            x = vectorBytes;
+        }
+        const std::int64_t lastVector = rowBytes_ - vectorBytes;
+        for (; x + 2 * vectorBytes <= lastVector; x += 2 * vectorBytes) {
+            downRows<2>(rows, dst, x, count, inside);
+        }
+        for (; x < lastVector; x += vectorBytes) {
+            downRows<1>(rows, dst, std::min(x, lastVector - reach * pixelBytes_), count, inside);
+        }
+        if (task_.border.right) {
+            downRows<1>(rows, dst, lastVector, count, inside);
+        } else {
+            downRows<1>(rows, dst, lastVector, count, atEnd);
+        }
+    }
+
+    // Neighbouring vectors of every output row, from byte x on; alongRow gives the extremum along a source row.
+    template <int vectors, class AlongRow>
+    RVX_INLINE void downRows(const T *const *rows, Plane<T> dst, std::int64_t x, std::int64_t count,
+                             const AlongRow &alongRow) const {
+        constexpr std::int64_t ahead = 128; // the next columns are as far from the prefetcher as the next rows
+        V above[side - 1][vectors], next[vectors], common[vectors];
+        for (int k = 0; k < side - 1; ++k) {
+            for (int v = 0; v < vectors; ++v) {
+                above[k][v] = alongRow(byteOffset(rows[k], x) + v * V::lanes);
+            }
+        }
+        T *out = byteOffset(dst.base, x);
+        for (std::int64_t k = 0; k < count; k += 2) {
+            // Two output rows share all source rows but the first and the last.
+            const T *row = byteOffset(rows[k + side - 1], x);
+            prefetch(byteOffset(row, ahead));
+            prefetchForWriting(byteOffset(out, ahead));
+            for (int v = 0; v < vectors; ++v) {
+                common[v] = next[v] = alongRow(row + v * V::lanes);
+                for (int i = 1; i < side - 1; ++i) {
+                    common[v] = Op::of(common[v], above[i][v]);
+                }
+                store(out + v * V::lanes, Op::of(common[v], above[0][v]));
+            }
+            out = byteOffset(out, dst.step);
+            if (k + 1 == count) {
+                return;
+            }
+            row = byteOffset(rows[k + side], x);
+            prefetch(byteOffset(row, ahead));
+            prefetchForWriting(byteOffset(out, ahead));
+            for (int v = 0; v < vectors; ++v) {
+                const V last = alongRow(row + v * V::lanes);
+                store(out + v * V::lanes, Op::of(common[v], last));
+                for (int i = 0; i < side - 3; ++i) {
+                    above[i][v] = above[i + 2][v];
+                }
+                above[side - 3][v] = next[v];
+                above[side - 2][v] = last;
+            }
+            out = byteOffset(out, dst.step);
+        }
+    }
+
+    const MorphTask<T> &task_;
+    std::int64_t pixelBytes_, rowBytes_;
+};
+
+} // namespace rvxcv
