@@ -233,9 +233,8 @@ template <class Span> RVX_INLINE void storeSaturated(std::int8_t *p, I16x16 a, S
     detail::storeSixteenBytes(p, _mm_packs_epi16(low, high), span);
 }
 
-// Hints that never fault, whatever the address.
+// A hint that never faults, whatever the address.
 RVX_INLINE void prefetch(const void *p) { _mm_prefetch(static_cast<const char *>(p), _MM_HINT_T0); }
-RVX_INLINE void prefetchForWriting(const void *p) { __builtin_prefetch(p, 1); }
 
 // ------------------------------------------------------------------------------------------------- broadcast
 

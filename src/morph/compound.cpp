@@ -129,14 +129,20 @@ StatusCode openClose(const Call<Images> &call) {
     }
     const RoiSize enlarged{static_cast<std::int32_t>(width), static_cast<std::int32_t>(height)};
     const auto outer = Images::moved(call.src, -left, -top);
-    const auto between = Images::intermediate(call.intermediate(), stride);
-    const auto inner = Images::readable(Images::moved(between, left, top));
 
+    // Rows of the first step, kept .. made - 1: only those that the second step reads for the strip, always in the same
+    // memory, which stays in the cache.
     const std::int64_t strip = call.stripRows(stride);
-    std::int64_t made = 0; // rows of the first step
+    std::int64_t kept = 0, made = 0;
     for (std::int64_t y0 = 0; y0 < roi.height; y0 += strip) {
         const std::int64_t y1 = std::min<std::int64_t>(y0 + strip, roi.height);
+        const std::int64_t from = std::max<std::int64_t>(y0 + top - second.anchorY, 0);
         const std::int64_t needed = std::min(y1 + top + second.bottomExtent, height);
+        std::memmove(call.intermediate(), call.intermediate() + (from - kept) * stride,
+                     static_cast<std::size_t>((made - from) * stride));
+        kept = from;
+        const auto between = Images::intermediate(call.intermediate() - kept * stride, stride);
+        const auto inner = Images::readable(Images::moved(between, left, top));
         if (needed > made) {
             Images::template step<First>(outer, between, enlarged, made, needed, border, call.forward, call.buffer,
                                          call.fields.basicBufferBytes);

@@ -151,7 +151,6 @@ private:
             // Two output rows share all source rows but the first and the last.
             const T *row = byteOffset(rows[k + side - 1], x);
             prefetch(byteOffset(row, ahead));
-            prefetchForWriting(byteOffset(out, ahead));
             for (int v = 0; v < vectors; ++v) {
                 common[v] = next[v] = alongRow(row + v * V::lanes);
                 for (int i = 1; i < side - 1; ++i) {
@@ -165,7 +164,6 @@ private:
             }
             row = byteOffset(rows[k + side], x);
             prefetch(byteOffset(row, ahead));
-            prefetchForWriting(byteOffset(out, ahead));
             for (int v = 0; v < vectors; ++v) {
                 const V last = alongRow(row + v * V::lanes);
                 store(out + v * V::lanes, Op::of(common[v], last));
