@@ -1,164 +1,257 @@
-// Erosion and dilation with any mask: the extremum over all set positions, position by position, for as many vectors at
-// a time as fit in registers. A position is an offset from the first pixel under the mask: with a constant distance
-// between rows, one list of offsets serves every output row. Pixels are read straight from the source where the whole
-// mask lies on it, elsewhere from a block of extended rows in scratch; narrow images are extended altogether, which is
-// cheaper than their edges. Any scratch of morphBufferBytes suffices: the mask's columns are taken as many at a time as
-// fit, later ones continuing from what stands in the destination.
+// Erosion and dilation with any mask: the extremum over all set positions, some of them at a time, later ones
+// continuing from what stands in the destination. Masks that reach at most a vector to either side read straight from
+// the source, and by shuffles at the ends of its rows. For others, and for narrow images, rows are extended in scratch;
+// any scratch of morphBufferBytes suffices.
 #pragma once
 
 #include "kernel/scratch.h"
+#include "morph/edge_load.h"
 #include "morph/row_extrema.h"
 
 #include "rvxcv/morph.h"
 
 namespace rvxcv {
 
-// One output row: dst[x] = extremum of first[x + offset] over the offsets (in bytes).
-template <class T, class Op, bool padded> struct PositionRow {
+// Part of an output row: dst[x] = extremum of the pixels at x of some rows.
+template <class T, class Op, int count, bool padded> struct PositionRow {
     using V = Vec<T>;
-    const T *first;
-    const std::int64_t *offsets;
-    std::int64_t count;
+    const T *from[count];
     T *dst;
     bool proceed; // from what dst holds
 
+    template <class Span> RVX_INLINE V at(std::int64_t x, Span span) const {
+        V extremum = loadFrom(0, x, span);
+        for (int k = 1; k < count; ++k) {
+            extremum = Op::of(extremum, loadFrom(k, x, span));
+        }
+        return extremum;
+    }
+    template <class Span> RVX_INLINE void put(std::int64_t x, V extremum, Span span) const {
+        store(dst + x, proceed ? Op::of(extremum, load<V>(dst + x, span)) : extremum, span);
+    }
     template <int vectors, class Span> RVX_INLINE void run(std::int64_t x, Span span) const {
-        V extremum[vectors];
-        for (int v = 0; v < vectors; ++v) {
-            extremum[v] = proceed ? load<V>(dst + x + v * V::lanes, span) : splat(Op::template neutral<T>());
+        for (int v = 0; v < vectors; ++v, x += V::lanes) {
+            put(x, at(x, span), span);
         }
-        const T *under = first + x;
-        for (std::int64_t k = 0; k < count; ++k) {
-            const T *at = byteOffset(under, offsets[k]);
-            for (int v = 0; v < vectors; ++v) {
-                if constexpr (padded) {
-                    extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes));
-                } else {
-                    extremum[v] = Op::of(extremum[v], load<V>(at + v * V::lanes, span));
-                }
-            }
-        }
-        for (int v = 0; v < vectors; ++v) {
-            store(dst + x + v * V::lanes, extremum[v], span);
+    }
+    template <class Span> RVX_INLINE V loadFrom(int k, std::int64_t x, Span span) const {
+        if constexpr (padded) {
+            return load<V>(from[k] + x);
+        } else {
+            return load<V>(from[k] + x, span);
         }
     }
 };
 
 template <class T, class Op> class PositionKernel {
+    using V = Vec<T>;
+    static constexpr std::int64_t vectorBytes = 32;
+
 public:
-    PositionKernel(const MorphTask<T> &task, const MorphSpec &spec) : task_(task), spec_(spec) {
-        offsets_ = Scratch(task.scratch, task.scratchBytes).take<std::int64_t>(0);
-        room_ = task.scratchBytes - (reinterpret_cast<std::uint8_t *>(offsets_) - task.scratch) - 31;
-    }
+    PositionKernel(const MorphTask<T> &task, const MorphSpec &spec) : task_(task), spec_(spec) {}
 
     void run() {
-        const std::int64_t width = task_.roi.width, height = task_.roi.height;
-        // Output columns and rows whose whole mask lies on the source.
-        std::int64_t left = task_.border.left ? 0 : spec_.anchorX;
-        std::int64_t right = task_.border.right ? width : width - spec_.rightExtent;
-        const std::int64_t top = std::max<std::int64_t>(task_.firstRow, task_.border.top ? 0 : spec_.anchorY);
-        const std::int64_t bottom =
-            std::min<std::int64_t>(task_.lastRow, task_.border.bottom ? height : height - spec_.bottomExtent);
-        constexpr std::int64_t worthwhile = 2048; // bytes of a row read in place
-        if ((right - left) * task_.pixelBytes() < worthwhile || bottom <= top) {
-            extended(0, width, task_.firstRow, task_.lastRow);
-            return;
+        const std::int64_t bytes = task_.pixelBytes(), left = -std::int64_t{spec_.anchorX} * bytes,
+                           right = (std::int64_t{spec_.maskWidth} - 1 - spec_.anchorX) * bytes;
+        const bool near = left >= -vectorBytes && left <= vectorBytes && right >= -vectorBytes &&
+                          right <= vectorBytes && std::max(-left, right) <= vectorBytes / bytes * bytes;
+        if (near && spec_.maskHeight <= mostHeight && task_.roi.width * bytes >= 4 * vectorBytes) {
+            inPlace();
+        } else {
+            extended();
         }
-        inPlace(left, right, top, bottom);
-        extended(0, width, task_.firstRow, top);
-        extended(0, width, bottom, task_.lastRow);
-        extended(0, left, top, bottom);
-        extended(right, width, top, bottom);
     }
 
 private:
-    // The offsets of the set positions in mask columns i0 .. i0 + columns - 1, from the pixel under column i0.
-    std::int64_t listOffsets(std::int64_t i0, std::int64_t columns, std::int64_t rowStep) {
-        std::int64_t count = 0;
+    // A set element of the mask.
+    struct Element {
+        std::int64_t row, column;
+    };
+    static constexpr int mostElements = 8;
+    static constexpr std::int64_t mostHeight = 64; // of masks that read in place
+
+    // Calls take(elements) for all set elements in `columns` mask columns from i0 on, as many at a time as an array of
+    // constant size holds.
+    template <class Take> void forElements(std::int64_t i0, std::int64_t columns, const Take &take) const {
+        Element elements[mostElements];
+        int count = 0;
+        const auto taken = [&]<int fixed>(std::integral_constant<int, fixed>) {
+            Element copy[fixed];
+            std::copy_n(elements, fixed, copy);
+            take(copy);
+            count = 0;
+        };
         for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
-            for (std::int64_t i = 0; i < columns; ++i) {
-                if (spec_.maskCopy[j * spec_.maskWidth + i0 + i] != 0) {
-                    offsets_[count++] = j * rowStep + i * task_.pixelBytes();
+            for (std::int64_t i = i0; i < i0 + columns; ++i) {
+                if (spec_.maskCopy[j * spec_.maskWidth + i] != 0) {
+                    elements[count++] = {j, i};
+                    if (count == mostElements) {
+                        taken(std::integral_constant<int, mostElements>{});
+                    }
                 }
             }
         }
-        return count;
+        switch (count) {
+        case 0:
+            return;
+        case 1:
+            return taken(std::integral_constant<int, 1>{});
+        case 2:
+            return taken(std::integral_constant<int, 2>{});
+        case 3:
+            return taken(std::integral_constant<int, 3>{});
+        case 4:
+            return taken(std::integral_constant<int, 4>{});
+        case 5:
+            return taken(std::integral_constant<int, 5>{});
+        case 6:
+            return taken(std::integral_constant<int, 6>{});
+        default:
+            return taken(std::integral_constant<int, 7>{});
+        }
     }
 
-    // The most mask columns whose lists fit beside `rows` extended rows at least one pixel wide, or more if that leaves
+    // ------------------------------------------------------------------------------------ straight from the source
+
+    static constexpr std::int64_t mostRows = 32; // of output at once
+
+    // The two ends of a source row, two vectors each, between what lies outside: a vector of the edge pixel's
+    // repetitions, or as many pixels in memory as the mask reads.
+    struct Ends {
+        T before[V::lanes], begin[2 * V::lanes], end[2 * V::lanes], behind[V::lanes];
+    };
+    static constexpr std::int64_t fromBeginToEnd = 3 * V::lanes; // from the row's first vector to its last one
+
+    void inPlace() const {
+        const std::int64_t repeated = vectorBytes / task_.pixelBytes() * task_.channels;
+        const std::int64_t repeatedBytes = repeated * static_cast<std::int64_t>(sizeof(T));
+        const std::int64_t left = std::max<std::int64_t>(spec_.anchorX, 0) * task_.channels;
+        const std::int64_t right = std::max<std::int64_t>(spec_.rightExtent, 0) * task_.channels;
+        const EdgePixels edge(task_.pixelBytes());
+        const EdgeLoad before = EdgeLoad::atBegin(-repeatedBytes, edge), behind = EdgeLoad::atEnd(repeatedBytes, edge);
+        const std::int64_t n = task_.roi.width * task_.channels;
+        const T *rows[mostRows + mostHeight - 1];
+        Ends ends[mostRows + mostHeight - 1];
+        // All elements while the rows are in the first-level cache.
+        constexpr std::int64_t blockBytes = 8 * 1024;
+        const std::int64_t block =
+            std::clamp<std::int64_t>(blockBytes / (task_.roi.width * task_.pixelBytes()), 1, mostRows);
+        for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
+            const std::int64_t count = std::min(task_.lastRow - y, block);
+            for (std::int64_t k = 0; k < count + spec_.maskHeight - 1; ++k) {
+                const T *row = rows[k] = task_.row(y + k - spec_.anchorY), *last = row + n - V::lanes;
+                if (task_.border.left) {
+                    copyElements(ends[k].begin - left, row - left, left);
+                } else {
+                    store(ends[k].begin - repeated, before.load<V>(row));
+                }
+                if (task_.border.right) {
+                    copyElements(ends[k].behind, row + n, right);
+                } else {
+                    store(ends[k].end + V::lanes + repeated, behind.load<V>(last));
+                }
+                store(ends[k].begin, load<V>(row));
+                store(ends[k].begin + V::lanes, load<V>(row + V::lanes));
+                store(ends[k].end, load<V>(last - V::lanes));
+                store(ends[k].end + V::lanes, load<V>(last));
+            }
+            bool proceed = false;
+            forElements(0, spec_.maskWidth, [&]<int fixed>(const Element(&elements)[fixed]) {
+                rowsInPlace(elements, rows, ends, y, count, proceed);
+                proceed = true;
+            });
+        }
+    }
+
+    template <int count>
+    void rowsInPlace(const Element (&elements)[count], const T *const *rows, const Ends *ends, std::int64_t y0,
+                     std::int64_t rowCount, bool proceed) const {
+        const std::int64_t last = task_.roi.width * task_.channels - V::lanes;
+        const T *const *rowOf[count];
+        std::int64_t x[count];
+        PositionRow<T, Op, count, false> inside{}, outside{};
+        inside.proceed = outside.proceed = proceed;
+        for (int k = 0; k < count; ++k) {
+            rowOf[k] = rows + elements[k].row;
+            x[k] = (elements[k].column - spec_.anchorX) * task_.channels;
+            outside.from[k] = ends[elements[k].row].begin + x[k];
+        }
+        T *dst = task_.dst.row(y0);
+        for (std::int64_t y = 0; y < rowCount; ++y, dst = byteOffset(dst, task_.dst.step)) {
+            for (int k = 0; k < count; ++k) {
+                inside.from[k] = rowOf[k][y] + x[k];
+            }
+            inside.dst = dst;
+            std::int64_t i = V::lanes;
+            for (; i + 2 * V::lanes <= last; i += 2 * V::lanes) {
+                inside.template run<2>(i, Full{});
+            }
+            for (; i < last; i += V::lanes) {
+                inside.template run<1>(std::min(i, last - V::lanes), Full{});
+            }
+            constexpr auto endsStep = static_cast<std::int64_t>(sizeof(Ends) / sizeof(T));
+            inside.put(0, outside.at(y * endsStep, Full{}), Full{});
+            inside.put(last, outside.at(y * endsStep + fromBeginToEnd, Full{}), Full{});
+        }
+    }
+
+    // ----------------------------------------------------------------------------------------- from extended rows
+
+    // The most mask columns for which `rows` extended rows fit that are at least one pixel wide, or more if that leaves
     // room for `wanted` pixels.
-    std::int64_t columnsAtOnce(std::int64_t rows, std::int64_t wanted) const {
+    std::int64_t columnsAtOnce(std::int64_t room, std::int64_t rows, std::int64_t wanted) const {
         std::int64_t columns = spec_.maskWidth;
-        while (columns > 1 &&
-               fittingPixels(room_ - listBytes(columns), rows, columns - 1, task_.pixelBytes()) < wanted) {
+        while (columns > 1 && fittingPixels(room, rows, columns - 1, task_.pixelBytes()) < wanted) {
             columns = (columns + 1) / 2;
         }
         return columns;
     }
-    std::int64_t listBytes(std::int64_t columns) const {
-        return spec_.maskHeight * columns * static_cast<std::int64_t>(sizeof(std::int64_t));
-    }
-
-    void inPlace(std::int64_t left, std::int64_t right, std::int64_t top, std::int64_t bottom) {
-        const std::int64_t columns =
-            std::clamp<std::int64_t>(room_ / (8 * std::int64_t{spec_.maskHeight}), 1, spec_.maskWidth);
-        for (std::int64_t i0 = 0; i0 < spec_.maskWidth; i0 += columns) {
-            const std::int64_t count = listOffsets(i0, std::min(columns, spec_.maskWidth - i0), task_.src.step);
-            for (std::int64_t y = top; y < bottom; ++y) {
-                const T *first = task_.src.row(y - spec_.anchorY) + (left + i0 - spec_.anchorX) * task_.channels;
-                outputRow<false>(first, count, y, left, right, i0);
-            }
-        }
-    }
 
     // A block of extended source rows serves as many output rows as it has more rows than the mask.
-    void extended(std::int64_t left, std::int64_t right, std::int64_t top, std::int64_t bottom) {
-        if (left >= right || top >= bottom) {
-            return;
-        }
-        const std::int64_t height = spec_.maskHeight, bytes = task_.pixelBytes();
-        const std::int64_t columns = columnsAtOnce(height, std::min<std::int64_t>(right - left, spec_.maskWidth));
-        Scratch areas(offsets_, room_ + 31);
-        areas.take<std::int64_t>(height * columns);
+    void extended() const {
+        Scratch areas(task_.scratch, task_.scratchBytes);
         auto *const lines = areas.take<std::uint8_t>(0, 32);
-        const std::int64_t room = room_ - listBytes(columns);
-        const std::int64_t tile = std::max<std::int64_t>(tilePixels(right - left, room, height, columns - 1, bytes), 1);
+        const std::int64_t room = areas.left(), width = task_.roi.width, height = spec_.maskHeight;
+        const std::int64_t bytes = task_.pixelBytes();
+        const std::int64_t columns = columnsAtOnce(room, height, std::min<std::int64_t>(width, spec_.maskWidth));
+        const std::int64_t tile = std::max<std::int64_t>(tilePixels(width, room, height, columns - 1, bytes), 1);
         const std::int64_t lineStep = scratchRowStep(tile + columns - 1, bytes);
         const std::int64_t cachedLines = std::max(64 * 1024 / lineStep, 2 * height);
         const std::int64_t outputs = std::min(room / lineStep, cachedLines) - height + 1;
-        for (std::int64_t x0 = left; x0 < right; x0 += tile) {
-            const std::int64_t x1 = std::min(x0 + tile, right);
+        for (std::int64_t x0 = 0; x0 < width; x0 += tile) {
+            const std::int64_t pixels = std::min(tile, width - x0);
+            bool proceed = false;
             for (std::int64_t i0 = 0; i0 < spec_.maskWidth; i0 += columns) {
-                const std::int64_t taken = std::min(columns, spec_.maskWidth - i0);
-                const std::int64_t count = listOffsets(i0, taken, lineStep);
-                const std::int64_t from = x0 + i0 - spec_.anchorX, to = from + x1 - x0 + taken - 2;
-                for (std::int64_t y0 = top; y0 < bottom; y0 += outputs) {
-                    const std::int64_t y1 = std::min(y0 + outputs, bottom);
-                    for (std::int64_t k = 0; k < y1 - y0 + height - 1; ++k) {
+                const std::int64_t taken = std::min(columns, spec_.maskWidth - i0), from = x0 + i0 - spec_.anchorX;
+                const Interval interval(task_.border, width, from, from + pixels + taken - 2);
+                bool proceedHere = proceed;
+                for (std::int64_t y0 = task_.firstRow; y0 < task_.lastRow; y0 += outputs) {
+                    const std::int64_t count = std::min(outputs, task_.lastRow - y0);
+                    for (std::int64_t k = 0; k < count + height - 1; ++k) {
                         copyInterval(reinterpret_cast<T *>(lines + k * lineStep), task_.row(y0 + k - spec_.anchorY),
-                                     from, to, task_);
+                                     interval, task_.channels);
                     }
-                    for (std::int64_t y = y0; y < y1; ++y) {
-                        outputRow<true>(reinterpret_cast<const T *>(lines + (y - y0) * lineStep), count, y, x0, x1, i0);
-                    }
+                    proceedHere = proceed;
+                    forElements(i0, taken, [&]<int fixed>(const Element(&elements)[fixed]) {
+                        for (std::int64_t k = 0; k < count; ++k) {
+                            PositionRow<T, Op, fixed, true> row{
+                                {}, task_.dst.row(y0 + k) + x0 * task_.channels, proceedHere};
+                            for (int e = 0; e < fixed; ++e) {
+                                row.from[e] = reinterpret_cast<const T *>(lines + (k + elements[e].row) * lineStep) +
+                                              (elements[e].column - i0) * task_.channels;
+                            }
+                            sweep<V::lanes, 2>(pixels * task_.channels, row);
+                        }
+                        proceedHere = true;
+                    });
                 }
+                proceed = proceedHere;
             }
         }
-    }
-
-    template <bool padded>
-    void outputRow(const T *first, std::int64_t count, std::int64_t y, std::int64_t left, std::int64_t right,
-                   std::int64_t i0) {
-        const std::int64_t channels = task_.channels;
-        sweep<Vec<T>::lanes, 4>(
-            (right - left) * channels,
-            PositionRow<T, Op, padded>{first, offsets_, count, task_.dst.row(y) + left * channels, i0 != 0});
     }
 
     const MorphTask<T> &task_;
     const MorphSpec &spec_;
-    std::int64_t *offsets_;
-    std::int64_t room_;
 };
 
 } // namespace rvxcv

@@ -76,13 +76,25 @@ template <class T> RVX_INLINE void repeatPixel(T *dst, std::int64_t pixels, cons
     }
 }
 
-template <class T>
-inline void copyInterval(T *dst, const T *row, std::int64_t first, std::int64_t last, const MorphTask<T> &task) {
-    const Interval interval(task.border, task.roi.width, first, last);
-    const std::int64_t channels = task.channels;
+// Few elements, mostly: a call costs more than they do.
+template <class T> RVX_INLINE void copyElements(T *dst, const T *src, std::int64_t n) {
+    using V = Vec<T>;
+    if (n >= 16 * V::lanes) {
+        std::memcpy(static_cast<void *>(dst), src, static_cast<std::size_t>(n) * sizeof(T));
+    } else if (n >= V::lanes) {
+        for (std::int64_t x = 0; x + V::lanes < n; x += V::lanes) {
+            store(dst + x, load<V>(src + x));
+        }
+        store(dst + n - V::lanes, load<V>(src + n - V::lanes));
+    } else if (n > 0) {
+        const Part part{static_cast<int>(n)};
+        store(dst, load<V>(src, part), part);
+    }
+}
+
+template <class T> inline void copyInterval(T *dst, const T *row, const Interval &interval, std::int64_t channels) {
     T *pixel = dst + interval.before * channels;
-    std::memcpy(static_cast<void *>(pixel), row + interval.from * channels,
-                static_cast<std::size_t>(interval.columns * task.pixelBytes()));
+    copyElements(pixel, row + interval.from * channels, interval.columns * channels);
     repeatPixel(dst, interval.before, pixel, channels);
     repeatPixel(pixel + interval.columns * channels, interval.behind, pixel + (interval.columns - 1) * channels,
                 channels);

@@ -173,7 +173,8 @@ private:
             T *line = reinterpret_cast<T *>(level.next);
             level.next = level.next + lineStep == level.end ? level.ring : level.next + lineStep;
             if (l == 0) {
-                copyInterval(line, row, x0 + firstStart_, x0 + firstStart_ + span - 1, task_);
+                const Interval interval(task_.border, task_.roi.width, x0 + firstStart_, x0 + firstStart_ + span - 1);
+                copyInterval(line, row, interval, task_.channels);
             } else {
                 const std::int64_t known = levels_[l - 1].length, channels = task_.channels;
                 if (level.length > 6 * known) {

@@ -7,49 +7,10 @@
 // In the first and the last vector of a row, loads that would reach over the edge repeat the edge pixel by a shuffle.
 #pragma once
 
+#include "morph/edge_load.h"
 #include "morph/row_extrema.h"
 
 namespace rvxcv {
-
-// A vector that begins `offset` bytes from some place in a row, near one of its ends: two halves and a shuffle.
-class EdgeLoad {
-public:
-    EdgeLoad() = default;
-
-    // Repeats the first pixel of a row for what lies before it; the place is the row's begin.
-    static EdgeLoad atBegin(std::int64_t offset, std::int64_t pixelBytes) {
-        return {std::max<std::int64_t>(offset, 0), std::max<std::int64_t>(offset + half, 0),
-                [&](std::int64_t j) { return j + offset >= 0 ? j + offset : j % pixelBytes; }};
-    }
-
-    // Repeats the last pixel of a row for what lies behind it; the place is a vector before the row's end.
-    static EdgeLoad atEnd(std::int64_t offset, std::int64_t pixelBytes) {
-        return {std::min(offset, half), std::min(offset + half, half), [&](std::int64_t j) {
-                    const std::int64_t fromEnd = (2 * half - 1 - j) % pixelBytes + 1;
-                    return j + offset < 2 * half ? j + offset : 2 * half - fromEnd;
-                }};
-    }
-
-    template <class V> RVX_INLINE V load(const typename V::Element *place) const {
-        return shuffledHalves<V>(byteOffset(place, low_), byteOffset(place, high_), order_);
-    }
-
-private:
-    static constexpr std::int64_t half = 16;
-
-    // source(j) is the byte, counted from the place, that becomes byte j.
-    template <class Source>
-    EdgeLoad(std::int64_t low, std::int64_t high, const Source &source) : low_(low), high_(high) {
-        std::uint8_t order[2 * half];
-        for (std::int64_t j = 0; j < 2 * half; ++j) {
-            order[j] = static_cast<std::uint8_t>(source(j) - (j < half ? low : high));
-        }
-        order_ = rvxcv::load<U8x32>(order);
-    }
-
-    std::int64_t low_, high_;
-    U8x32 order_;
-};
 
 template <class T, class Op, int side> class SmallWindow {
     using V = Vec<T>;
@@ -63,7 +24,16 @@ public:
     }
 
     explicit SmallWindow(const MorphTask<T> &task)
-        : task_(task), pixelBytes_(task.pixelBytes()), rowBytes_(task.roi.width * pixelBytes_) {}
+        : task_(task), pixelBytes_(task.pixelBytes()), rowBytes_(task.roi.width * pixelBytes_) {
+        const EdgePixels edge(pixelBytes_);
+        for (int i = 0; i < side; ++i) {
+            loads_.offsets[i] = (i - reach) * pixelBytes_;
+        }
+        for (int i = 0; i < reach; ++i) {
+            loads_.begin[i] = EdgeLoad::atBegin((i - reach) * pixelBytes_, edge);
+            loads_.end[i] = EdgeLoad::atEnd((i + 1) * pixelBytes_, edge);
+        }
+    }
 
     void run() const {
         // Output rows at once: fewer of long rows, which are each on a page of their own.
@@ -81,26 +51,16 @@ public:
 
 private:
     void filter(const T *const *rows, Plane<T> dst, std::int64_t count) const {
-        struct Loads {
-            std::int64_t offsets[side];
-            EdgeLoad begin[reach], end[reach];
-        } loads;
-        for (int i = 0; i < side; ++i) {
-            loads.offsets[i] = (i - reach) * pixelBytes_;
-        }
-        for (int i = 0; i < reach; ++i) {
-            loads.begin[i] = EdgeLoad::atBegin((i - reach) * pixelBytes_, pixelBytes_);
-            loads.end[i] = EdgeLoad::atEnd((i + 1) * pixelBytes_, pixelBytes_);
-        }
+        const Loads loads = loads_; // in registers: stores may not be taken to change it
         // The extremum along the row around each pixel of a vector.
-        const auto inside = [loads](const T *row) {
+        const auto inside = [&loads](const T *row) {
             V extremum = load<V>(row);
             for (int i = 0; i < side; ++i) {
                 extremum = i == reach ? extremum : Op::of(extremum, load<V>(byteOffset(row, loads.offsets[i])));
             }
             return extremum;
         };
-        const auto atBegin = [loads](const T *row) {
+        const auto atBegin = [&loads](const T *row) {
             V extremum = load<V>(row);
             for (int i = 0; i < reach; ++i) {
                 extremum = Op::of(extremum, loads.begin[i].template load<V>(row));
@@ -108,7 +68,7 @@ private:
             }
             return extremum;
         };
-        const auto atEnd = [loads](const T *row) {
+        const auto atEnd = [&loads](const T *row) {
             V extremum = load<V>(row);
             for (int i = 0; i < reach; ++i) {
                 extremum = Op::of(extremum, load<V>(byteOffset(row, loads.offsets[i])));
@@ -177,8 +137,15 @@ private:
         }
     }
 
+    // Where a row is loaded from for each column of the window, in bytes, and its loads at the ends of the row.
+    struct Loads {
+        std::int64_t offsets[side];
+        EdgeLoad begin[reach], end[reach];
+    };
+
     const MorphTask<T> &task_;
     std::int64_t pixelBytes_, rowBytes_;
+    Loads loads_;
 };
 
 } // namespace rvxcv
