@@ -385,6 +385,23 @@ RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
     return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
 }
 
+// The bytes of a from `bytes` on (less than a vector), then the first ones of b.
+template <int bytes, class V> RVX_INLINE V shiftedIn(V a, V b) {
+    static_assert(bytes > 0 && bytes < 32);
+    const __m256i low = detail::raw(a), high = detail::raw(b), middle = _mm256_permute2x128_si256(low, high, 0x21);
+    __m256i result = middle;
+    if constexpr (bytes < 16) {
+        result = _mm256_alignr_epi8(middle, low, bytes);
+    } else if constexpr (bytes > 16) {
+        result = _mm256_alignr_epi8(high, middle, bytes - 16);
+    }
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return {_mm256_castsi256_ps(result)};
+    } else {
+        return {{result}};
+    }
+}
+
 // Any vector from two halves of 16 bytes, each with its bytes in an order of its own.
 template <class V>
 RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::Element *high, U8x32 order) {

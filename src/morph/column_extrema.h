@@ -61,6 +61,7 @@ template <class T, class Op> struct ColumnExtrema {
         for (std::int64_t k = 1; k < outputs; ++k) {
             const T *row = rows[height + k - 1] + x;
             T *to = byteOffset(out, k * outStep) + x;
+            prefetch(row + 2 * vectors * V::lanes);
             for (int v = 0; v < vectors; ++v) {
                 const V next = load<V>(row + v * V::lanes, span);
                 extremum[v] = k == 1 ? next : Op::of(extremum[v], next);

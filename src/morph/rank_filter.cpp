@@ -20,21 +20,28 @@ template <class T, class Op>
 void reduceRows(const MorphTask<T> &task, Window window, bool twoParts, T *lines, std::int64_t lineElements,
                 std::int64_t x0, std::int64_t pixels, std::int64_t y0, std::int64_t count) {
     const std::int64_t channels = task.channels, n = pixels * channels, gaps = (count - 1) * lineElements;
+    // Extrema of some pixels that the last step makes those of `length` from.
+    const auto widen = [&](std::int64_t length) {
+        const std::int64_t elements = gaps + n + (length - 1) * channels;
+        const std::int64_t known = doubleRows<T, Op>(lines, elements, length, channels);
+        widenRows<T, Op>(lines, elements - (known - 1) * channels, known, length, channels);
+        return widenedTo(known, length);
+    };
     std::int64_t length = window.right - window.left + 1;
     if (twoParts) {
         length = 1 - window.left;
-        widenRows<T, Op>(lines, gaps + n + (length - 1) * channels, 1, length, channels);
+        const std::int64_t known = widen(length);
         for (std::int64_t k = 0; k < count; ++k) {
             T *const line = lines + k * lineElements;
-            finishRow<T, Op, Store::sloppy>(line, line, n, widenedTo(1, length), length, channels);
+            finishRow<T, Op, Store::sloppy>(line, line, n, known, length, channels);
             repeatPixel(line + n, window.right, line + n - channels, channels);
         }
         length = 1 + window.right;
     }
-    widenRows<T, Op>(lines, gaps + n + (length - 1) * channels, 1, length, channels);
+    const std::int64_t known = widen(length);
     for (std::int64_t k = 0; k < count; ++k) {
-        finishRow<T, Op, Store::exact>(lines + k * lineElements, task.dst.row(y0 + k) + x0 * channels, n,
-                                       widenedTo(1, length), length, channels);
+        finishRow<T, Op, Store::exact>(lines + k * lineElements, task.dst.row(y0 + k) + x0 * channels, n, known, length,
+                                       channels);
     }
 }
 

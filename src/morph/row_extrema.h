@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace rvxcv {
 
@@ -55,10 +56,8 @@ template <class T> RVX_INLINE void repeatPixel(T *dst, std::int64_t pixels, cons
                 store(dst + x, splat(value));
             }
             store(dst + pixels - V::lanes, splat(value));
-            return;
-        }
-        for (; x < pixels; ++x) {
-            storeScalar(dst + x, value);
+        } else if (pixels > 0) {
+            store(dst, splat(value), Part{static_cast<int>(pixels)});
         }
         return;
     }
@@ -182,6 +181,85 @@ inline void widenRows(T *row, std::int64_t n, std::int64_t known, std::int64_t l
     for (; length > 6 * known; known *= 4) {
         n -= 3 * known * channels;
         RowStep<T, Op, 4>{row, row, known * channels, 3 * known * channels}.sloppy(n);
+    }
+}
+
+// Extrema of 2, 4, 8 .. pixels, a stage each, all of them in registers. The first stage loads its pixels twice; each
+// further one joins a vector with the one behind it, so it is a vector behind the stage before. In place of the n
+// elements that the row holds, by whole vectors.
+template <class T, class Op, int pixelBytes, int stages> inline void doubleRows(T *row, std::int64_t n) {
+    using V = Vec<T>;
+    constexpr std::int64_t pixel = pixelBytes / static_cast<std::int64_t>(sizeof(T));
+    const std::int64_t vectors = (n - pixel + V::lanes - 1) / V::lanes;
+    const auto pairs = [row](std::int64_t k) {
+        return Op::of(load<V>(row + k * V::lanes), load<V>(row + k * V::lanes + pixel));
+    };
+    V latest[stages] = {V{}, pairs(0)}; // that each stage has taken
+    const auto pass = [&]<int... stage>(V next, std::integer_sequence<int, stage...>) {
+        const auto join = [&]<int s>(std::integral_constant<int, s>) {
+            const V joined = Op::of(latest[s], shiftedIn<(pixelBytes << s)>(latest[s], next));
+            latest[s] = next;
+            next = joined;
+        };
+        (join(std::integral_constant<int, stage + 1>{}), ...);
+        return next;
+    };
+    constexpr int behind = stages - 1;
+    constexpr auto further = std::make_integer_sequence<int, behind>{};
+    std::int64_t k = 1;
+    for (; k < behind; ++k) {
+        pass(k < vectors ? pairs(k) : latest[1], further);
+    }
+    for (; k < vectors; ++k) {
+        store(row + (k - behind) * V::lanes, pass(pairs(k), further));
+    }
+    for (; k < vectors + behind; ++k) { // nothing that counts lies behind the last vector
+        store(row + (k - behind) * V::lanes, pass(latest[1], further));
+    }
+}
+
+// As many stages as make up the length, or as shifts of less than a vector allow. Tells the length of the extrema; the
+// row's last length - 1 pixels are none.
+template <class T, class Op, int pixelBytes>
+inline std::int64_t doubleRowsOfPixels(T *row, std::int64_t n, std::int64_t length) {
+    const auto reaches = [&](int stages) { return length >= 2 << stages; }; // one more would not be too many
+    if constexpr (pixelBytes << 4 < 32) {
+        if (reaches(4)) {
+            return doubleRows<T, Op, pixelBytes, 5>(row, n), 32;
+        }
+    }
+    if constexpr (pixelBytes << 3 < 32) {
+        if (reaches(3)) {
+            return doubleRows<T, Op, pixelBytes, 4>(row, n), 16;
+        }
+    }
+    if constexpr (pixelBytes << 2 < 32) {
+        if (reaches(2)) {
+            return doubleRows<T, Op, pixelBytes, 3>(row, n), 8;
+        }
+    }
+    if constexpr (pixelBytes << 1 < 32) {
+        return doubleRows<T, Op, pixelBytes, 2>(row, n), 4;
+    } else {
+        return 1;
+    }
+}
+
+template <class T, class Op>
+inline std::int64_t doubleRows(T *row, std::int64_t n, std::int64_t length, std::int64_t channels) {
+    constexpr int bytes = sizeof(T);
+    if (length <= 6) {
+        return 1;
+    }
+    switch (channels) {
+    case 1:
+        return doubleRowsOfPixels<T, Op, bytes>(row, n, length);
+    case 3:
+        return doubleRowsOfPixels<T, Op, 3 * bytes>(row, n, length);
+    case 4:
+        return doubleRowsOfPixels<T, Op, 4 * bytes>(row, n, length);
+    default:
+        return 1;
     }
 }
 
