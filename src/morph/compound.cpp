@@ -11,6 +11,8 @@
 #include "morph/bit_morph.h"
 #include "morph/flat_filter.h"
 #include "morph/morph_spec.h"
+#include "morph/rank_filter.h"
+#include "morph/small_window.h"
 
 #include <algorithm>
 
@@ -42,16 +44,20 @@ template <class T, int channels> struct Pixels {
         filterFlat<T, Op>({src, dst, roi, first, last, channels, border, scratch, scratchBytes}, spec);
     }
 
+    // A step and a difference from its result, or the other way round, in one go; false where that is not to be had.
+    template <class Op, class Result>
+    static bool stepAndSubtract(Source src, Destination dst, RoiSize roi, std::int64_t first, std::int64_t last,
+                                const Border &border, const MorphSpec &spec, Source other) {
+        return spec.shape == MaskRectangle &&
+               filterSmallWindow<T, Op, Result>({src, dst, roi, first, last, channels, border, nullptr, 0},
+                                                rectangleOf(spec), other);
+    }
+
     struct Difference {
         const T *first, *second;
         T *dst;
         template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-            const Vec<T> a = load<Vec<T>>(first + x, span), b = load<Vec<T>>(second + x, span);
-            if constexpr (std::is_same_v<T, float>) {
-                store(dst + x, max(splat(0.0f), sub(a, b)), span); // in this order NaN stays
-            } else {
-                store(dst + x, subSaturated(a, b), span);
-            }
+            store(dst + x, differenceOf(load<Vec<T>>(first + x, span), load<Vec<T>>(second + x, span)), span);
         }
     };
     static void subtract(Source first, Source second, Destination dst, std::int64_t width, std::int64_t rows) {
@@ -77,6 +83,11 @@ struct Bits {
                      const Border &border, const MorphSpec &spec, std::uint8_t *scratch, std::int64_t scratchBytes) {
         const BitTask task{src, dst, roi, first, last, border, scratch, scratchBytes};
         std::is_same_v<Op, Minimum> ? erodeBits(task, spec) : dilateBits(task, spec);
+    }
+    template <class, class>
+    static bool stepAndSubtract(Source, Destination, RoiSize, std::int64_t, std::int64_t, const Border &,
+                                const MorphSpec &, Source) {
+        return false;
     }
     static void subtract(Source first, Source second, Destination dst, std::int64_t width, std::int64_t rows) {
         subtractBits(first, second, dst, width, rows);
@@ -148,6 +159,14 @@ StatusCode openClose(const Call<Images> &call) {
                                          call.fields.basicBufferBytes);
             made = needed;
         }
+        if constexpr (subtraction != Subtract::nothing) {
+            using Result =
+                std::conditional_t<subtraction == Subtract::resultFromSource, OtherLessExtremum, ExtremumLessOther>;
+            if (Images::template stepAndSubtract<Second, Result>(inner, call.dst, roi, y0, y1, border, second,
+                                                                 call.src)) {
+                continue;
+            }
+        }
         Images::template step<Second>(inner, call.dst, roi, y0, y1, border, second, call.secondScratch(),
                                       call.fields.basicBufferBytes);
         const auto src = Images::moved(call.src, 0, y0);
@@ -161,7 +180,7 @@ StatusCode openClose(const Call<Images> &call) {
     return StatusOk;
 }
 
-// The eroded strip lies in the call's own buffer, so gradients with one record may run at once and need nothing of the
+// The dilated strip lies in the call's own buffer, so gradients with one record may run at once and need nothing of the
 // initialisation's buffer.
 template <class Images> StatusCode gradient(const Call<Images> &call) {
     const RoiSize roi = call.roi;
@@ -170,13 +189,18 @@ template <class Images> StatusCode gradient(const Call<Images> &call) {
     const std::int64_t strip = std::min(call.stripRows(stride), room);
     for (std::int64_t y0 = 0; y0 < roi.height; y0 += strip) {
         const std::int64_t y1 = std::min<std::int64_t>(y0 + strip, roi.height);
-        const auto eroded = Images::intermediate(call.intermediate(), stride);
-        Images::template step<Maximum>(call.src, call.dst, roi, y0, y1, call.border, call.forward, call.buffer,
+        const auto dilated = Images::intermediate(call.intermediate() - y0 * stride, stride);
+        Images::template step<Maximum>(call.src, dilated, roi, y0, y1, call.border, call.forward, call.buffer,
                                        call.fields.basicBufferBytes);
-        Images::template step<Minimum>(call.src, Images::moved(eroded, 0, -y0), roi, y0, y1, call.border, call.forward,
-                                       call.buffer, call.fields.basicBufferBytes);
+        if (Images::template stepAndSubtract<Minimum, OtherLessExtremum>(call.src, call.dst, roi, y0, y1, call.border,
+                                                                         call.forward, Images::readable(dilated))) {
+            continue;
+        }
+        Images::template step<Minimum>(call.src, call.dst, roi, y0, y1, call.border, call.forward, call.buffer,
+                                       call.fields.basicBufferBytes);
         const auto dst = Images::moved(call.dst, 0, y0);
-        Images::subtract(Images::readable(dst), Images::readable(eroded), dst, roi.width, y1 - y0);
+        Images::subtract(Images::readable(Images::moved(dilated, 0, y0)), Images::readable(dst), dst, roi.width,
+                         y1 - y0);
     }
     return StatusOk;
 }

@@ -18,8 +18,7 @@ namespace {
 
 template <class T, class Op> bool runShape(const MorphTask<T> &task, const MorphSpec &spec) {
     if (spec.shape == MaskRectangle) {
-        const std::int64_t left = -std::int64_t{spec.rectangleAnchorX}, top = -std::int64_t{spec.rectangleAnchorY};
-        return filterWindow<T, Op>(task, {left, top, left + spec.rectangleWidth - 1, top + spec.rectangleHeight - 1});
+        return filterWindow<T, Op>(task, rectangleOf(spec));
     }
     if (spec.shape == MaskEllipse) {
         RunKernel<T, Op> kernel(task, spec);

@@ -2,12 +2,12 @@
 // columns, straight from the source, into scratch rows that have room for the margins; the margins repeat the edge
 // pixels; then each scratch row is reduced along itself into the destination. Wide images are cut into tiles of columns
 // so that a block stays in the cache, or in a scratch buffer that was sized for fewer channels.
-#include "morph/rank_filter.h"
-
 #include "frame/api.h"
+
 #include "kernel/checks.h"
 #include "kernel/scratch.h"
 #include "morph/morph_spec.h"
+#include "morph/rank_filter.h"
 #include "morph/row_extrema.h"
 #include "morph/small_window.h"
 
@@ -47,14 +47,23 @@ void reduceRows(const MorphTask<T> &task, Window window, bool twoParts, T *lines
 
 } // namespace
 
-template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
+template <class T, class Op, class Result>
+bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> other) {
     window = trimmed(window, task.roi, task.border);
-    if (SmallWindow<T, Op, 3>::applies(task, window)) {
-        SmallWindow<T, Op, 3>(task).run();
+    if (SmallWindow<T, Op, 3, Result>::applies(task, window)) {
+        SmallWindow<T, Op, 3, Result>(task, other).run();
         return true;
     }
-    if (SmallWindow<T, Op, 5>::applies(task, window)) {
-        SmallWindow<T, Op, 5>(task).run();
+    if (SmallWindow<T, Op, 5, Result>::applies(task, window)) {
+        SmallWindow<T, Op, 5, Result>(task, other).run();
+        return true;
+    }
+    return false;
+}
+
+template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
+    window = trimmed(window, task.roi, task.border);
+    if (filterSmallWindow<T, Op, Extremum>(task, window, {})) {
         return true;
     }
     const std::int64_t channels = task.channels, roiWidth = task.roi.width;
@@ -132,6 +141,16 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
     }
     return true;
 }
+
+#define INSTANTIATE(T)                                                                                                 \
+    template bool filterSmallWindow<T, Minimum, OtherLessExtremum>(const MorphTask<T> &, Window, Plane<const T>);      \
+    template bool filterSmallWindow<T, Minimum, ExtremumLessOther>(const MorphTask<T> &, Window, Plane<const T>);      \
+    template bool filterSmallWindow<T, Maximum, OtherLessExtremum>(const MorphTask<T> &, Window, Plane<const T>);
+INSTANTIATE(std::uint8_t)
+INSTANTIATE(std::uint16_t)
+INSTANTIATE(std::int16_t)
+INSTANTIATE(float)
+#undef INSTANTIATE
 
 template bool filterWindow<std::uint8_t, Minimum>(const MorphTask<std::uint8_t> &, Window);
 template bool filterWindow<std::uint8_t, Maximum>(const MorphTask<std::uint8_t> &, Window);

@@ -3,11 +3,25 @@
 
 #include "morph/row_extrema.h"
 
+#include "rvxcv/morph.h"
+
 namespace rvxcv {
 
 // Filters rows of a region. False, and nothing is written, when the scratch is too small: never with replicated sides
 // and rankBufferBytes of scratch for the window's size. Instances: Minimum and Maximum of 8u, 16u, 16s, 32f.
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window);
+
+// The same for the window's frequent sizes alone, with a step behind it (small_window.h): false, and nothing is
+// written, for any other window. `other` has the destination's coordinates and is not the destination. Instances: the
+// results that compound operations have.
+template <class T, class Op, class Result>
+bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> other);
+
+// A record's rectangle as a window.
+inline Window rectangleOf(const MorphSpec &spec) {
+    const std::int64_t left = -std::int64_t{spec.rectangleAnchorX}, top = -std::int64_t{spec.rectangleAnchorY};
+    return {left, top, left + spec.rectangleWidth - 1, top + spec.rectangleHeight - 1};
+}
 
 // The one-channel 16-bit filters, for use inside the library: arguments, checks and buffer as the exported ones.
 StatusCode ownrvxiFilterMinGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize);

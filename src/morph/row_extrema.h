@@ -26,6 +26,15 @@ struct Maximum {
     }
 };
 
+// Differences as compound operations have them: of integers saturated, of floats at least zero, but a NaN stays.
+template <class V> RVX_INLINE V differenceOf(V a, V b) {
+    if constexpr (std::is_same_v<V, F32x8>) {
+        return max(splat(0.0f), sub(a, b));
+    } else {
+        return subSaturated(a, b);
+    }
+}
+
 // What every kernel of flat morphology works on: output rows firstRow .. lastRow - 1 of a region, a replicated border
 // with any sides in memory, and scratch.
 template <class T> struct MorphTask {

@@ -12,7 +12,22 @@
 
 namespace rvxcv {
 
-template <class T, class Op, int side> class SmallWindow {
+// What becomes of an extremum before it is stored, beside the pixel of another image: nothing, or a difference.
+struct Extremum {
+    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *) { return extremum; }
+};
+struct OtherLessExtremum {
+    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *other) {
+        return differenceOf(load<V>(other), extremum);
+    }
+};
+struct ExtremumLessOther {
+    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *other) {
+        return differenceOf(extremum, load<V>(other));
+    }
+};
+
+template <class T, class Op, int side, class Result> class SmallWindow {
     using V = Vec<T>;
     static constexpr std::int64_t vectorBytes = 32, reach = side / 2;
 
@@ -23,8 +38,8 @@ public:
                task.roi.width * task.pixelBytes() >= vectorBytes + std::max(vectorBytes, 2 * margin);
     }
 
-    explicit SmallWindow(const MorphTask<T> &task)
-        : task_(task), pixelBytes_(task.pixelBytes()), rowBytes_(task.roi.width * pixelBytes_) {
+    SmallWindow(const MorphTask<T> &task, Plane<const T> other)
+        : task_(task), other_(other), pixelBytes_(task.pixelBytes()), rowBytes_(task.roi.width * pixelBytes_) {
         const EdgePixels edge(pixelBytes_);
         for (int i = 0; i < side; ++i) {
             loads_.offsets[i] = (i - reach) * pixelBytes_;
@@ -45,12 +60,12 @@ public:
             for (std::int64_t k = 0; k < count + side - 1; ++k) {
                 rows[k] = task_.row(y + k - reach);
             }
-            filter(rows, {task_.dst.row(y), task_.dst.step}, count);
+            filter(rows, y, count);
         }
     }
 
 private:
-    void filter(const T *const *rows, Plane<T> dst, std::int64_t count) const {
+    void filter(const T *const *rows, std::int64_t y, std::int64_t count) const {
         const Loads loads = loads_; // in registers: stores may not be taken to change it
         // The extremum along the row around each pixel of a vector.
         const auto inside = [&loads](const T *row) {
@@ -78,26 +93,26 @@ private:
         };
         std::int64_t x = 0; // bytes
         if (!task_.border.left) {
-            downRows<1>(rows, dst, 0, count, atBegin);
+            downRows<1>(rows, y, 0, count, atBegin);
             x = vectorBytes;
         }
         const std::int64_t lastVector = rowBytes_ - vectorBytes;
         for (; x + 2 * vectorBytes <= lastVector; x += 2 * vectorBytes) {
-            downRows<2>(rows, dst, x, count, inside);
+            downRows<2>(rows, y, x, count, inside);
         }
         for (; x < lastVector; x += vectorBytes) {
-            downRows<1>(rows, dst, std::min(x, lastVector - reach * pixelBytes_), count, inside);
+            downRows<1>(rows, y, std::min(x, lastVector - reach * pixelBytes_), count, inside);
         }
         if (task_.border.right) {
-            downRows<1>(rows, dst, lastVector, count, inside);
+            downRows<1>(rows, y, lastVector, count, inside);
         } else {
-            downRows<1>(rows, dst, lastVector, count, atEnd);
+            downRows<1>(rows, y, lastVector, count, atEnd);
         }
     }
 
     // Neighbouring vectors of every output row, from byte x on; alongRow gives the extremum along a source row.
     template <int vectors, class AlongRow>
-    RVX_INLINE void downRows(const T *const *rows, Plane<T> dst, std::int64_t x, std::int64_t count,
+    RVX_INLINE void downRows(const T *const *rows, std::int64_t y, std::int64_t x, std::int64_t count,
                              const AlongRow &alongRow) const {
         constexpr std::int64_t ahead = 128; // the next columns are as far from the prefetcher as the next rows
         V above[side - 1][vectors], next[vectors], common[vectors];
@@ -106,7 +121,9 @@ private:
                 above[k][v] = alongRow(byteOffset(rows[k], x) + v * V::lanes);
             }
         }
-        T *out = byteOffset(dst.base, x);
+        T *out = byteOffset(task_.dst.row(y), x);
+        const T *other = byteOffset(other_.row(y), x);
+        const std::int64_t outStep = task_.dst.step, otherStep = other_.step;
         for (std::int64_t k = 0; k < count; k += 2) {
             // Two output rows share all source rows but the first and the last.
             const T *row = byteOffset(rows[k + side - 1], x);
@@ -116,9 +133,10 @@ private:
                 for (int i = 1; i < side - 1; ++i) {
                     common[v] = Op::of(common[v], above[i][v]);
                 }
-                store(out + v * V::lanes, Op::of(common[v], above[0][v]));
+                store(out + v * V::lanes, Result::of(Op::of(common[v], above[0][v]), other + v * V::lanes));
             }
-            out = byteOffset(out, dst.step);
+            out = byteOffset(out, outStep);
+            other = byteOffset(other, otherStep);
             if (k + 1 == count) {
                 return;
             }
@@ -126,14 +144,15 @@ private:
             prefetch(byteOffset(row, ahead));
             for (int v = 0; v < vectors; ++v) {
                 const V last = alongRow(row + v * V::lanes);
-                store(out + v * V::lanes, Op::of(common[v], last));
+                store(out + v * V::lanes, Result::of(Op::of(common[v], last), other + v * V::lanes));
                 for (int i = 0; i < side - 3; ++i) {
                     above[i][v] = above[i + 2][v];
                 }
                 above[side - 3][v] = next[v];
                 above[side - 2][v] = last;
             }
-            out = byteOffset(out, dst.step);
+            out = byteOffset(out, outStep);
+            other = byteOffset(other, otherStep);
         }
     }
 
@@ -144,6 +163,7 @@ private:
     };
 
     const MorphTask<T> &task_;
+    Plane<const T> other_;
     std::int64_t pixelBytes_, rowBytes_;
     Loads loads_;
 };

@@ -117,6 +117,14 @@ Mask randomMask(Rng &rng, int width, int height) {
     return mask;
 }
 
+Mask solidMask(int width, int height, RoiSize inside) {
+    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
+    for (int i = 0; i < width * height; ++i) {
+        mask.bytes.push_back(i % width < inside.width && i / width < inside.height);
+    }
+    return mask;
+}
+
 // ----------------------------------------------------------------------------------------------------- members
 
 template <class T> struct Functions {
@@ -203,6 +211,13 @@ template <class T> void checkMember(const Functions<T> &f, const char *name) {
         checkOperation(f, op, randomMask(rng, 3, 3), {67, 150}, {67, 150}, BorderReplicate, rng);
         checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {5, 4}, BorderReplicate, rng); // larger than the image
         checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {4, 3}, BorderInMemory, rng);  // a smaller region
+        for (const int side : {3, 5}) { // differences are then part of the second step
+            const Mask square = solidMask(side, side, {side, side});
+            const auto flags = static_cast<BorderKind>(uniform(rng, 0, 15) << 4);
+            checkOperation(f, op, square, {97, 81}, {97, 81}, BorderReplicate, rng);
+            checkOperation(f, op, square, {uniform(rng, 0, 1) != 0 ? 64 : 75, 40}, {64, 40}, BorderReplicate | flags,
+                           rng);
+        }
         checkOperation(f, op, Mask{{3, 2}, std::vector<std::uint8_t>(6), {1, 0}}, {9, 5}, {9, 5}, BorderReplicate, rng);
     }
     checkOperation(f, Op::gradient, randomMask(rng, 5, 3), {20, 6}, {24, 30}, BorderReplicate, rng); // wider and taller
@@ -334,14 +349,6 @@ TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
         }
         checkBits(op, randomMask(rng, 60, 9), {7, 3}, BorderReplicate, rng);
     }
-}
-
-Mask solidMask(int width, int height, RoiSize inside) {
-    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
-    for (int i = 0; i < width * height; ++i) {
-        mask.bytes.push_back(i % width < inside.width && i / width < inside.height);
-    }
-    return mask;
 }
 
 // Small squares at all offsets and at the widths around whole vectors; wide, high and eccentric rectangles.
