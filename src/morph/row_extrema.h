@@ -219,8 +219,14 @@ template <class T, class Op, int pixelBytes, int stages> inline void doubleRows(
     for (; k < behind; ++k) {
         pass(k < vectors ? pairs(k) : latest[1], further);
     }
-    for (; k < vectors; ++k) {
+    for (; k + 1 < vectors; k += 2) {
+        const V first = pass(pairs(k), further), second = pass(pairs(k + 1), further);
+        store(row + (k - behind) * V::lanes, first);
+        store(row + (k + 1 - behind) * V::lanes, second);
+    }
+    if (k < vectors) {
         store(row + (k - behind) * V::lanes, pass(pairs(k), further));
+        ++k;
     }
     for (; k < vectors + behind; ++k) { // nothing that counts lies behind the last vector
         store(row + (k - behind) * V::lanes, pass(latest[1], further));
