@@ -63,7 +63,7 @@ bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> o
 
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
     window = trimmed(window, task.roi, task.border);
-    if (filterSmallWindow<T, Op, Extremum>(task, window, {})) {
+    if (filterSmallWindow<T, Op, Extremum>(task, window, {task.dst.base, task.dst.step})) {
         return true;
     }
     const std::int64_t channels = task.channels, roiWidth = task.roi.width;
