@@ -7,6 +7,8 @@
 
 #include "rvxcv/types.h"
 
+#include <algorithm>
+
 namespace rvxcv {
 
 // A border argument taken apart. Kind 6 stands for all four sides in memory.
@@ -62,6 +64,26 @@ constexpr BorderIndex borderColumn(const Border &border, std::int64_t x, std::in
 
 constexpr BorderIndex borderRow(const Border &border, std::int64_t y, std::int64_t height) {
     return borderIndex(border.kind, border.top, border.bottom, y, height);
+}
+
+// Pointers to `count` rows from row `first` on, where the kind replicates or reads memory.
+template <class T>
+inline void collectRows(const T **rows, Plane<const T> src, const Border &border, std::int64_t height,
+                        std::int64_t first, std::int64_t count) {
+    const auto index = [&](std::int64_t y) { return borderRow(border, y, height).index; };
+    const std::int64_t begin = border.top ? first : std::max<std::int64_t>(first, 0);
+    const std::int64_t end = border.bottom ? first + count : std::min(first + count, height);
+    std::int64_t y = first;
+    for (const T *row = src.row(index(first)); y < std::min(begin, first + count); ++y) {
+        *rows++ = row;
+    }
+    for (const T *row = src.row(y); y < end; ++y) {
+        *rows++ = row;
+        row = byteOffset(row, src.step);
+    }
+    for (const T *row = src.row(index(first + count - 1)); y < first + count; ++y) {
+        *rows++ = row;
+    }
 }
 
 // The pixels [first, last) of an extended row, one by one; for margins, which are short. `value` is one pixel.

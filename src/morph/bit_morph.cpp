@@ -168,6 +168,9 @@ public:
     const std::uint8_t *sourceRow(std::int64_t y) const {
         return source_.row(borderRow(task_.border, y, task_.roi.height).index);
     }
+    void sourceRows(const std::uint8_t **rows, std::int64_t first, std::int64_t count) const {
+        collectRows(rows, {source_.base, source_.step}, task_.border, task_.roi.height, first, count);
+    }
     std::uint8_t *row(std::int64_t line) const { return memory_ + line * lineBytes_ + (pixels_ >> 3); }
     std::int64_t rowBytes() const { return bytesOf(source_.bit, interval_.columns); }
 
@@ -272,9 +275,7 @@ template <class Op> void filterRectangle(const BitTask &task, Window window) {
     }
     for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += outputs) {
         const std::int64_t taken = std::min(outputs, task.lastRow - y0);
-        for (std::int64_t k = 0; k < taken + height - 1; ++k) {
-            rows[k] = lines.sourceRow(y0 + window.top + k);
-        }
+        lines.sourceRows(rows, y0 + window.top, taken + height - 1);
         for (std::int64_t k = 0; k < taken; k += group) {
             reduceColumns<std::uint8_t, Op>(rows + k, height, std::min(group, taken - k), lines.row(k),
                                             lines.lineBytes(), lines.rowBytes());
@@ -436,9 +437,7 @@ template <class Op, int side> bool filterSquare(const BitTask &task) {
     for (std::int64_t y = task.firstRow; y < task.lastRow; y += most) {
         const std::int64_t count = std::min(task.lastRow - y, most);
         const std::uint8_t *rows[most + side - 1];
-        for (std::int64_t k = 0; k < count + side - 1; ++k) {
-            rows[k] = task.src.row(borderRow(task.border, y + k - side / 2, task.roi.height).index);
-        }
+        collectRows(rows, {task.src.base, task.src.step}, task.border, task.roi.height, y - side / 2, count + side - 1);
         square.filter(rows, {task.dst.row(y), task.dst.step}, count);
     }
     return true;

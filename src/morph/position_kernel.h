@@ -138,8 +138,9 @@ private:
             std::clamp<std::int64_t>(blockBytes / (task_.roi.width * task_.pixelBytes()), 1, mostRows);
         for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
             const std::int64_t count = std::min(task_.lastRow - y, block);
+            task_.collect(rows, y - spec_.anchorY, count + spec_.maskHeight - 1);
             for (std::int64_t k = 0; k < count + spec_.maskHeight - 1; ++k) {
-                const T *row = rows[k] = task_.row(y + k - spec_.anchorY), *last = row + n - V::lanes;
+                const T *row = rows[k], *last = row + n - V::lanes;
                 if (task_.border.left) {
                     copyElements(ends[k].begin - left, row - left, left);
                 } else {

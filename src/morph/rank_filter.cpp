@@ -115,9 +115,8 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
 
         for (std::int64_t y0 = task.firstRow; y0 < task.lastRow; y0 += blockRows) {
             const std::int64_t outputs = std::min(blockRows, task.lastRow - y0);
-            for (std::int64_t k = 0; k < outputs + height - 1; ++k) {
-                rows[k] = task.row(y0 + window.top + k) + source.from * channels;
-            }
+            collectRows(rows, {task.src.base + source.from * channels, task.src.step}, task.border, task.roi.height,
+                        y0 + window.top, outputs + height - 1);
             if (columnOnly) {
                 reduceColumns<T, Op>(rows, height, outputs, task.dst.row(y0) + x0 * channels, task.dst.step, n);
                 continue;

@@ -49,6 +49,9 @@ template <class T> struct MorphTask {
 
     constexpr std::int64_t pixelBytes() const { return channels * static_cast<std::int64_t>(sizeof(T)); }
     const T *row(std::int64_t y) const { return src.row(borderRow(border, y, roi.height).index); }
+    void collect(const T **rows, std::int64_t first, std::int64_t count) const {
+        collectRows(rows, src, border, roi.height, first, count);
+    }
 };
 
 // Scratch rows end with this many bytes of slack, so that steps inside scratch work on whole vectors only.

@@ -57,9 +57,7 @@ public:
         for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
             const std::int64_t count = std::min(task_.lastRow - y, block);
             const T *rows[most + side - 1];
-            for (std::int64_t k = 0; k < count + side - 1; ++k) {
-                rows[k] = task_.row(y + k - reach);
-            }
+            task_.collect(rows, y - reach, count + side - 1);
             filter(rows, y, count);
         }
     }
