@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 // Instrumented kernels that are forced inline take minutes to compile: sanitized builds leave it to the compiler.
 #if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__)
@@ -29,6 +30,14 @@ template <class T> RVX_INLINE void storeScalar(T *p, T value) { std::memcpy(p, &
 template <class T> RVX_INLINE T *byteOffset(T *p, std::ptrdiff_t bytes) {
     using Byte = std::conditional_t<std::is_const_v<T>, const char, char>;
     return reinterpret_cast<T *>(reinterpret_cast<Byte *>(p) + bytes);
+}
+
+// Calls function(n as a constant), for n from 1 to `most`.
+template <int most, class Function> inline void withConstant(int n, const Function &function) {
+    [&]<int... i>(std::integer_sequence<int, i...>) {
+        (void)((i + 1 == n && (function(std::integral_constant<int, i + 1>{}), true)) || ...);
+    }
+    (std::make_integer_sequence<int, most>{});
 }
 
 constexpr std::int64_t roundUp(std::int64_t n, std::int64_t multiple) {

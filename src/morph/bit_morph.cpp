@@ -116,29 +116,6 @@ template <class Op, int count> struct CombineDistances {
 
 constexpr int mostDistances = 6;
 
-// Calls function(the distances as an array of constant size).
-template <class Function> void withCount(std::span<const Distance> distances, const Function &function) {
-    const auto fixed = [&]<int count>(std::integral_constant<int, count>) {
-        Distance copy[count];
-        std::copy_n(distances.begin(), count, copy);
-        function(copy);
-    };
-    switch (distances.size()) {
-    case 1:
-        return fixed(std::integral_constant<int, 1>{});
-    case 2:
-        return fixed(std::integral_constant<int, 2>{});
-    case 3:
-        return fixed(std::integral_constant<int, 3>{});
-    case 4:
-        return fixed(std::integral_constant<int, 4>{});
-    case 5:
-        return fixed(std::integral_constant<int, 5>{});
-    default:
-        return fixed(std::integral_constant<int, mostDistances>{});
-    }
-}
-
 // ------------------------------------------------------------------------------------------------------- lines
 
 // Rows in scratch with margins: of every row the pixels left .. width - 1 + right, counted from the region's first one.
@@ -213,16 +190,17 @@ public:
     void combine(std::span<const Distance> distances, std::int64_t y0, std::int64_t y1, bool proceed) const {
         const std::int64_t bit = task_.dst.bit, n = bytesOf(bit, task_.roi.width);
         const KeptBits kept(bit, task_.roi.width);
-        withCount(distances, [&]<int count>(const Distance(&fixed)[count]) {
-            CombineDistances<Op, count> row{{}, memory_, nullptr, proceed};
-            std::copy_n(fixed, count, row.distances);
-            for (std::int64_t y = y0; y < y1; ++y, row.line += lineBytes_) {
-                row.dst = task_.dst.row(y);
-                const KeptBits::Bits old = kept.read(row.dst);
-                sweep<U8x32::lanes, 2>(n, row);
-                kept.write(row.dst, old);
-            }
-        });
+        withConstant<mostDistances>(static_cast<int>(distances.size()),
+                                    [&]<int count>(std::integral_constant<int, count>) {
+                                        CombineDistances<Op, count> row{{}, memory_, nullptr, proceed};
+                                        std::copy_n(distances.begin(), count, row.distances);
+                                        for (std::int64_t y = y0; y < y1; ++y, row.line += lineBytes_) {
+                                            row.dst = task_.dst.row(y);
+                                            const KeptBits::Bits old = kept.read(row.dst);
+                                            sweep<U8x32::lanes, 2>(n, row);
+                                            kept.write(row.dst, old);
+                                        }
+                                    });
     }
 
 private:

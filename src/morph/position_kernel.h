@@ -75,10 +75,12 @@ private:
     template <class Take> void forElements(std::int64_t i0, std::int64_t columns, const Take &take) const {
         Element elements[mostElements];
         int count = 0;
-        const auto taken = [&]<int fixed>(std::integral_constant<int, fixed>) {
-            Element copy[fixed];
-            std::copy_n(elements, fixed, copy);
-            take(copy);
+        const auto takeAll = [&] {
+            withConstant<mostElements>(count, [&]<int fixed>(std::integral_constant<int, fixed>) {
+                Element copy[fixed];
+                std::copy_n(elements, fixed, copy);
+                take(copy);
+            });
             count = 0;
         };
         for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
@@ -86,29 +88,12 @@ private:
                 if (spec_.maskCopy[j * spec_.maskWidth + i] != 0) {
                     elements[count++] = {j, i};
                     if (count == mostElements) {
-                        taken(std::integral_constant<int, mostElements>{});
+                        takeAll();
                     }
                 }
             }
         }
-        switch (count) {
-        case 0:
-            return;
-        case 1:
-            return taken(std::integral_constant<int, 1>{});
-        case 2:
-            return taken(std::integral_constant<int, 2>{});
-        case 3:
-            return taken(std::integral_constant<int, 3>{});
-        case 4:
-            return taken(std::integral_constant<int, 4>{});
-        case 5:
-            return taken(std::integral_constant<int, 5>{});
-        case 6:
-            return taken(std::integral_constant<int, 6>{});
-        default:
-            return taken(std::integral_constant<int, 7>{});
-        }
+        takeAll();
     }
 
     // ------------------------------------------------------------------------------------ straight from the source
