@@ -301,9 +301,9 @@ void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, 
     for (std::int64_t x = 0; x < width; x += 8) {
         const F32x8 m = block(row + x);
         const int n = width - x < 8 ? static_cast<int>(width - x) : 8;
-        std::uint32_t kept = laneBits(greater(m, splat(0.0f)), Part{n});
+        const Mask32x8 candidates = greater(m, splat(0.0f));
         std::uint64_t bytes = 0;
-        if (kept != 0) {
+        if (laneBits(candidates) != 0) {
             const I32x8 direction = loadI32(directions + x, Full{});
             const Mask32x8 diagonal = hasBit(direction, diagonalBit), second = hasBit(direction, secondBit);
             const F32x8 before = select(diagonal, select(second, block(above + x + 1), block(above + x - 1)),
@@ -312,10 +312,10 @@ void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, 
                                         select(second, block(below + x), block(row + x + 1)));
             // Equality with the second neighbour kills on a diagonal only.
             const Mask32x8 beatsBehind = without(greaterEqual(m, behind), both(diagonal, lessEqual(m, behind)));
-            kept &= laneBits(both(greater(m, before), beatsBehind));
-            const std::uint32_t strong = kept & laneBits(greater(m, splat(high)));
-            constexpr std::uint64_t everyByte = 0x0101010101010101U;
-            bytes = _pdep_u64(kept ^ strong, EdgeMap::weak * everyByte) | _pdep_u64(strong, EdgeMap::edge * everyByte);
+            const Mask32x8 kept = both(candidates, both(greater(m, before), beatsBehind));
+            const I32x8 state =
+                select(greater(m, splat(high)), splat(std::int32_t{EdgeMap::edge}), splat(std::int32_t{EdgeMap::weak}));
+            bytes = packedBytes(keep(kept, state)) & ~std::uint64_t{0} >> (8 * (8 - n));
         }
         std::memcpy(states + x, &bytes, 8);
     }

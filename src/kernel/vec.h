@@ -438,6 +438,11 @@ RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_ext
 RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};
 }
+// Lanes 0..255 as the bytes of an integer, lane 0 the lowest.
+RVX_INLINE std::uint64_t packedBytes(I32x8 a) {
+    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
+}
 // Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit
 // lane. narrowInLane puts 32-bit results of such pairs back in order.
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
