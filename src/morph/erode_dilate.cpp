@@ -1,7 +1,7 @@
 // Erosion and dilation: the calls of both generations of the interface. The mask's shape, found at initialisation,
 // chooses the kernel; all give the definition's result:
 //
-//     rectangle   the separable filter of rank_filter.cpp
+//     rectangle   the separable filter of rank_filter.cpp; 3x3 and 5x5 at the centre: small_window.h
 //     ellipse     run_kernel.h, unless the mask is so small that its positions are fewer steps
 //     general     position_kernel.h, which also stands in where a scratch buffer is too small for the others
 //     empty       a copy
