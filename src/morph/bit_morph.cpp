@@ -19,6 +19,7 @@
 #include "morph/window.h"
 
 #include <algorithm>
+#include <cassert>
 #include <span>
 
 namespace rvxcv {
@@ -223,6 +224,7 @@ private:
 
 // Output rows at once: as many as lines of a few kilobytes serve, or twice the mask's height.
 std::int64_t rowsAtOnce(const BitTask &task, std::int64_t fitting, std::int64_t lineBytes, std::int64_t height) {
+    assert(fitting >= 1);
     constexpr std::int64_t blockBytes = 8 * 1024;
     const std::int64_t wanted = std::max(blockBytes / lineBytes, 2 * height);
     return std::clamp<std::int64_t>(std::min(fitting, wanted), 1, task.lastRow - task.firstRow);

@@ -100,12 +100,14 @@ private:
 
     static constexpr std::int64_t mostRows = 32; // of output at once
 
-    // The two ends of a source row, two vectors each, between what lies outside: a vector of the edge pixel's
+    // The two first and the two last vectors of a source row, between what lies outside: a vector of the edge pixel's
     // repetitions, or as many pixels in memory as the mask reads.
     struct Ends {
-        T before[V::lanes], begin[2 * V::lanes], end[2 * V::lanes], behind[V::lanes];
+        T pixels[6 * V::lanes];
+        T *first() { return pixels + V::lanes; }
+        T *last() { return pixels + 4 * V::lanes; }
     };
-    static constexpr std::int64_t fromBeginToEnd = 3 * V::lanes; // from the row's first vector to its last one
+    static constexpr std::int64_t fromFirstToLast = 3 * V::lanes;
 
     void inPlace() const {
         const std::int64_t repeated = vectorBytes / task_.pixelBytes() * task_.channels;
@@ -126,20 +128,21 @@ private:
             task_.collect(rows, y - spec_.anchorY, count + spec_.maskHeight - 1);
             for (std::int64_t k = 0; k < count + spec_.maskHeight - 1; ++k) {
                 const T *row = rows[k], *last = row + n - V::lanes;
+                T *const atFirst = ends[k].first(), *const atLast = ends[k].last();
                 if (task_.border.left) {
-                    copyElements(ends[k].begin - left, row - left, left);
+                    copyElements(atFirst - left, row - left, left);
                 } else {
-                    store(ends[k].begin - repeated, before.load<V>(row));
+                    store(atFirst - repeated, before.load<V>(row));
                 }
                 if (task_.border.right) {
-                    copyElements(ends[k].behind, row + n, right);
+                    copyElements(atLast + V::lanes, row + n, right);
                 } else {
-                    store(ends[k].end + V::lanes + repeated, behind.load<V>(last));
+                    store(atLast + repeated, behind.load<V>(last));
                 }
-                store(ends[k].begin, load<V>(row));
-                store(ends[k].begin + V::lanes, load<V>(row + V::lanes));
-                store(ends[k].end, load<V>(last - V::lanes));
-                store(ends[k].end + V::lanes, load<V>(last));
+                store(atFirst, load<V>(row));
+                store(atFirst + V::lanes, load<V>(row + V::lanes));
+                store(atLast - V::lanes, load<V>(last - V::lanes));
+                store(atLast, load<V>(last));
             }
             bool proceed = false;
             forElements(0, spec_.maskWidth, [&]<int fixed>(const Element(&elements)[fixed]) {
@@ -160,7 +163,7 @@ private:
         for (int k = 0; k < count; ++k) {
             rowOf[k] = rows + elements[k].row;
             x[k] = (elements[k].column - spec_.anchorX) * task_.channels;
-            outside.from[k] = ends[elements[k].row].begin + x[k];
+            outside.from[k] = ends[elements[k].row].pixels + V::lanes + x[k];
         }
         T *dst = task_.dst.row(y0);
         for (std::int64_t y = 0; y < rowCount; ++y, dst = byteOffset(dst, task_.dst.step)) {
@@ -177,7 +180,7 @@ private:
             }
             constexpr auto endsStep = static_cast<std::int64_t>(sizeof(Ends) / sizeof(T));
             inside.put(0, outside.at(y * endsStep, Full{}), Full{});
-            inside.put(last, outside.at(y * endsStep + fromBeginToEnd, Full{}), Full{});
+            inside.put(last, outside.at(y * endsStep + fromFirstToLast, Full{}), Full{});
         }
     }
 
