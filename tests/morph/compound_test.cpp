@@ -245,8 +245,11 @@ struct BitImage {
              Rng &rng)
         : width(w), height(h), left(marginX), top(marginY), offset(bitOffset),
           step((marginX + bitOffset + w + marginX + 7) / 8), bytes((h + 2 * marginY) * step) {
+        // Half of the bits, one of 32, all but one of 32: large masks would see nothing but the same in the first.
+        const auto density = rng() % 3;
         for (std::int64_t i = 0; i < bytes.size(); ++i) {
-            bytes.data()[i] = static_cast<std::uint8_t>(rng());
+            const auto few = rng() & rng() & rng() & rng() & rng();
+            bytes.data()[i] = static_cast<std::uint8_t>(density == 0 ? rng() : density == 1 ? few : ~few);
         }
     }
     std::uint8_t *data() { return bytes.data() + top * step + (left >> 3); }
