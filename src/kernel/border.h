@@ -86,59 +86,11 @@ inline void collectRows(const T **rows, Plane<const T> src, const Border &border
     }
 }
 
-// The pixels [first, last) of an extended row, one by one; for margins, which are short. `value` is one pixel.
-template <int channels, class T>
-inline void copyMargin(T *dst, const T *row, std::int64_t first, std::int64_t last, std::int64_t width,
-                       const Border &border, const T *value) {
-    for (std::int64_t x = first; x < last; ++x, dst += channels) {
-        const BorderIndex from = borderColumn(border, x, width);
-        const T *pixel = from.constant ? value : row + from.index * channels;
-        for (int c = 0; c < channels; ++c) {
-            storeScalar(dst + c, loadScalar(pixel + c));
-        }
-    }
-}
-
-// A row with `left` pixels before it and `right` behind it; dst points at the first of the left margin.
-template <int channels, class T>
-inline void extendRow(T *dst, const T *row, std::int64_t width, std::int64_t left, std::int64_t right,
-                      const Border &border, const T *value) {
-    copyMargin<channels>(dst, row, -left, 0, width, border, value);
-    std::memcpy(static_cast<void *>(dst + left * channels), row,
-                static_cast<std::size_t>(width * channels) * sizeof(T));
-    copyMargin<channels>(dst + (left + width) * channels, row, width, width + right, width, border, value);
-}
-
 template <int channels, class T> inline void fillPixels(T *dst, std::int64_t pixels, const T *value) {
     for (std::int64_t x = 0; x < pixels; ++x, dst += channels) {
         for (int c = 0; c < channels; ++c) {
             storeScalar(dst + c, loadScalar(value + c));
         }
-    }
-}
-
-// Row y (inside or outside the region) of an image, extended; a row that is constant is so including its margins.
-template <int channels, class T>
-inline void extendImageRow(T *dst, Plane<const T> src, RoiSize roi, std::int64_t y, std::int64_t left,
-                           std::int64_t right, const Border &border, const T *value) {
-    const BorderIndex from = borderRow(border, y, roi.height);
-    if (from.constant) {
-        fillPixels<channels>(dst, left + roi.width + right, value);
-    } else {
-        extendRow<channels>(dst, src.row(from.index), roi.width, left, right, border, value);
-    }
-}
-
-struct Margins {
-    std::int64_t left, top, right, bottom;
-};
-
-// A whole image with margins; dst points at the first pixel of the top left margin.
-template <int channels, class T>
-inline void extendImage(Plane<T> dst, Plane<const T> src, RoiSize roi, const Margins &margins, const Border &border,
-                        const T *value) {
-    for (std::int64_t y = -margins.top; y < roi.height + margins.bottom; ++y) {
-        extendImageRow<channels>(dst.row(y + margins.top), src, roi, y, margins.left, margins.right, border, value);
     }
 }
 

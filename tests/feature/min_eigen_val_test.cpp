@@ -174,37 +174,6 @@ TEST(MinEigenVal, ConstantsGiveExactlyZero) {
     }
 }
 
-// The derivatives of bytes are exact in floats too.
-TEST(MinEigenVal, BothSourcesGiveTheSameNumbers) {
-    Rng rng = makeRng("both sources");
-    GuardedImage<std::uint8_t> bytes(301, 23);
-    bytes.fill(rng, Contents::random);
-    GuardedImage<float> floats(301, 23);
-    for (std::int64_t i = 0; i < 301 * 23; ++i) {
-        floats.set(i % 301, i / 301, bytes.at(i % 301, i / 301));
-    }
-    for (const Parameters &p : allParameters) {
-        const auto of8u = measured(bytes, p);
-        ASSERT_TRUE(imageIs(measured(floats, p), [&](auto x, auto y) { return of8u.at(x, y); }));
-    }
-}
-
-// A straight edge is no corner; the corner of a square is the strongest point around.
-TEST(MinEigenVal, CornersStandOut) {
-    GuardedImage<std::uint8_t> square(40, 40);
-    for (std::int64_t y = 0; y < 40; ++y) {
-        for (std::int64_t x = 0; x < 40; ++x) {
-            square.set(x, y, x >= 16 && y >= 16 ? 200 : 20);
-        }
-    }
-    for (const Parameters &p : allParameters) {
-        const auto result = measured(square, p);
-        EXPECT_GT(result.at(16, 16), 1.0f);
-        EXPECT_NEAR(result.at(16, 33), 0.0f, 1e-4f * result.at(16, 16));
-        EXPECT_NEAR(result.at(33, 16), 0.0f, 1e-4f * result.at(16, 16));
-    }
-}
-
 struct Call {
     const void *src;
     float *dst;

@@ -1,4 +1,5 @@
 // Compound morphology and bit images against the definitions, one pixel at a time, in guarded memory.
+#include "morph/plain_morph.h"
 #include "support/counted_alloc.h"
 #include "support/guarded.h"
 #include "support/status_table.h"
@@ -23,15 +24,10 @@ struct View {
     std::int64_t width, height;
     BorderKind border;
 
-    bool inMemory(BorderKind side) const { return (border & 15) == BorderInMemory || (border & side) != 0; }
+    Sides sides() const { return Sides::of(border); }
     double at(std::int64_t x, std::int64_t y) const {
-        if ((x < 0 && !inMemory(BorderInMemoryLeft)) || (x >= width && !inMemory(BorderInMemoryRight))) {
-            x = std::clamp<std::int64_t>(x, 0, width - 1);
-        }
-        if ((y < 0 && !inMemory(BorderInMemoryTop)) || (y >= height && !inMemory(BorderInMemoryBottom))) {
-            y = std::clamp<std::int64_t>(y, 0, height - 1);
-        }
-        return pixel(x, y);
+        return pixel(clampSide(x, width, sides().left, sides().right),
+                     clampSide(y, height, sides().top, sides().bottom));
     }
 };
 
@@ -77,11 +73,12 @@ std::vector<double> compound(const View &src, const Mask &mask, Op op, const std
         return out[static_cast<std::size_t>(y * src.width + x)];
     };
     const Mask turned = mask.turned();
+    const Sides sides = src.sides();
     const bool dilateFirst = op == Op::close || op == Op::blackhat;
-    const std::int64_t left = src.inMemory(BorderInMemoryLeft) ? turned.anchor.x : 0;
-    const std::int64_t right = src.inMemory(BorderInMemoryRight) ? mask.size.width - 1 - turned.anchor.x : 0;
-    const std::int64_t top = src.inMemory(BorderInMemoryTop) ? turned.anchor.y : 0;
-    const std::int64_t bottom = src.inMemory(BorderInMemoryBottom) ? mask.size.height - 1 - turned.anchor.y : 0;
+    const std::int64_t left = sides.left ? turned.anchor.x : 0;
+    const std::int64_t right = sides.right ? mask.size.width - 1 - turned.anchor.x : 0;
+    const std::int64_t top = sides.top ? turned.anchor.y : 0;
+    const std::int64_t bottom = sides.bottom ? mask.size.height - 1 - turned.anchor.y : 0;
     const std::int64_t w = src.width + left + right, h = src.height + top + bottom;
     std::vector<double> between(static_cast<std::size_t>(w * h));
     const View outer{[&](std::int64_t x, std::int64_t y) { return src.pixel(x - left, y - top); }, w, h, src.border};
@@ -157,17 +154,15 @@ template <class T>
 void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize initRoi, RoiSize roi, BorderKind border,
                     Rng &rng) {
     const auto reachX = std::int64_t{2} * mask.size.width, reachY = std::int64_t{2} * mask.size.height;
-    const auto margin = [&](BorderKind side, std::int64_t reach) {
-        return (border & 15) == BorderInMemory || (border & side) != 0 ? reach : 0;
-    };
+    const Sides sides = Sides::of(border);
     const int c = f.channels;
     GuardedImage<T> src(std::int64_t{roi.width} * c, roi.height,
                         {.padding = static_cast<std::int64_t>(sizeof(T)) * (roi.width % 3),
                          .guard = roi.height % 2 != 0 ? Guard::behind : Guard::before,
-                         .left = margin(BorderInMemoryLeft, reachX) * c,
-                         .top = margin(BorderInMemoryTop, reachY),
-                         .right = margin(BorderInMemoryRight, reachX) * c,
-                         .bottom = margin(BorderInMemoryBottom, reachY)});
+                         .left = sides.left ? reachX * c : 0,
+                         .top = sides.top ? reachY : 0,
+                         .right = sides.right ? reachX * c : 0,
+                         .bottom = sides.bottom ? reachY : 0});
     src.fill(rng, rng() % 4 == 0 ? Contents::nearMax : Contents::random);
     GuardedImage<T> dst(std::int64_t{roi.width} * c, roi.height, {.padding = static_cast<std::int64_t>(sizeof(T)) * 5});
     std::int32_t specSize = 0, bufferSize = 0;
@@ -539,23 +534,12 @@ TEST(Compound, LibraryRecordsServeThreads) {
     EXPECT_EQ(rvxiMorphAdvInitAlloc_8u_C1R(nullptr, {0, 0}, nullptr, {0, 0}), StatusNullPointer);
 }
 
-// Whichever of the four allocations fails: the status, nothing kept, the pointer as it was.
 TEST(Compound, FailedAllocationsKeepNothing) {
     const std::vector<std::uint8_t> mask(9, 1);
-    MorphAdvSpec *const untouched = nullptr;
-    for (int n = 1; n <= 5; ++n) {
-        const std::int64_t live = CountedAlloc::live;
-        CountedAlloc::reset(n);
-        MorphAdvSpec *spec = untouched;
-        const StatusCode status = rvxiMorphAdvInitAlloc_32f_C3R(&spec, {20, 10}, mask.data(), {3, 3});
-        CountedAlloc::reset();
-        EXPECT_EQ(status, n <= 4 ? StatusNoMemory : StatusOk);
-        EXPECT_EQ(spec == untouched, n <= 4);
-        if (status == StatusOk) {
-            EXPECT_EQ(rvxiMorphAdvFree(spec), StatusOk);
-        }
-        EXPECT_EQ(CountedAlloc::live, live) << "allocation " << n;
-    }
+    const auto make = [&](MorphAdvSpec **spec) {
+        return rvxiMorphAdvInitAlloc_32f_C3R(spec, {20, 10}, mask.data(), {3, 3});
+    };
+    EXPECT_EQ(failEveryAllocation<MorphAdvSpec>(make, rvxiMorphAdvFree), 4);
 }
 
 } // namespace

@@ -3,6 +3,9 @@
 #pragma once
 
 #include "rvxcore.h"
+#include "rvxcv/types.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -19,6 +22,27 @@ struct CountedAlloc {
         failAt = fail;
     }
 };
+
+// Makes and frees a record, each allocation of the making failing in turn: the status tells, nothing is kept, the
+// pointer stays as it was. Returns how many allocations there are.
+template <class Record, class Make, class Free> std::int64_t failEveryAllocation(const Make &make, const Free &free) {
+    const std::int64_t live = CountedAlloc::live;
+    for (std::int64_t n = 1;; ++n) {
+        Record *record = nullptr;
+        CountedAlloc::reset(n);
+        const StatusCode status = make(&record);
+        CountedAlloc::reset();
+        if (status == StatusOk) {
+            EXPECT_GT(n, 1) << "no allocation failed";
+            EXPECT_EQ(free(record), StatusOk);
+            EXPECT_EQ(CountedAlloc::live, live);
+            return n - 1;
+        }
+        EXPECT_EQ(status, StatusNoMemory);
+        EXPECT_EQ(record, nullptr);
+        EXPECT_EQ(CountedAlloc::live, live) << "leaked at allocation " << n;
+    }
+}
 
 } // namespace support
 
