@@ -344,47 +344,6 @@ TEST(CannyBorder, EverySizeFilterNormAndBorder) {
     }
 }
 
-// With the L1 norm the call is the 16s entry on the two derivative images.
-TEST(CannyBorder, EqualsTheEntryOnItsDerivativeImages) {
-    Rng rng = makeRng("canny equality");
-    constexpr RoiSize roi{157, 63};
-    GuardedImage<std::uint8_t> src(roi.width, roi.height);
-    src.fill(rng, Contents::random);
-    GuardedImage<std::int16_t> dx(roi.width, roi.height), dy(roi.width, roi.height);
-    for (const Setting &setting : settings) {
-        if (setting.norm != CannyNormL1) {
-            continue;
-        }
-        std::vector<std::uint8_t> filterScratch(1 << 20);
-        std::uint8_t *const s = filterScratch.data();
-        if (setting.filter == CannyFilterScharr) {
-            ASSERT_EQ(rvxiFilterScharrVertBorder_8u16s_C1R(src.data(), src.step(), dx.data(), dx.step(), roi,
-                                                           BorderReplicate, 0, s),
-                      StatusOk);
-            ASSERT_EQ(rvxiFilterScharrHorizBorder_8u16s_C1R(src.data(), src.step(), dy.data(), dy.step(), roi,
-                                                            BorderReplicate, 0, s),
-                      StatusOk);
-        } else {
-            ASSERT_EQ(rvxiFilterSobelNegVertBorder_8u16s_C1R(src.data(), src.step(), dx.data(), dx.step(), roi,
-                                                             setting.mask, BorderReplicate, 0, s),
-                      StatusOk);
-            ASSERT_EQ(rvxiFilterSobelHorizBorder_8u16s_C1R(src.data(), src.step(), dy.data(), dy.step(), roi,
-                                                           setting.mask, BorderReplicate, 0, s),
-                      StatusOk);
-        }
-        const float low = 1000, high = 1700;
-        GuardedImage<std::uint8_t> direct(roi.width, roi.height), staged(roi.width, roi.height);
-        GuardedBuffer a = borderScratchFor(roi, setting), b = scratchFor(roi);
-        ASSERT_EQ(rvxiCannyBorder_8u_C1R(src.data(), src.step(), direct.data(), direct.step(), roi, setting.filter,
-                                         setting.mask, BorderReplicate, 0, CannyNormL1, a.data(), low, high),
-                  StatusOk);
-        ASSERT_EQ(rvxiCanny_16s8u_C1R(dx.data(), dx.step(), dy.data(), dy.step(), staged.data(), staged.step(), roi,
-                                      low, high, b.data()),
-                  StatusOk);
-        EXPECT_TRUE(imageIs(direct, [&](auto x, auto y) { return staged.at(x, y); }));
-    }
-}
-
 // --------------------------------------------------------------------------------------------- sizes, statuses
 
 TEST(Canny, Sizes) {
