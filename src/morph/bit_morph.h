@@ -35,7 +35,7 @@ struct BitTask {
 
 void erodeBits(const BitTask &task, const MorphSpec &spec);
 void dilateBits(const BitTask &task, const MorphSpec &spec);
-// dst = a AND NOT b over the task's rows; dst may be one of them. The task's source is a.
+// dst = a AND NOT b; dst may be one of them.
 void subtractBits(BitPlane<const std::uint8_t> a, BitPlane<const std::uint8_t> b, BitPlane<std::uint8_t> dst,
                   std::int64_t width, std::int64_t rows);
 
