@@ -106,8 +106,9 @@ int main(int argc, char **argv) {
     for (const auto registerRows : bench::families()) {
         registerRows(registry);
     }
-    constexpr RoiSize sizes[] = {{16, 16}, {64, 64}, {640, 480}, {1920, 1080}};
     for (const bench::Registry::Row &row : registry.rows) {
+        std::vector<RoiSize> sizes{{16, 16}, {64, 64}, {640, 480}, {1920, 1080}};
+        sizes.insert(sizes.end(), row.moreSizes.begin(), row.moreSizes.end());
         for (const RoiSize roi : sizes) {
             const std::string name = row.name + "/" + std::to_string(roi.width) + "x" + std::to_string(roi.height);
             benchmark::RegisterBenchmark(name.c_str(), bench::run, row, roi)

@@ -7,9 +7,9 @@
 //         });
 //     });
 //
-// Every row runs at all sizes and reports, as medians of one run in which batches of the operation and of the copy
-// alternate: ns/px, GB/s (of the bytes per pixel that the row moves at least) and `copies`, the ratio to the time of a
-// memcpy of a 32f image of the same size.
+// Every row runs at all sizes (and at those of its own, where it names some) and reports, as medians of one run in
+// which batches of the operation and of the copy alternate: ns/px, GB/s (of the bytes per pixel that the row moves at
+// least) and `copies`, the ratio to the time of a memcpy of a 32f image of the same size.
 #pragma once
 
 #include "rvxcv.h"
@@ -35,11 +35,12 @@ public:
         std::string name;
         double bytesPerPixel;
         MakeOperation make;
+        std::vector<RoiSize> moreSizes;
     };
 
     // bytesPerPixel: read plus written, each byte counted once.
-    void add(std::string name, double bytesPerPixel, MakeOperation make) {
-        rows.push_back({std::move(name), bytesPerPixel, std::move(make)});
+    void add(std::string name, double bytesPerPixel, MakeOperation make, std::vector<RoiSize> moreSizes = {}) {
+        rows.push_back({std::move(name), bytesPerPixel, std::move(make), std::move(moreSizes)});
     }
 
     std::vector<Row> rows;

@@ -20,6 +20,10 @@
 #include "rvxcv/feature.h"
 #include "rvxcv/filter.h"
 #include "rvxcv/morph.h"
+#include "rvxcv/motion.h"
+#include "rvxcv/pyramid.h"
+#include "rvxcv/segment.h"
+#include "rvxcv/stats.h"
 #include "rvxcv/version.h"
 
 #endif

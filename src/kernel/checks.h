@@ -63,6 +63,17 @@ private:
     StatusCode status_ = StatusOk;
 };
 
+// Products and sums of sizes (not negative) that stay at the largest 64-bit number once they do not fit: a size query
+// whose formula could exceed 64 bits is refused by storeSize, never wrapped.
+template <class... Factor> constexpr std::int64_t saturatedProduct(std::int64_t first, Factor... factors) {
+    ((first = __builtin_mul_overflow(first, std::int64_t{factors}, &first) ? INT64_MAX : first), ...);
+    return first;
+}
+template <class... Term> constexpr std::int64_t saturatedSum(std::int64_t first, Term... terms) {
+    ((first = __builtin_add_overflow(first, std::int64_t{terms}, &first) ? INT64_MAX : first), ...);
+    return first;
+}
+
 // The end of a size query: a size that does not fit in int32 is a bad size and nothing is written.
 inline StatusCode storeSize(std::int64_t bytes, std::int32_t *size) {
     if (bytes > INT32_MAX) {

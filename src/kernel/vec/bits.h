@@ -1,0 +1,45 @@
+// Bytes as bits: logic, shifts, and vectors at any bit of an address.
+#pragma once
+
+#include "kernel/vec/types.h"
+
+namespace rvxcv {
+
+RVX_INLINE U8x32 add(U8x32 a, U8x32 b) { return {{_mm256_add_epi8(a.v, b.v)}}; }
+RVX_INLINE U8x32 bitAnd(U8x32 a, U8x32 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
+RVX_INLINE U8x32 bitAndNot(U8x32 a, U8x32 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
+RVX_INLINE U8x32 bitOr(U8x32 a, U8x32 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
+// Bit i is the high bit of byte i.
+RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(a.v)); }
+// 256 bits from `bits` bits (0..7) behind the first bit of an address on; reads 33 bytes.
+class BitShift {
+public:
+    BitShift() = default;
+    explicit BitShift(int bits) : right_(_mm256_set1_epi64x(bits)), left_(_mm256_set1_epi64x(8 - bits)) {}
+
+    RVX_INLINE U8x32 load(const std::uint8_t *p) const {
+        const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p));
+        const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(p + 1));
+        return {{_mm256_or_si256(_mm256_srlv_epi64(low, right_), _mm256_sllv_epi64(high, left_))}};
+    }
+
+private:
+    __m256i right_, left_;
+};
+
+// 64-bit lanes shifted, towards later pixels (left) and earlier ones (right) of a bit image; zeros come in.
+RVX_INLINE U8x32 shiftBitsLeft(U8x32 a, int bits) { return {{_mm256_slli_epi64(a.v, bits)}}; }
+RVX_INLINE U8x32 shiftBitsRight(U8x32 a, int bits) { return {{_mm256_srli_epi64(a.v, bits)}}; }
+// The lanes of a one further on, behind the last lane of b; and one back, before the first lane of b.
+RVX_INLINE U8x32 afterLast(U8x32 b, U8x32 a) {
+    return {{_mm256_alignr_epi8(a.v, _mm256_permute2x128_si256(b.v, a.v, 0x21), 15)}};
+}
+RVX_INLINE U8x32 beforeFirst(U8x32 a, U8x32 b) {
+    return {{_mm256_alignr_epi8(_mm256_permute2x128_si256(a.v, b.v, 0x21), a.v, 1)}};
+}
+// The bits of b where mask has them, else those of a.
+RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
+    return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
+}
+
+} // namespace rvxcv

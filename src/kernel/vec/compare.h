@@ -1,0 +1,47 @@
+// Comparisons, the masks that they give, and what is chosen by them.
+#pragma once
+
+#include "kernel/vec/types.h"
+
+namespace rvxcv {
+
+// Eight 32-bit lanes, all bits set or all clear. Comparisons with a NaN clear the lane.
+struct Mask32x8 {
+    __m256 v;
+};
+
+RVX_INLINE Mask32x8 greater(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_GT_OQ)}; }
+RVX_INLINE Mask32x8 lessEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LE_OQ)}; }
+RVX_INLINE Mask32x8 greater(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpgt_epi32(a.v, b.v))}; }
+RVX_INLINE Mask32x8 equal(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpeq_epi32(a.v, b.v))}; }
+RVX_INLINE Mask32x8 both(Mask32x8 a, Mask32x8 b) { return {_mm256_and_ps(a.v, b.v)}; }
+RVX_INLINE Mask32x8 either(Mask32x8 a, Mask32x8 b) { return {_mm256_or_ps(a.v, b.v)}; }
+
+RVX_INLINE F32x8 select(Mask32x8 mask, F32x8 set, F32x8 clear) { return {_mm256_blendv_ps(clear.v, set.v, mask.v)}; }
+RVX_INLINE I32x8 select(Mask32x8 mask, I32x8 set, I32x8 clear) {
+    return {{_mm256_blendv_epi8(clear.v, set.v, _mm256_castps_si256(mask.v))}};
+}
+
+// Bit i tells lane i; only the lanes of the span.
+RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Full = {}) {
+    return static_cast<std::uint32_t>(_mm256_movemask_ps(mask.v));
+}
+RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Part part) { return laneBits(mask) & ((1u << part.n) - 1); }
+
+RVX_INLINE Mask32x8 greaterEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_GE_OQ)}; }
+// a without the lanes of b.
+RVX_INLINE Mask32x8 without(Mask32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
+RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.v)}; }
+RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
+// All bits of the byte lanes that are equal.
+RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }
+// Lanes whose sign bit is set: of a float, of an integer.
+RVX_INLINE Mask32x8 signs(F32x8 a) { return {_mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(a.v), 31))}; }
+RVX_INLINE F32x8 bitXor(F32x8 a, F32x8 b) { return {_mm256_xor_ps(a.v, b.v)}; }
+// Lanes in which a bit (a power of two) is set.
+RVX_INLINE Mask32x8 hasBit(I32x8 a, std::int32_t bit) {
+    const __m256i bits = _mm256_set1_epi32(bit);
+    return {_mm256_castsi256_ps(_mm256_cmpeq_epi32(_mm256_and_si256(a.v, bits), bits))};
+}
+
+} // namespace rvxcv

@@ -1,0 +1,68 @@
+// Conversions between lane types, narrowing in order, and lanes that move.
+#pragma once
+
+#include "kernel/vec/arithmetic.h"
+#include "kernel/vec/memory.h"
+
+namespace rvxcv {
+
+RVX_INLINE F32x8 toF32(I32x8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
+// Only for values inside the int32 range: clamp in float first.
+RVX_INLINE I32x8 roundToEven(F32x8 a) { return {{_mm256_cvtps_epi32(a.v)}}; }
+RVX_INLINE I32x8 truncate(F32x8 a) { return {{_mm256_cvttps_epi32(a.v)}}; }
+RVX_INLINE I32x8 widenLow(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}}; }
+RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}}; }
+// Lanes in order: first the eight of `low`, then the eight of `high`.
+RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
+    return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};
+}
+// Lanes 0..255 as the bytes of an integer, lane 0 the lowest.
+RVX_INLINE std::uint64_t packedBytes(I32x8 a) {
+    const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
+    return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
+}
+// Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit
+// lane. narrowInLane puts 32-bit results of such pairs back in order.
+RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 pairsInLaneHigh(I16x16 a, I16x16 b) { return {{_mm256_unpackhi_epi16(a.v, b.v)}}; }
+RVX_INLINE I16x16 narrowInLane(I32x8 low, I32x8 high) { return {{_mm256_packs_epi32(low.v, high.v)}}; }
+// The lanes 0, 2, 4 ... and the lanes 1, 3, 5 ...; interleaveLowHalves puts 32-bit results of such lanes back in order.
+RVX_INLINE I32x8 widenEven(I16x16 a) { return mulAddPairs(a, splatPair(1, 0)); }
+RVX_INLINE I32x8 widenOdd(I16x16 a) { return {{_mm256_srai_epi32(a.v, 16)}}; }
+// The low halves of the 32-bit lanes, alternating: even[0], odd[0], even[1], odd[1] ...
+RVX_INLINE I16x16 interleaveLowHalves(I32x8 even, I32x8 odd) {
+    return {{_mm256_blend_epi16(even.v, _mm256_slli_epi32(odd.v, 16), 0xaa)}};
+}
+RVX_INLINE U16x16 narrowSaturatedUnsigned(I32x8 low, I32x8 high) {
+    return {{_mm256_permute4x64_epi64(_mm256_packus_epi32(low.v, high.v), 0xd8)}};
+}
+
+// 1.0 where one of eight mask bytes is non-zero, else 0.0.
+template <class Span> RVX_INLINE F32x8 loadSelection(const std::uint8_t *mask, Span span) {
+    const __m256i off = _mm256_cmpeq_epi32(loadI32(mask, span).v, _mm256_setzero_si256());
+    return {_mm256_andnot_ps(_mm256_castsi256_ps(off), _mm256_set1_ps(1.0f))};
+}
+
+// The bytes of a from `bytes` on (less than a vector), then the first ones of b.
+template <int bytes, class V> RVX_INLINE V shiftedIn(V a, V b) {
+    static_assert(bytes > 0 && bytes < 32);
+    const __m256i low = detail::raw(a), high = detail::raw(b), middle = _mm256_permute2x128_si256(low, high, 0x21);
+    __m256i result = middle;
+    if constexpr (bytes < 16) {
+        result = _mm256_alignr_epi8(middle, low, bytes);
+    } else if constexpr (bytes > 16) {
+        result = _mm256_alignr_epi8(high, middle, bytes - 16);
+    }
+    return detail::fromRaw<V>(result);
+}
+
+// Any vector from two halves of 16 bytes, each with its bytes in an order of its own.
+template <class V>
+RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::Element *high, U8x32 order) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(low));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(high));
+    const __m256i bytes = _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1), order.v);
+    return detail::fromRaw<V>(bytes);
+}
+
+} // namespace rvxcv
