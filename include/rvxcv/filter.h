@@ -345,6 +345,31 @@ StatusCode rvxiFilterLowpassGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, in
 StatusCode rvxiGenSobelKernel_16s(int16_t *dst, int32_t n, int32_t order, int32_t sign);
 StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t sign);
 
+/* --------------------------------------------------------------------------------------- Colour gradient to grey */
+
+/* The magnitude of a gradient over three colour channels: of an image with one gradient component per interleaved
+ * channel (a derivative filter's output for each), one number per pixel, so that edge and corner detectors for grey
+ * images can go on. With c0, c1, c2 the channels of a pixel, S their sum and Q the sum of their squares:
+ *
+ *            NormInf                  NormL1                      NormL2
+ *     8u     max(c0, c1, c2)          (S * 1365 + 2048) >> 12     floor(0.5 + sqrt(Q / 3))
+ *     16u    max(c0, c1, c2)          (S * 5461 + 8192) >> 14     floor(0.5 + sqrt(Q / 3))
+ *     32f    max(|c0|, |c1|, |c2|)    |c0| + |c1| + |c2|          sqrt(Q)
+ *
+ * Integers are averaged over the channels and so stay in their range; floats are not. Integer results are exact. 32f:
+ * L1 adds from left to right; L2 is the correctly rounded root of fma(c2, c2, fma(c1, c1, c0 * c0)); the maximum is
+ * taken from left to right, max(a, b) = a > b ? a : b. Source and destination must not overlap.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width or height below 1), StatusBadStep
+ * (a step does not cover its row), StatusStepNotMultiple (a step is not a multiple of the element size),
+ * StatusBadArgument (norm is none of NormInf, NormL1, NormL2). */
+StatusCode rvxiGradientColorToGray_8u_C3C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                            RoiSize roi, NormKind norm);
+StatusCode rvxiGradientColorToGray_16u_C3C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                             RoiSize roi, NormKind norm);
+StatusCode rvxiGradientColorToGray_32f_C3C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
+                                             RoiSize roi, NormKind norm);
+
 #ifdef __cplusplus
 }
 #endif

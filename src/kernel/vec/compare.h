@@ -12,6 +12,7 @@ struct Mask32x8 {
 
 RVX_INLINE Mask32x8 greater(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_GT_OQ)}; }
 RVX_INLINE Mask32x8 lessEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_LE_OQ)}; }
+RVX_INLINE Mask32x8 equal(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)}; }
 RVX_INLINE Mask32x8 greater(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpgt_epi32(a.v, b.v))}; }
 RVX_INLINE Mask32x8 equal(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpeq_epi32(a.v, b.v))}; }
 RVX_INLINE Mask32x8 both(Mask32x8 a, Mask32x8 b) { return {_mm256_and_ps(a.v, b.v)}; }
@@ -22,6 +23,9 @@ RVX_INLINE I32x8 select(Mask32x8 mask, I32x8 set, I32x8 clear) {
     return {{_mm256_blendv_epi8(clear.v, set.v, _mm256_castps_si256(mask.v))}};
 }
 
+// -1 in the lanes of the mask, 0 in the others.
+RVX_INLINE I32x8 allBits(Mask32x8 mask) { return {{_mm256_castps_si256(mask.v)}}; }
+
 // Bit i tells lane i; only the lanes of the span.
 RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Full = {}) {
     return static_cast<std::uint32_t>(_mm256_movemask_ps(mask.v));
@@ -31,6 +35,8 @@ RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Part part) { return laneBits(ma
 RVX_INLINE Mask32x8 greaterEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_GE_OQ)}; }
 // a without the lanes of b.
 RVX_INLINE Mask32x8 without(Mask32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
+// a with zero in the lanes of b.
+RVX_INLINE F32x8 without(F32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
 RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.v)}; }
 RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
 // All bits of the byte lanes that are equal.

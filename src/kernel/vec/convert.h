@@ -26,6 +26,15 @@ RVX_INLINE std::uint64_t packedBytes(I32x8 a) {
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 pairsInLaneHigh(I16x16 a, I16x16 b) { return {{_mm256_unpackhi_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 narrowInLane(I32x8 low, I32x8 high) { return {{_mm256_packs_epi32(low.v, high.v)}}; }
+// Unsigned lanes widened, or paired as above, by halves of each 128-bit lane; the narrowings in lane put results back.
+RVX_INLINE U8x32 pairsInLaneLow(U8x32 a, U8x32 b) { return {{_mm256_unpacklo_epi8(a.v, b.v)}}; }
+RVX_INLINE U8x32 pairsInLaneHigh(U8x32 a, U8x32 b) { return {{_mm256_unpackhi_epi8(a.v, b.v)}}; }
+RVX_INLINE I16x16 widenInLaneLow(U8x32 a) { return {{_mm256_unpacklo_epi8(a.v, _mm256_setzero_si256())}}; }
+RVX_INLINE I16x16 widenInLaneHigh(U8x32 a) { return {{_mm256_unpackhi_epi8(a.v, _mm256_setzero_si256())}}; }
+RVX_INLINE I32x8 widenInLaneLow(U16x16 a) { return {{_mm256_unpacklo_epi16(a.v, _mm256_setzero_si256())}}; }
+RVX_INLINE I32x8 widenInLaneHigh(U16x16 a) { return {{_mm256_unpackhi_epi16(a.v, _mm256_setzero_si256())}}; }
+RVX_INLINE U8x32 narrowUnsignedInLane(I16x16 low, I16x16 high) { return {{_mm256_packus_epi16(low.v, high.v)}}; }
+RVX_INLINE U16x16 narrowUnsignedInLane(I32x8 low, I32x8 high) { return {{_mm256_packus_epi32(low.v, high.v)}}; }
 // The lanes 0, 2, 4 ... and the lanes 1, 3, 5 ...; interleaveLowHalves puts 32-bit results of such lanes back in order.
 RVX_INLINE I32x8 widenEven(I16x16 a) { return mulAddPairs(a, splatPair(1, 0)); }
 RVX_INLINE I32x8 widenOdd(I16x16 a) { return {{_mm256_srai_epi32(a.v, 16)}}; }
