@@ -26,19 +26,21 @@ struct SumOfChannels {
     // * 1365 / 2^12 with the half added is * 10920 / 2^15 rounded, ties up.
     static RVX_INLINE U8x32 of(const ThreeChannels<U8x32> &a) {
         const I16x16 third = splat(std::int16_t{8 * 1365});
-        const I16x16 low = add(add(widenInLaneLow(a.c0), widenInLaneLow(a.c1)), widenInLaneLow(a.c2));
-        const I16x16 high = add(add(widenInLaneHigh(a.c0), widenInLaneHigh(a.c1)), widenInLaneHigh(a.c2));
+        const I8x32 ones = splat(std::int8_t{1});
+        const I16x16 low = add(mulAddPairs(pairsInLaneLow(a.c0, a.c1), ones), widenInLaneLow(a.c2));
+        const I16x16 high = add(mulAddPairs(pairsInLaneHigh(a.c0, a.c1), ones), widenInLaneHigh(a.c2));
         return narrowUnsignedInLane(mulRounded(low, third), mulRounded(high, third));
     }
+    // The sum is its low 16 bits and at most two carries. * 5461 / 2^14 is * 21844 / 2^16; a carry brings 21844.
     static RVX_INLINE U16x16 of(const ThreeChannels<U16x16> &a) {
-        const I32x8 low = add(add(widenInLaneLow(a.c0), widenInLaneLow(a.c1)), widenInLaneLow(a.c2));
-        const I32x8 high = add(add(widenInLaneHigh(a.c0), widenInLaneHigh(a.c1)), widenInLaneHigh(a.c2));
-        return narrowUnsignedInLane(third(low), third(high));
+        const U16x16 factor = splat(std::uint16_t{4 * 5461});
+        const U16x16 two = add(a.c0, a.c1), low = add(two, a.c2);
+        // Each -1 where nothing was carried.
+        const U16x16 spared = add(equal(two, addSaturated(a.c0, a.c1)), equal(low, addSaturated(two, a.c2)));
+        const U16x16 carries = mulLow(add(spared, splat(std::uint16_t{2})), factor);
+        return add(add(mulHigh(low, factor), shiftRight<15>(mulLow(low, factor))), carries);
     }
     static RVX_INLINE F32x8 of(const ThreeChannels<F32x8> &a) { return add(add(abs(a.c0), abs(a.c1)), abs(a.c2)); }
-
-private:
-    static RVX_INLINE I32x8 third(I32x8 sum) { return shiftRight<14>(add(mulLow(sum, splat(5461)), splat(8192))); }
 };
 
 struct RootOfSquares {

@@ -9,6 +9,9 @@
 //     r0  0 1 2 0 1 2 0 1      collected  0 . . 0 . . 0 .      in order: 0 3 6 1 4 7 2 5
 //     r1  2 0 1 2 0 1 2 0      for        . 0 . . 0 . . 0
 //     r2  1 2 0 1 2 0 1 2      channel 0  . . 0 . . 0 . .
+//
+// Blends of single bytes are slow on some processors: there each register is shuffled, with zeros for what comes from
+// the others, and the three are joined.
 #pragma once
 
 #include "kernel/vec.h"
@@ -19,42 +22,64 @@ template <class V> struct ThreeChannels { V c0, c1, c2; };
 
 namespace detail {
 
-// Which of a half's places of register r hold the channel, as bits.
+// Registers and channels change roles between the two directions: element i of a half of register r belongs to channel
+// (r * n + i) % 3, and element i of channel c lies in register (3 * i + c) / n.
+template <class V> inline constexpr int halfLanes = V::lanes / 2;
+
+// The places of a half of register r that hold the channel, as bits.
 template <class V> constexpr unsigned channelPlaces(int r, int channel) {
-    constexpr int n = V::lanes / 2;
     unsigned places = 0;
-    for (int i = 0; i < n; ++i) {
-        places |= (r * n + i) % 3 == channel ? 1u << i : 0;
+    for (int i = 0; i < halfLanes<V>; ++i) {
+        places |= (r * halfLanes<V> + i) % 3 == channel ? 1u << i : 0;
     }
     return places;
 }
 
-// The pixel whose element of this channel lies at a place of a half.
-template <class V> constexpr int pixelAt(int place, int channel) {
-    constexpr int n = V::lanes / 2;
-    int pixel = 0;
-    while ((3 * pixel + channel) % n != place) {
-        ++pixel;
+// Where the channel's pixel i of a half lies, and which of the channel's pixels goes to a place: in any register, or -1
+// unless it is the register r.
+template <class V> constexpr int placeOf(int i, int channel, int r) {
+    const int element = 3 * i + channel;
+    return r < 0 || element / halfLanes<V> == r ? element % halfLanes<V> : -1;
+}
+template <class V> constexpr int pixelAt(int place, int channel, int r) {
+    for (int i = 0; i < halfLanes<V>; ++i) {
+        if (placeOf<V>(i, channel, r) == place) {
+            return i;
+        }
     }
-    return pixel;
+    return -1;
+}
+
+template <class V, int channel, int r, int... i> RVX_INLINE V inOrder(V a, std::integer_sequence<int, i...>) {
+    return reorderedInHalves<placeOf<V>(i, channel, r)...>(a);
+}
+template <class V, int channel, int r, int... i> RVX_INLINE V inPlace(V a, std::integer_sequence<int, i...>) {
+    return reorderedInHalves<pixelAt<V>(i, channel, r)...>(a);
 }
 
 template <int channel, class V> RVX_INLINE V collectChannel(V r0, V r1, V r2) {
-    const V mixed =
-        mixedInHalves<channelPlaces<V>(2, channel)>(mixedInHalves<channelPlaces<V>(1, channel)>(r0, r1), r2);
-    return [&]<int... i>(std::integer_sequence<int, i...>) {
-        return reorderedInHalves<(3 * i + channel) % (V::lanes / 2)...>(mixed);
+    constexpr std::make_integer_sequence<int, halfLanes<V>> lanes;
+    if constexpr (sizeof(typename V::Element) == 1) {
+        return bitsOfAny(inOrder<V, channel, 0>(r0, lanes), inOrder<V, channel, 1>(r1, lanes),
+                         inOrder<V, channel, 2>(r2, lanes));
+    } else {
+        const V mixed = mixedInHalves<channelPlaces<V>(1, channel)>(r0, r1);
+        return inOrder<V, channel, -1>(mixedInHalves<channelPlaces<V>(2, channel)>(mixed, r2), lanes);
     }
-    (std::make_integer_sequence<int, V::lanes / 2>{});
 }
 
-template <int channel, class V> RVX_INLINE V spreadChannel(V a) {
-    return [&]<int... i>(std::integer_sequence<int, i...>) { return reorderedInHalves<pixelAt<V>(i, channel)...>(a); }
-    (std::make_integer_sequence<int, V::lanes / 2>{});
-}
-
-template <int r, class V> RVX_INLINE V mixChannels(V c0, V c1, V c2) {
-    return mixedInHalves<channelPlaces<V>(r, 2)>(mixedInHalves<channelPlaces<V>(r, 1)>(c0, c1), c2);
+template <class V> RVX_INLINE void spreadChannels(V c0, V c1, V c2, V *r0, V *r1, V *r2) {
+    constexpr std::make_integer_sequence<int, halfLanes<V>> lanes;
+    if constexpr (sizeof(typename V::Element) == 1) {
+        *r0 = bitsOfAny(inPlace<V, 0, 0>(c0, lanes), inPlace<V, 1, 0>(c1, lanes), inPlace<V, 2, 0>(c2, lanes));
+        *r1 = bitsOfAny(inPlace<V, 0, 1>(c0, lanes), inPlace<V, 1, 1>(c1, lanes), inPlace<V, 2, 1>(c2, lanes));
+        *r2 = bitsOfAny(inPlace<V, 0, 2>(c0, lanes), inPlace<V, 1, 2>(c1, lanes), inPlace<V, 2, 2>(c2, lanes));
+    } else {
+        const V a = inPlace<V, 0, -1>(c0, lanes), b = inPlace<V, 1, -1>(c1, lanes), c = inPlace<V, 2, -1>(c2, lanes);
+        *r0 = mixedInHalves<channelPlaces<V>(0, 2)>(mixedInHalves<channelPlaces<V>(0, 1)>(a, b), c);
+        *r1 = mixedInHalves<channelPlaces<V>(1, 2)>(mixedInHalves<channelPlaces<V>(1, 1)>(a, b), c);
+        *r2 = mixedInHalves<channelPlaces<V>(2, 2)>(mixedInHalves<channelPlaces<V>(2, 1)>(a, b), c);
+    }
 }
 
 } // namespace detail
@@ -69,10 +94,8 @@ template <class V> RVX_INLINE ThreeChannels<V> separated(V first, V second, V th
 template <class V> struct ThreeVectors { V first, second, third; };
 
 template <class V> RVX_INLINE ThreeVectors<V> interleaved(const ThreeChannels<V> &a) {
-    const V c0 = detail::spreadChannel<0>(a.c0), c1 = detail::spreadChannel<1>(a.c1),
-            c2 = detail::spreadChannel<2>(a.c2);
-    const V r0 = detail::mixChannels<0>(c0, c1, c2), r1 = detail::mixChannels<1>(c0, c1, c2),
-            r2 = detail::mixChannels<2>(c0, c1, c2);
+    V r0, r1, r2;
+    detail::spreadChannels(a.c0, a.c1, a.c2, &r0, &r1, &r2);
     // r0, r1, r2 hold the 16-byte pieces 0 and 3, 1 and 4, 2 and 5.
     return {lowThenLow(r0, r1), lowThenHigh(r2, r0), highThenHigh(r1, r2)};
 }

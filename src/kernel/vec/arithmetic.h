@@ -64,6 +64,10 @@ RVX_INLINE I16x16 abs(I16x16 a) { return {{_mm256_abs_epi16(a.v)}}; }
 RVX_INLINE I16x16 mulSign(I16x16 a, I16x16 b) { return {{_mm256_sign_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 bitAnd(I16x16 a, I16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 template <int bits> RVX_INLINE U16x16 shiftRight(U16x16 a) { return {{_mm256_srli_epi16(a.v, bits)}}; }
+RVX_INLINE U16x16 add(U16x16 a, U16x16 b) { return {{_mm256_add_epi16(a.v, b.v)}}; }
+RVX_INLINE U16x16 sub(U16x16 a, U16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}}; }
+RVX_INLINE U16x16 addSaturated(U16x16 a, U16x16 b) { return {{_mm256_adds_epu16(a.v, b.v)}}; }
+RVX_INLINE U16x16 mulLow(U16x16 a, U16x16 b) { return {{_mm256_mullo_epi16(a.v, b.v)}}; }
 RVX_INLINE U16x16 subSaturated(U16x16 a, U16x16 b) { return {{_mm256_subs_epu16(a.v, b.v)}}; }
 RVX_INLINE U16x16 min(U16x16 a, U16x16 b) { return {{_mm256_min_epu16(a.v, b.v)}}; }
 RVX_INLINE U16x16 max(U16x16 a, U16x16 b) { return {{_mm256_max_epu16(a.v, b.v)}}; }
@@ -83,6 +87,9 @@ RVX_INLINE F32x8 absDiff(F32x8 a, F32x8 b) { return abs(sub(a, b)); }
 
 // Sums of products of neighbouring 16-bit lanes, as 32-bit lanes: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
 RVX_INLINE I32x8 mulAddPairs(I16x16 a, I16x16 b) { return {{_mm256_madd_epi16(a.v, b.v)}}; }
+
+// The same of unsigned bytes and small signed ones, as 16-bit lanes that saturate.
+RVX_INLINE I16x16 mulAddPairs(U8x32 a, I8x32 b) { return {{_mm256_maddubs_epi16(a.v, b.v)}}; }
 
 RVX_INLINE F64x4 splat(double a) { return {_mm256_set1_pd(a)}; }
 RVX_INLINE F64x4 add(F64x4 a, F64x4 b) { return {_mm256_add_pd(a.v, b.v)}; }

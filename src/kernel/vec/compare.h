@@ -39,8 +39,9 @@ RVX_INLINE Mask32x8 without(Mask32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b
 RVX_INLINE F32x8 without(F32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
 RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.v)}; }
 RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
-// All bits of the byte lanes that are equal.
+// All bits of the byte or 16-bit lanes that are equal.
 RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }
+RVX_INLINE U16x16 equal(U16x16 a, U16x16 b) { return {{_mm256_cmpeq_epi16(a.v, b.v)}}; }
 // Lanes whose sign bit is set: of a float, of an integer.
 RVX_INLINE Mask32x8 signs(F32x8 a) { return {_mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(a.v), 31))}; }
 RVX_INLINE F32x8 bitXor(F32x8 a, F32x8 b) { return {_mm256_xor_ps(a.v, b.v)}; }

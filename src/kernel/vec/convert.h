@@ -75,53 +75,47 @@ RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::El
 }
 
 namespace detail {
-// Byte masks and byte orders that repeat in both halves of a vector.
-template <unsigned pattern> struct HalfMask {
-    alignas(32) std::uint8_t bytes[32];
-    constexpr HalfMask() : bytes{} {
-        for (unsigned i = 0; i < 32; ++i) {
-            bytes[i] = (pattern >> (i % 16) & 1) != 0 ? 0xff : 0;
-        }
-    }
-};
+// The byte order of elements that is the same in both halves of a vector; a place from before 0 stands for zeros.
 template <int size, int... from> struct HalfOrder {
     alignas(32) std::uint8_t bytes[32];
     constexpr HalfOrder() : bytes{} {
         constexpr int elements[] = {from...};
         for (int i = 0; i < 32; ++i) {
-            bytes[i] = static_cast<std::uint8_t>(elements[i % 16 / size] * size + i % size);
+            const int element = elements[i % 16 / size];
+            bytes[i] = static_cast<std::uint8_t>(element < 0 ? 0x80 : element * size + i % size);
         }
     }
 };
-template <unsigned pattern> inline constexpr HalfMask<pattern> halfMask{};
 template <int size, int... from> inline constexpr HalfOrder<size, from...> halfOrder{};
 } // namespace detail
 
-// In each half (16 bytes) of a vector: the elements of b whose bit is set in the pattern, else those of a.
-template <unsigned pattern, class V> RVX_INLINE V mixedInHalves(V a, V b) {
-    const __m256i first = detail::raw(a), second = detail::raw(b);
-    if constexpr (sizeof(typename V::Element) == 4) {
-        return detail::fromRaw<V>(_mm256_blend_epi32(first, second, static_cast<int>(pattern * 0x11)));
-    } else if constexpr (sizeof(typename V::Element) == 2) {
-        return detail::fromRaw<V>(_mm256_blend_epi16(first, second, static_cast<int>(pattern)));
-    } else {
-        const auto *mask = reinterpret_cast<const __m256i *>(detail::halfMask<pattern>.bytes);
-        return detail::fromRaw<V>(_mm256_blendv_epi8(first, second, _mm256_load_si256(mask)));
-    }
-}
-
-// In each half of a vector: element i is the one that was at place from[i].
+// In each half (16 bytes) of a vector: element i is the one that was at place from[i], or zero where that is negative.
 template <int... from, class V> RVX_INLINE V reorderedInHalves(V a) {
     constexpr int size = sizeof(typename V::Element);
+    constexpr int places[] = {from...};
     static_assert(sizeof...(from) * size == 16);
-    if constexpr (size == 4) {
-        constexpr int places[] = {from...};
+    if constexpr (size == 4 && (... && (from >= 0))) {
         constexpr int order = places[0] | places[1] << 2 | places[2] << 4 | places[3] << 6;
         return detail::fromRaw<V>(_mm256_shuffle_epi32(detail::raw(a), order));
     } else {
         const auto *order = reinterpret_cast<const __m256i *>(detail::halfOrder<size, from...>.bytes);
         return detail::fromRaw<V>(_mm256_shuffle_epi8(detail::raw(a), _mm256_load_si256(order)));
     }
+}
+
+// In each half of a vector: the elements of b whose bit is set in the pattern, else those of a. Two or four bytes.
+template <unsigned pattern, class V> RVX_INLINE V mixedInHalves(V a, V b) {
+    const __m256i first = detail::raw(a), second = detail::raw(b);
+    if constexpr (sizeof(typename V::Element) == 4) {
+        return detail::fromRaw<V>(_mm256_blend_epi32(first, second, static_cast<int>(pattern * 0x11)));
+    } else {
+        static_assert(sizeof(typename V::Element) == 2);
+        return detail::fromRaw<V>(_mm256_blend_epi16(first, second, static_cast<int>(pattern)));
+    }
+}
+
+template <class V> RVX_INLINE V bitsOfAny(V a, V b, V c) {
+    return detail::fromRaw<V>(_mm256_or_si256(_mm256_or_si256(detail::raw(a), detail::raw(b)), detail::raw(c)));
 }
 
 // Two halves as one vector: the low half of a, then the high half of b; and so on.
