@@ -8,4 +8,6 @@
 #include "kernel/vec/bits.h"
 #include "kernel/vec/compare.h"
 #include "kernel/vec/convert.h"
+#include "kernel/vec/double.h"
+#include "kernel/vec/lanes.h"
 #include "kernel/vec/memory.h"

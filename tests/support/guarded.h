@@ -139,7 +139,7 @@ private:
 
 // Two values are the same: equal bits, or both NaN (which NaN comes out of an operation on two is not fixed).
 template <class T> bool sameValue(T a, T b) {
-    if constexpr (std::is_same_v<T, float>) {
+    if constexpr (std::is_floating_point_v<T>) {
         if (std::isnan(a) || std::isnan(b)) {
             return std::isnan(a) && std::isnan(b);
         }

@@ -46,29 +46,24 @@ constexpr Contents allContents[] = {Contents::random, Contents::small, Contents:
                                     Contents::special};
 
 template <class T> T randomValue(Rng &rng, Contents contents) {
-    if constexpr (std::is_same_v<T, float>) {
-        const float unit = static_cast<float>(uniform(rng, -1000000, 1000000)) * 1e-6f;
+    if constexpr (std::is_floating_point_v<T>) {
+        using Limits = std::numeric_limits<T>;
+        const T unit = static_cast<T>(uniform(rng, -1000000, 1000000)) * static_cast<T>(1e-6);
         switch (contents) {
         case Contents::small:
-            return static_cast<float>(uniform(rng, -2, 2));
+            return static_cast<T>(uniform(rng, -2, 2));
         case Contents::nearMax:
-            return unit * 1e30f;
+            return unit * static_cast<T>(1e30);
         case Contents::constant:
-            return 37.25f;
+            return static_cast<T>(37.25);
         case Contents::special: {
-            constexpr float values[] = {std::numeric_limits<float>::quiet_NaN(),
-                                        std::numeric_limits<float>::infinity(),
-                                        -std::numeric_limits<float>::infinity(),
-                                        -0.0f,
-                                        0.0f,
-                                        std::numeric_limits<float>::denorm_min(),
-                                        -1e-40f,
-                                        std::numeric_limits<float>::max()};
+            constexpr T values[] = {Limits::quiet_NaN(),  Limits::infinity(), -Limits::infinity(), T{-0.0}, T{0},
+                                    Limits::denorm_min(), -Limits::min() / 8, Limits::max()};
             const std::int64_t pick = uniform(rng, 0, 31);
-            return pick < 8 ? values[pick] : unit * 1000.0f;
+            return pick < 8 ? values[pick] : unit * 1000;
         }
         default:
-            return unit * 1000.0f;
+            return unit * 1000;
         }
     } else {
         constexpr std::int64_t low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();

@@ -24,12 +24,14 @@ RVX_INLINE I16x16 splatPair(const std::int16_t *p) {
 RVX_INLINE F32x8 add(F32x8 a, F32x8 b) { return {_mm256_add_ps(a.v, b.v)}; }
 RVX_INLINE F32x8 sub(F32x8 a, F32x8 b) { return {_mm256_sub_ps(a.v, b.v)}; }
 RVX_INLINE F32x8 mul(F32x8 a, F32x8 b) { return {_mm256_mul_ps(a.v, b.v)}; }
+RVX_INLINE F32x8 div(F32x8 a, F32x8 b) { return {_mm256_div_ps(a.v, b.v)}; }
 // a * b + c, rounded once.
 RVX_INLINE F32x8 fma(F32x8 a, F32x8 b, F32x8 c) { return {_mm256_fmadd_ps(a.v, b.v, c.v)}; }
 RVX_INLINE F32x8 sqrt(F32x8 a) { return {_mm256_sqrt_ps(a.v)}; }
 RVX_INLINE F32x8 copySign(F32x8 magnitude, F32x8 sign) {
     return {_mm256_or_ps(magnitude.v, _mm256_and_ps(_mm256_set1_ps(-0.0f), sign.v))};
 }
+RVX_INLINE F32x8 negated(F32x8 a) { return {_mm256_xor_ps(a.v, _mm256_set1_ps(-0.0f))}; }
 RVX_INLINE F32x8 abs(F32x8 a) { return {_mm256_andnot_ps(_mm256_set1_ps(-0.0f), a.v)}; }
 // a < b ? a : b and a > b ? a : b, as the instructions do it: the second operand when one is NaN.
 RVX_INLINE F32x8 min(F32x8 a, F32x8 b) { return {_mm256_min_ps(a.v, b.v)}; }

@@ -1,30 +1,94 @@
-// Four doubles, where a contract asks for double precision.
+// Double precision, where a contract asks for it. Eight doubles are two vectors that act as one, so that they stand
+// beside eight floats or eight integers in a kernel.
 #pragma once
 
+#include "kernel/vec/arithmetic.h"
 #include "kernel/vec/memory.h"
 
 namespace rvxcv {
 
-struct F64x4 {
-    using Element = double;
-    static constexpr int lanes = 4;
-    __m256d v;
-};
-template <> struct VectorOf<double> { using type = F64x4; };
-
-template <class Span> RVX_INLINE F64x4 loadF64(const double *p, Span span) {
-    return {_mm256_castsi256_pd(detail::raw(load<F32x8>(reinterpret_cast<const float *>(p), Span{span})))};
-}
-
-RVX_INLINE F64x4 splat(double a) { return {_mm256_set1_pd(a)}; }
-RVX_INLINE F64x4 add(F64x4 a, F64x4 b) { return {_mm256_add_pd(a.v, b.v)}; }
-RVX_INLINE F64x4 sub(F64x4 a, F64x4 b) { return {_mm256_sub_pd(a.v, b.v)}; }
-RVX_INLINE F64x4 mul(F64x4 a, F64x4 b) { return {_mm256_mul_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 div(F64x4 a, F64x4 b) { return {_mm256_div_pd(a.v, b.v)}; }
-// a * b + c, rounded once.
-RVX_INLINE F64x4 fma(F64x4 a, F64x4 b, F64x4 c) { return {_mm256_fmadd_pd(a.v, b.v, c.v)}; }
-RVX_INLINE F64x4 sqrt(F64x4 a) { return {_mm256_sqrt_pd(a.v)}; }
 // a > b ? a : b, as the instruction does it: the second operand when one is NaN.
 RVX_INLINE F64x4 max(F64x4 a, F64x4 b) { return {_mm256_max_pd(a.v, b.v)}; }
+template <int lane> RVX_INLINE F64x4 splatLane(F64x4 a) { return {_mm256_permute4x64_pd(a.v, lane * 0x55)}; }
+
+struct F64x8 {
+    using Element = double;
+    static constexpr int lanes = 8;
+    F64x4 low, high;
+};
+
+RVX_INLINE F64x8 splatEight(double a) { return {splat(a), splat(a)}; }
+RVX_INLINE F64x8 add(F64x8 a, F64x8 b) { return {add(a.low, b.low), add(a.high, b.high)}; }
+RVX_INLINE F64x8 sub(F64x8 a, F64x8 b) { return {sub(a.low, b.low), sub(a.high, b.high)}; }
+RVX_INLINE F64x8 mul(F64x8 a, F64x8 b) { return {mul(a.low, b.low), mul(a.high, b.high)}; }
+RVX_INLINE F64x8 div(F64x8 a, F64x8 b) { return {div(a.low, b.low), div(a.high, b.high)}; }
+RVX_INLINE F64x8 max(F64x8 a, F64x8 b) { return {max(a.low, b.low), max(a.high, b.high)}; }
+RVX_INLINE F64x8 negated(F64x8 a) {
+    const __m256d sign = _mm256_set1_pd(-0.0);
+    return {{_mm256_xor_pd(a.low.v, sign)}, {_mm256_xor_pd(a.high.v, sign)}};
+}
+// a * b + c, rounded once.
+RVX_INLINE F64x8 fma(F64x8 a, F64x8 b, F64x8 c) { return {fma(a.low, b.low, c.low), fma(a.high, b.high, c.high)}; }
+
+// Exact.
+RVX_INLINE F64x8 toF64(I32x8 a) {
+    return {{_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))}, {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}};
+}
+RVX_INLINE F64x8 toF64(F32x8 a) {
+    return {{_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}, {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}};
+}
+// Rounded to nearest even.
+RVX_INLINE F32x8 toF32(F64x8 a) { return {_mm256_set_m128(_mm256_cvtpd_ps(a.high.v), _mm256_cvtpd_ps(a.low.v))}; }
+// Toward zero; what does not fit, and NaN, gives the smallest integer.
+RVX_INLINE I32x8 truncate(F64x8 a) {
+    return {{_mm256_set_m128i(_mm256_cvttpd_epi32(a.high.v), _mm256_cvttpd_epi32(a.low.v))}};
+}
+
+// Eight elements of any 32- or 64-bit type: one vector, or two.
+template <class T> struct EightOf { using type = Vec<T>; };
+template <> struct EightOf<double> { using type = F64x8; };
+template <class T> using Eight = typename EightOf<std::remove_const_t<T>>::type;
+
+template <class T, class Span> RVX_INLINE Eight<T> loadEight(const T *p, Span span) { return load<Vec<T>>(p, span); }
+RVX_INLINE F64x8 loadEight(const double *p, Full) { return {load<F64x4>(p), load<F64x4>(p + 4)}; }
+RVX_INLINE F64x8 loadEight(const double *p, Part part) {
+    if (part.n <= 4) {
+        return {load<F64x4>(p, part), splat(0.0)};
+    }
+    return {load<F64x4>(p), load<F64x4>(p + 4, Part{part.n - 4})};
+}
+
+template <class T, class V, class Span> RVX_INLINE void storeEight(T *p, V a, Span span) { store(p, a, span); }
+RVX_INLINE void storeEight(double *p, F64x8 a, Full) {
+    store(p, a.low);
+    store(p + 4, a.high);
+}
+RVX_INLINE void storeEight(double *p, F64x8 a, Part part) {
+    if (part.n <= 4) {
+        store(p, a.low, part);
+        return;
+    }
+    store(p, a.low);
+    store(p + 4, a.high, Part{part.n - 4});
+}
+
+// Eight integers as any of these types.
+template <class T> RVX_INLINE Eight<T> eightOf(I32x8 a) {
+    if constexpr (std::is_same_v<T, double>) {
+        return toF64(a);
+    } else if constexpr (std::is_same_v<T, float>) {
+        return {_mm256_cvtepi32_ps(a.v)};
+    } else {
+        return a;
+    }
+}
+template <class T> RVX_INLINE Eight<T> splatEightOf(T value) {
+    if constexpr (std::is_same_v<T, double>) {
+        return splatEight(value);
+    } else {
+        return splat(value);
+    }
+}
 
 } // namespace rvxcv
