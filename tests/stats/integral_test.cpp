@@ -207,7 +207,7 @@ TEST(Integral, TiltedWindowsHoldTheirPixels) {
     for (std::int64_t w = 1; w <= 4; ++w) {
         for (std::int64_t h = 1; h <= 4; ++h) {
             for (std::int64_t y = 1; y + w + h <= height + 1; ++y) {
-                for (std::int64_t x = h; x + w <= width + 1; ++x) {
+                for (std::int64_t x = h; x + w <= width; ++x) {
                     std::int32_t want = 0, pixels = 0;
                     for (std::int64_t row = 0; row < height; ++row) {
                         for (std::int64_t column = 0; column < width; ++column) {
