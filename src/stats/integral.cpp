@@ -1,9 +1,10 @@
 // Upright integral images of pixels and of their squares. Each row's running sum is complete before its one addition to
-// the element above, so a row is a prefix sum, formed in registers in groups of eight pixels, plus the row above.
+// the element above, so a row is a prefix sum, formed in registers, plus the row above.
 //
-// A running sum of 8-bit pixels or squares is an integer that a double always holds, and a float up to 2^24: there the
-// order of additions shows in no bit, and what is carried from group to group is an integer or a sum that no rounding
-// touches. Rows with more than 65792 pixels continue in floats, whose carry rounds.
+// As long as a running sum is an integer that its type holds exactly, the order of additions shows in no bit: it is
+// formed in 32-bit integers and converted once. Only in long rows does that end. Sums of squares then go on from the
+// exact sum of the stretch before, in doubles, which hold every sum of a row. Float sums round from then on, once for
+// every pixel, and carry a rounded sum from each group of eight pixels to the next.
 #include "stats/integral_image.h"
 
 #include "frame/api.h"
@@ -13,97 +14,104 @@
 namespace rvxcv {
 namespace {
 
-// ------------------------------------------------------------------------------- what goes from group to group
-
-// The sum of the row before the group is added to the group's own running sums.
-struct IntegerCarry {
-    I32x8 before = splat(0);
-
-    template <class T> RVX_INLINE Eight<T> advance(I32x8 group) {
-        const I32x8 running = add(group, before);
-        before = add(before, splatLane<7>(group));
-        return eightOf<T>(running);
-    }
-};
-
-struct FloatCarry {
-    F32x8 before;
-
-    template <class T> RVX_INLINE F32x8 advance(I32x8 group) {
-        const F32x8 running = add(toF32(group), before);
-        before = splatLane<7>(running);
-        return running;
-    }
-};
-
-struct DoubleCarry {
-    F64x4 before = splat(0.0);
-
-    template <class T> RVX_INLINE F64x8 advance(I32x8 group) {
-        const F64x8 sums = toF64(group), running{add(sums.low, before), add(sums.high, before)};
-        before = add(before, splatLane<3>(sums.high)); // exact, and shorter to wait for than the running sum
-        return running;
-    }
-};
-
 // ------------------------------------------------------------------------------------------------- rows of bytes
 
-// The pointers of the outputs stand at column 1.
-template <class T, class Carry> struct PixelRow {
+// The most pixels, in whole blocks of sixteen, whose sum is at most the largest exact integer.
+constexpr std::int64_t exactPixels(std::int64_t largest, std::int64_t term) { return largest / term / 16 * 16; }
+
+// The pointers of the outputs stand at column 1. `before` holds the sum of the pixels before the block, in every lane.
+template <class T> struct PixelRow {
     const std::uint8_t *src;
     const T *above;
     T *dst;
-    Carry &carry;
+    I32x8 &before;
 
     template <class Span> RVX_INLINE void group(std::ptrdiff_t x, I32x8 sums, Span span) const {
-        const Eight<T> running = carry.template advance<T>(sums);
+        const Eight<T> running = eightOf<T>(add(sums, before));
+        before = add(before, splatLane<7>(sums));
         storeEight(dst + x, add(loadEight(above + x, span), running), span);
     }
     // Sixteen pixels: their sums by eights fit in 16 bits.
-    RVX_INLINE void operator()(std::ptrdiff_t x, Full) const {
-        const I16x16 sums = prefixSumsInHalves(loadI16(src + x));
-        group(x, widenLow(sums), Full{});
-        group(x + 8, widenHigh(sums), Full{});
-    }
-    RVX_INLINE void operator()(std::ptrdiff_t x, Part part) const {
-        const I16x16 sums = prefixSumsInHalves(loadI16(src + x, part));
-        group(x, widenLow(sums), Part{std::min(part.n, 8)});
-        if (part.n > 8) {
-            group(x + 8, widenHigh(sums), Part{part.n - 8});
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        const I16x16 sums = prefixSumsInHalves(loadI16(src + x, span));
+        group(x, widenLow(sums), lowHalf(span));
+        if (reachesHighHalf(span)) {
+            group(x + 8, widenHigh(sums), highHalf(span));
         }
     }
 };
 
-template <class T, class Carry> struct SquareRow {
+// Behind the exact sums: groups of eight, whose exact sums are added to a rounded one.
+struct RoundedPixelRow {
     const std::uint8_t *src;
-    const T *above;
-    T *dst;
-    Carry &carry;
+    const float *above;
+    float *dst;
+    F32x8 &before;
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        const Eight<T> running = carry.template advance<T>(prefixSums(loadTerms<true>(src + x, span)));
-        storeEight(dst + x, add(loadEight(above + x, span), running), span);
+        const F32x8 running = add(toF32(prefixSums(loadI32(src + x, span))), before);
+        before = splatLane<7>(running);
+        store(dst + x, add(load<F32x8>(above + x, span), running), span);
     }
 };
 
-template <class T> void squareRow(const std::uint8_t *src, const T *above, T *dst, std::int64_t width) {
-    std::conditional_t<std::is_same_v<T, double>, DoubleCarry, IntegerCarry> carry;
-    walkRow<8>(width, SquareRow<T, decltype(carry)>{src, above, dst, carry});
-}
-
 inline void pixelRow(const std::uint8_t *src, const std::int32_t *above, std::int32_t *dst, std::int64_t width) {
-    IntegerCarry carry;
-    walkRow<16>(width, PixelRow<std::int32_t, IntegerCarry>{src, above, dst, carry});
+    I32x8 before = splat(0);
+    walkRow<16>(width, PixelRow<std::int32_t>{src, above, dst, before});
 }
 
 inline void pixelRow(const std::uint8_t *src, const float *above, float *dst, std::int64_t width) {
-    constexpr std::int64_t mostExact = (1 << 24) / 255 / 16 * 16; // pixels whose sum any float holds
-    IntegerCarry carry;
-    walkRow<16>(std::min(width, mostExact), PixelRow<float, IntegerCarry>{src, above, dst, carry});
-    if (width > mostExact) {
-        FloatCarry rounded{toF32(carry.before)};
-        walkRow<16>(width - mostExact,
-                    PixelRow<float, FloatCarry>{src + mostExact, above + mostExact, dst + mostExact, rounded});
+    constexpr std::int64_t exact = exactPixels(1 << 24, 255);
+    I32x8 before = splat(0);
+    walkRow<16>(std::min(width, exact), PixelRow<float>{src, above, dst, before});
+    if (width > exact) {
+        F32x8 rounded = toF32(before);
+        walkRow<8>(width - exact, RoundedPixelRow{src + exact, above + exact, dst + exact, rounded});
+    }
+}
+
+// Sixteen pixels as eight pairs: the running sums of the pairs' squares are those of the odd pixels, and without the
+// odd pixels' own squares those of the even ones. `later` stretches of a row add the sum of the earlier ones.
+template <class T, bool later> struct SquareRow {
+    const std::uint8_t *src;
+    const T *above;
+    T *dst;
+    I32x8 &before;
+    Eight<T> earlier;
+
+    template <class Span> RVX_INLINE void group(std::ptrdiff_t x, Eight<T> running, Span span) const {
+        if constexpr (later) {
+            running = add(running, earlier);
+        }
+        storeEight(dst + x, add(loadEight(above + x, span), running), span);
+    }
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        const I16x16 pixels = loadI16(src + x, span), oddPixels = bitAnd(pixels, splatPair(0, -1));
+        const I32x8 pairs = prefixSums(mulAddPairs(pixels, pixels));
+        const I32x8 odd = add(pairs, before), even = sub(odd, mulAddPairs(oddPixels, oddPixels));
+        before = add(before, splatLane<7>(pairs));
+        const I32x8 first = interleaveInHalvesLow(even, odd), second = interleaveInHalvesHigh(even, odd);
+        group(x, lowHalves<T>(first, second), lowHalf(span));
+        if (reachesHighHalf(span)) {
+            group(x + 8, highHalves<T>(first, second), highHalf(span));
+        }
+    }
+};
+
+inline void squareRow(const std::uint8_t *src, const std::int32_t *above, std::int32_t *dst, std::int64_t width) {
+    I32x8 before = splat(0);
+    walkRow<16>(width, SquareRow<std::int32_t, false>{src, above, dst, before, {}});
+}
+
+inline void squareRow(const std::uint8_t *src, const double *above, double *dst, std::int64_t width) {
+    constexpr std::int64_t exact = exactPixels(INT32_MAX, 255 * 255);
+    I32x8 before = splat(0);
+    walkRow<16>(std::min(width, exact), SquareRow<double, false>{src, above, dst, before, {}});
+    F64x8 earlier = splatEight(0.0);
+    for (std::int64_t x = exact; x < width; x += exact) {
+        earlier = add(earlier, toF64(before));
+        before = splat(0);
+        walkRow<16>(std::min(width - x, exact), SquareRow<double, true>{src + x, above + x, dst + x, before, earlier});
     }
 }
 

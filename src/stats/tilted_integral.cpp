@@ -19,6 +19,7 @@ template <bool squared, class T> struct TiltedRow {
     const T *centre;       // two rows above
     T *dst;
 
+    // `next` is the span of the pixels src[X].
     template <class Span, class Next> RVX_INLINE void block(std::ptrdiff_t x, Span span, Next next) const {
         const I32x8 terms = add(loadTerms<squared>(src + x, span), loadTerms<squared>(src + x + 1, next));
         Eight<T> sum = eightOf<T>(terms);
@@ -26,9 +27,6 @@ template <bool squared, class T> struct TiltedRow {
         sum = add(sum, loadEight(right + x, span));
         storeEight(dst + x, sub(sum, loadEight(centre + x, span)), span);
     }
-    RVX_INLINE void operator()(std::ptrdiff_t x, Full) const { block(x, Full{}, Full{}); }
-    // The last block of the row.
-    RVX_INLINE void operator()(std::ptrdiff_t x, Part part) const { block(x, part, Part{part.n - 1}); }
 };
 
 template <bool squared, class T>
@@ -39,11 +37,15 @@ void tiltedRow(const std::uint8_t *src, const SumImage<T> &out, std::int64_t y, 
     storeScalar(dst, loadScalar(above + 1));
     storeScalar(dst + width + 1, loadScalar(above + width));
     const TiltedRow<squared, T> row{src, above, above + 2, before + 1, dst + 1};
-    std::ptrdiff_t x = 0;
-    for (; x + 8 < width; x += 8) {
-        row(x, Full{});
+    if (width < 8) {
+        const auto n = static_cast<int>(width);
+        row.block(0, Part{n}, Part{n - 1});
+        return;
     }
-    row(x, Part{static_cast<int>(width - x)});
+    for (std::ptrdiff_t x = 0; x + 8 < width; x += 8) {
+        row.block(x, Full{}, Full{});
+    }
+    row.block(width - 8, Full{}, Part{7}); // in part once more: nothing that it reads is written here
 }
 
 // The second output, if any, holds the squares.

@@ -10,7 +10,6 @@ namespace rvxcv {
 RVX_INLINE F64x4 div(F64x4 a, F64x4 b) { return {_mm256_div_pd(a.v, b.v)}; }
 // a > b ? a : b, as the instruction does it: the second operand when one is NaN.
 RVX_INLINE F64x4 max(F64x4 a, F64x4 b) { return {_mm256_max_pd(a.v, b.v)}; }
-template <int lane> RVX_INLINE F64x4 splatLane(F64x4 a) { return {_mm256_permute4x64_pd(a.v, lane * 0x55)}; }
 
 struct F64x8 {
     using Element = double;
@@ -32,9 +31,9 @@ RVX_INLINE F64x8 negated(F64x8 a) {
 RVX_INLINE F64x8 fma(F64x8 a, F64x8 b, F64x8 c) { return {fma(a.low, b.low, c.low), fma(a.high, b.high, c.high)}; }
 
 // Exact.
-RVX_INLINE F64x8 toF64(I32x8 a) {
-    return {{_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))}, {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}};
-}
+RVX_INLINE F64x4 lowToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))}; }
+RVX_INLINE F64x4 highToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}; }
+RVX_INLINE F64x8 toF64(I32x8 a) { return {lowToF64(a), highToF64(a)}; }
 RVX_INLINE F64x8 toF64(F32x8 a) {
     return {{_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}, {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}};
 }
@@ -81,6 +80,21 @@ template <class T> RVX_INLINE Eight<T> eightOf(I32x8 a) {
         return {_mm256_cvtepi32_ps(a.v)};
     } else {
         return a;
+    }
+}
+// The same of the low halves of two vectors, and of the high ones.
+template <class T> RVX_INLINE Eight<T> lowHalves(I32x8 a, I32x8 b) {
+    if constexpr (std::is_same_v<T, double>) {
+        return {lowToF64(a), lowToF64(b)};
+    } else {
+        return eightOf<T>({{_mm256_permute2x128_si256(a.v, b.v, 0x20)}});
+    }
+}
+template <class T> RVX_INLINE Eight<T> highHalves(I32x8 a, I32x8 b) {
+    if constexpr (std::is_same_v<T, double>) {
+        return {highToF64(a), highToF64(b)};
+    } else {
+        return eightOf<T>({{_mm256_permute2x128_si256(a.v, b.v, 0x31)}});
     }
 }
 template <class T> RVX_INLINE Eight<T> splatEightOf(T value) {

@@ -27,6 +27,10 @@ RVX_INLINE I32x8 prefixSums(I32x8 a) {
     return add(a, {{_mm256_permute2x128_si256(halfSums, halfSums, 0x08)}}); // zeros, then the low half's sum
 }
 
+// Lanes of a and b in turn, within each half: its two low ones, its two high ones.
+RVX_INLINE I32x8 interleaveInHalvesLow(I32x8 a, I32x8 b) { return {{_mm256_unpacklo_epi32(a.v, b.v)}}; }
+RVX_INLINE I32x8 interleaveInHalvesHigh(I32x8 a, I32x8 b) { return {{_mm256_unpackhi_epi32(a.v, b.v)}}; }
+
 // Eight vectors as the rows of a square, mirrored at its diagonal.
 RVX_INLINE void transpose(F32x8 (&row)[8]) {
     __m256 pair[8], four[8];

@@ -12,6 +12,14 @@ struct Part {
     int n;
 };
 
+// A span of sixteen lanes as two of eight.
+RVX_INLINE Full lowHalf(Full) { return {}; }
+RVX_INLINE Full highHalf(Full) { return {}; }
+RVX_INLINE bool reachesHighHalf(Full) { return true; }
+RVX_INLINE Part lowHalf(Part part) { return {part.n < 8 ? part.n : 8}; }
+RVX_INLINE Part highHalf(Part part) { return {part.n - 8}; }
+RVX_INLINE bool reachesHighHalf(Part part) { return part.n > 8; }
+
 namespace detail {
 template <class T> struct IntVector {
     using Element = T;
