@@ -16,28 +16,39 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------- rows of bytes
 
-// The most pixels, in whole blocks of sixteen, whose sum is at most the largest exact integer.
-constexpr std::int64_t exactPixels(std::int64_t largest, std::int64_t term) { return largest / term / 16 * 16; }
+// The most pixels, in whole blocks, whose sum is at most the largest exact integer.
+constexpr std::int64_t exactPixels(std::int64_t largest, std::int64_t term) { return largest / term / 32 * 32; }
 
 // The pointers of the outputs stand at column 1. `before` holds the sum of the pixels before the block, in every lane.
+//
+// Rows are summed in pairs of pixels: the running sums of the pairs are those of the odd pixels, and without the odd
+// pixels themselves those of the even ones. That halves the additions along the row.
 template <class T> struct PixelRow {
     const std::uint8_t *src;
     const T *above;
     T *dst;
     I32x8 &before;
 
-    template <class Span> RVX_INLINE void group(std::ptrdiff_t x, I32x8 sums, Span span) const {
-        const Eight<T> running = eightOf<T>(add(sums, before));
-        before = add(before, splatLane<7>(sums));
-        storeEight(dst + x, add(loadEight(above + x, span), running), span);
-    }
-    // Sixteen pixels: their sums by eights fit in 16 bits.
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        const I16x16 sums = prefixSumsInHalves(loadI16(src + x, span));
-        group(x, widenLow(sums), lowHalf(span));
-        if (reachesHighHalf(span)) {
-            group(x + 8, widenHigh(sums), highHalf(span));
+    template <int g, class Span> RVX_INLINE void group(std::ptrdiff_t x, I32x8 sums, Span span) const {
+        if (reachesEight<g>(span)) {
+            const auto part = spanOfEight<g>(span);
+            const Eight<T> running = eightOf<T>(add(sums, before));
+            storeEight(dst + x + 8 * g, add(loadEight(above + x + 8 * g, part), running), part);
         }
+    }
+    // Thirty-two pixels: their sums by sixteens fit in 16 bits.
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        prefetchOutput<32>(dst + x);
+        const U8x32 pixels = load<U8x32>(src + x, span);
+        const I16x16 odd = prefixSumsInHalves(addPairs(pixels)), even = sub(odd, oddBytes(pixels));
+        const I16x16 first = pairsInLaneLow(even, odd), second = pairsInLaneHigh(even, odd);
+        const I32x8 lowEnd = widenLow(second), highEnd = widenHigh(second);
+        group<0>(x, widenLow(first), span);
+        group<1>(x, lowEnd, span);
+        before = add(before, splatLane<7>(lowEnd));
+        group<2>(x, widenHigh(first), span);
+        group<3>(x, highEnd, span);
+        before = add(before, splatLane<7>(highEnd));
     }
 };
 
@@ -57,21 +68,20 @@ struct RoundedPixelRow {
 
 inline void pixelRow(const std::uint8_t *src, const std::int32_t *above, std::int32_t *dst, std::int64_t width) {
     I32x8 before = splat(0);
-    walkRow<16>(width, PixelRow<std::int32_t>{src, above, dst, before});
+    walkRow<32>(width, PixelRow<std::int32_t>{src, above, dst, before});
 }
 
 inline void pixelRow(const std::uint8_t *src, const float *above, float *dst, std::int64_t width) {
     constexpr std::int64_t exact = exactPixels(1 << 24, 255);
     I32x8 before = splat(0);
-    walkRow<16>(std::min(width, exact), PixelRow<float>{src, above, dst, before});
+    walkRow<32>(std::min(width, exact), PixelRow<float>{src, above, dst, before});
     if (width > exact) {
         F32x8 rounded = toF32(before);
         walkRow<8>(width - exact, RoundedPixelRow{src + exact, above + exact, dst + exact, rounded});
     }
 }
 
-// Sixteen pixels as eight pairs: the running sums of the pairs' squares are those of the odd pixels, and without the
-// odd pixels' own squares those of the even ones. `later` stretches of a row add the sum of the earlier ones.
+// Sixteen squares, in pairs likewise. `later` stretches of a row add the sum of the earlier ones.
 template <class T, bool later> struct SquareRow {
     const std::uint8_t *src;
     const T *above;
@@ -79,22 +89,24 @@ template <class T, bool later> struct SquareRow {
     I32x8 &before;
     Eight<T> earlier;
 
-    template <class Span> RVX_INLINE void group(std::ptrdiff_t x, Eight<T> running, Span span) const {
-        if constexpr (later) {
-            running = add(running, earlier);
+    template <int g, class Span> RVX_INLINE void group(std::ptrdiff_t x, Eight<T> running, Span span) const {
+        if (reachesEight<g>(span)) {
+            const auto part = spanOfEight<g>(span);
+            if constexpr (later) {
+                running = add(running, earlier);
+            }
+            storeEight(dst + x + 8 * g, add(loadEight(above + x + 8 * g, part), running), part);
         }
-        storeEight(dst + x, add(loadEight(above + x, span), running), span);
     }
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        prefetchOutput<16>(dst + x);
         const I16x16 pixels = loadI16(src + x, span), oddPixels = bitAnd(pixels, splatPair(0, -1));
         const I32x8 pairs = prefixSums(mulAddPairs(pixels, pixels));
         const I32x8 odd = add(pairs, before), even = sub(odd, mulAddPairs(oddPixels, oddPixels));
         before = add(before, splatLane<7>(pairs));
         const I32x8 first = interleaveInHalvesLow(even, odd), second = interleaveInHalvesHigh(even, odd);
-        group(x, lowHalves<T>(first, second), lowHalf(span));
-        if (reachesHighHalf(span)) {
-            group(x + 8, highHalves<T>(first, second), highHalf(span));
-        }
+        group<0>(x, lowHalves<T>(first, second), span);
+        group<1>(x, highHalves<T>(first, second), span);
     }
 };
 

@@ -21,6 +21,7 @@ template <bool squared, class T> struct TiltedRow {
 
     // `next` is the span of the pixels src[X].
     template <class Span, class Next> RVX_INLINE void block(std::ptrdiff_t x, Span span, Next next) const {
+        prefetchOutput<8>(dst + x);
         const I32x8 terms = add(loadTerms<squared>(src + x, span), loadTerms<squared>(src + x + 1, next));
         Eight<T> sum = eightOf<T>(terms);
         sum = add(sum, loadEight(left + x, span));

@@ -27,6 +27,10 @@ RVX_INLINE I32x8 prefixSums(I32x8 a) {
     return add(a, {{_mm256_permute2x128_si256(halfSums, halfSums, 0x08)}}); // zeros, then the low half's sum
 }
 
+// Neighbouring bytes, unsigned: their sums, and the second one of each two.
+RVX_INLINE I16x16 addPairs(U8x32 a) { return {{_mm256_maddubs_epi16(a.v, _mm256_set1_epi8(1))}}; }
+RVX_INLINE I16x16 oddBytes(U8x32 a) { return {{_mm256_srli_epi16(a.v, 8)}}; }
+
 // Lanes of a and b in turn, within each half: its two low ones, its two high ones.
 RVX_INLINE I32x8 interleaveInHalvesLow(I32x8 a, I32x8 b) { return {{_mm256_unpacklo_epi32(a.v, b.v)}}; }
 RVX_INLINE I32x8 interleaveInHalvesHigh(I32x8 a, I32x8 b) { return {{_mm256_unpackhi_epi32(a.v, b.v)}}; }

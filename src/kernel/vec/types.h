@@ -12,13 +12,11 @@ struct Part {
     int n;
 };
 
-// A span of sixteen lanes as two of eight.
-RVX_INLINE Full lowHalf(Full) { return {}; }
-RVX_INLINE Full highHalf(Full) { return {}; }
-RVX_INLINE bool reachesHighHalf(Full) { return true; }
-RVX_INLINE Part lowHalf(Part part) { return {part.n < 8 ? part.n : 8}; }
-RVX_INLINE Part highHalf(Part part) { return {part.n - 8}; }
-RVX_INLINE bool reachesHighHalf(Part part) { return part.n > 8; }
+// The g-th eight lanes of a longer span: whether it reaches them, and their span.
+template <int g> RVX_INLINE bool reachesEight(Full) { return true; }
+template <int g> RVX_INLINE Full spanOfEight(Full) { return {}; }
+template <int g> RVX_INLINE bool reachesEight(Part part) { return part.n > 8 * g; }
+template <int g> RVX_INLINE Part spanOfEight(Part part) { return {part.n - 8 * g < 8 ? part.n - 8 * g : 8}; }
 
 namespace detail {
 template <class T> struct IntVector {
