@@ -345,6 +345,85 @@ StatusCode rvxiFilterLowpassGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, in
 StatusCode rvxiGenSobelKernel_16s(int16_t *dst, int32_t n, int32_t order, int32_t sign);
 StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t sign);
 
+/* -------------------------------------------------------------------------------------------- Gaussian filter
+ *
+ * A Gaussian blur of odd size K >= 3 and standard deviation sigma (in pixels): the separable pipeline's row stage, then
+ * its column stage, with one kernel for both. A specification record, filled once by rvxiFilterGaussianInit, serves any
+ * number of images of one type, from several threads at once if each has a buffer of its own.
+ *
+ * Kernel. With r = K / 2, for i = 0 .. K - 1 and x = i - r, the exponent in single precision, exp in double:
+ *
+ *     g[i] = (float)exp(-(x * x) / (sigma * (sigma + sigma)))         S = g[0] + ... + g[K - 1], in float
+ *     8u: c[i] = floor(0.5 + 4096 * (g[i] / S))     16u, 16s: floor(0.5 + 32768 * (g[i] / S))     32f: g[i] / S
+ *
+ * The integer coefficients stay as they were rounded: they need not add up to 4096 or 32768 (K = 3, sigma = 1 of 8u:
+ * 1123, 1851, 1123). So a bright image may gain or lose a level.
+ *
+ * Results. Bit for bit those of the pipeline's stages of the same types, the intermediate rows included: 8u through 16s
+ * rows with the divisor 4096, 16u and 16s through rows of their own type with the divisor 32768, 32f through 32f rows.
+ * Both integer stages round the first W - W mod 16 pixels of a row of W to nearest even and the last W mod 16 toward
+ * zero. (A coefficient of 32768 is +32768 for 16s too.)
+ *
+ * Borders. Kind 0 (borderValue), 1 or 6, with flags 16, 32, 64, 128 for sides whose outside pixels (r of them) are read
+ * from memory. Rows of the constant pass through the row stage like rows of the image. With three channels borderValue
+ * points at three elements; it may be null where no constant is used.
+ *
+ * The record is memory of the caller, specSize bytes at any address: a GaussianSpec, and 32 bytes behind its start the
+ * K coefficients, uint16_t or floats, each float eight times. It can be copied like any bytes. The buffer may stand at
+ * any address too and holds nothing between calls. Source and destination must not overlap.
+ *
+ * Status codes, in the order of the checks.
+ *   GetBufferSize and Init: StatusNullPointer (a size; the record or the buffer), StatusBadSize, StatusBadArgument (K
+ *   below 3 or even), StatusBadDataType, StatusBadChannelLayout (neither 1 nor 3), then Init: StatusBadArgument (sigma
+ *   not above 0), StatusBadBorder. GetBufferSize answers StatusBadSize, too, where a size does not fit; then neither is
+ *   written.
+ *   Border functions: StatusNullPointer (source, destination, record, buffer, a border value that is needed),
+ *   StatusBadStep, StatusStepNotMultiple (not 8u), StatusBadSize, StatusBadArgument (K), StatusBadBorder,
+ *   StatusBadDataType (the record is for another type). */
+typedef struct GaussianSpec {
+    int32_t kernelSize;        /* K */
+    int32_t coefficientOffset; /* 20: the coefficients begin at the next multiple of 16 bytes from the record's start */
+    PixelTypeCode type;
+    BorderKind border;
+    int32_t shift; /* the divisor is 1 << shift: 12 for 8u, 15 for 16u and 16s, 0 for 32f */
+} GaussianSpec;
+
+StatusCode rvxiFilterGaussianGetBufferSize(RoiSize roi, int32_t kernelSize, PixelTypeCode type, int32_t channels,
+                                           int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiFilterGaussianInit(RoiSize roi, int32_t kernelSize, BorderKind border, PixelTypeCode type,
+                                  int32_t channels, GaussianSpec *spec, uint8_t *buffer, float sigma);
+
+StatusCode rvxiFilterGaussianBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                           RoiSize roi, uint8_t borderValue, const GaussianSpec *spec, uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
+                                           RoiSize roi, const uint8_t *borderValue, const GaussianSpec *spec,
+                                           uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_16u_C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                            RoiSize roi, uint16_t borderValue, const GaussianSpec *spec,
+                                            uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_16u_C3R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
+                                            RoiSize roi, const uint16_t *borderValue, const GaussianSpec *spec,
+                                            uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                            RoiSize roi, int16_t borderValue, const GaussianSpec *spec,
+                                            uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_16s_C3R(const int16_t *src, int32_t srcStep, int16_t *dst, int32_t dstStep,
+                                            RoiSize roi, const int16_t *borderValue, const GaussianSpec *spec,
+                                            uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                            float borderValue, const GaussianSpec *spec, uint8_t *buffer);
+StatusCode rvxiFilterGaussianBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                            const float *borderValue, const GaussianSpec *spec, uint8_t *buffer);
+
+/* The 32f filter in one call, which builds its kernel each time; same results. Status codes, in the order of the
+ * checks: StatusNullPointer (source, destination or buffer), StatusBadSize, StatusBadStep, StatusStepNotMultiple,
+ * StatusBadArgument (K), StatusBadArgument (sigma not above 0), StatusBadBorder. GetBufferSize: StatusNullPointer,
+ * StatusBadSize, StatusBadArgument (K), StatusBadSize where the size does not fit. */
+StatusCode rvxiFilterGaussGetBufferSize_32f_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
+StatusCode rvxiFilterGaussBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                         int32_t kernelSize, BorderKind border, uint8_t *buffer, float sigma,
+                                         float borderValue);
+
 /* --------------------------------------------------------------------------------------- Colour gradient to grey */
 
 /* The magnitude of a gradient over three colour channels: of an image with one gradient component per interleaved

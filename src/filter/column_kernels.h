@@ -6,9 +6,8 @@
 // first tap of output row 0.
 #pragma once
 
-#include "filter/pipeline_sums.h"
+#include "filter/mirrored_taps.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace rvxcv {
@@ -170,6 +169,25 @@ private:
     int size_;
     I16x16 head_[rowsTogether], tail_[rowsTogether];
     I16x16 fixed_[rowsTogether][taps > 1 ? taps / 2 : 1];
+};
+
+// A mirrored kernel of odd length over 16-bit rows.
+template <int taps> class MirroredColumn {
+public:
+    using Sum = InLaneSum;
+    static constexpr int rowsTogether = 2, unitsTogether = 1, unitsAlone = 2;
+
+    MirroredColumn(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel, kernelSize) {}
+
+    template <int rows, int units, class Source>
+    RVX_INLINE void sums(Sum (&sum)[rows][units], const Source &source) const {
+        kernel_.sums(sum, [&](std::int64_t i, int u) { return loadI16(source.at(i, u), source.span); });
+    }
+
+    bool longEnoughFor(int) const { return true; }
+
+private:
+    MirroredTaps<taps> kernel_;
 };
 
 } // namespace rvxcv

@@ -24,6 +24,22 @@ struct FloatSum {
 struct LowSum {
     I16x16 all; // wrapping 16-bit sums
 };
+
+RVX_INLINE void storeUnit(float *dst, const FloatSum &sum, Full) {
+    store(dst, sum.first);
+    store(dst + 8, sum.second);
+}
+RVX_INLINE void storeUnit(float *dst, const FloatSum &sum, Part part) {
+    if (part.n < 8) {
+        store(dst, sum.first, part);
+        return;
+    }
+    store(dst, sum.first);
+    if (part.n > 8) {
+        store(dst + 8, sum.second, Part{part.n - 8});
+    }
+}
+
 // Wrapping 32-bit sums, in the two orders in which pairs of taps are cheapest to form.
 struct AlternatingSum {
     I32x8 even, odd; // elements 0, 2, 4 ... and 1, 3, 5 ...
@@ -36,9 +52,11 @@ struct InLaneSum {
 
 struct Nearest {
     static RVX_INLINE I32x8 convert(F32x8 a) { return roundToEven(a); }
+    static RVX_INLINE F32x8 whole(F32x8 a) { return wholeNearest(a); }
 };
 struct Truncated {
     static RVX_INLINE I32x8 convert(F32x8 a) { return truncate(a); }
+    static RVX_INLINE F32x8 whole(F32x8 a) { return wholeTowardZero(a); }
 };
 
 // How an output rounds a row's last pixels.
@@ -49,19 +67,8 @@ struct Undivided {
     static constexpr bool truncatesLast = false;
     explicit Undivided(std::int32_t) {}
 
-    template <class> RVX_INLINE void store(float *dst, const FloatSum &sum, Full) const {
-        rvxcv::store(dst, sum.first);
-        rvxcv::store(dst + 8, sum.second);
-    }
-    template <class> RVX_INLINE void store(float *dst, const FloatSum &sum, Part part) const {
-        if (part.n < 8) {
-            rvxcv::store(dst, sum.first, part);
-            return;
-        }
-        rvxcv::store(dst, sum.first);
-        if (part.n > 8) {
-            rvxcv::store(dst + 8, sum.second, Part{part.n - 8});
-        }
+    template <class, class Span> RVX_INLINE void store(float *dst, const FloatSum &sum, Span span) const {
+        storeUnit(dst, sum, span);
     }
 };
 

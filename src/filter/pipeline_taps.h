@@ -1,8 +1,8 @@
 // A kernel's taps as both stages of the separable pipeline use them.
 #pragma once
 
+#include "kernel/rows.h"
 #include "kernel/scratch.h"
-#include "kernel/vec.h"
 
 namespace rvxcv {
 
@@ -18,15 +18,12 @@ template <class Stage> void withTapCount(std::int32_t kernelSize, const Stage &s
     }
 }
 
+// Rows as the sums need them.
 inline void widenRow(float *dst, const std::uint16_t *src, std::int64_t elements) {
-    std::int64_t x = 0;
-    for (; x + 8 <= elements; x += 8) {
-        store(dst + x, loadF32(src + x, Full{}));
-    }
-    if (x < elements) {
-        const Part rest{static_cast<int>(elements - x)};
-        store(dst + x, loadF32(src + x, rest), rest);
-    }
+    walkRow<8>(elements, [=](std::int64_t x, auto span) { store(dst + x, loadF32(src + x, span), span); });
+}
+inline void widenRow(std::int16_t *dst, const std::uint8_t *src, std::int64_t elements) {
+    walkRow<16>(elements, [=](std::int64_t x, auto span) { store(dst + x, loadI16(src + x, span), span); });
 }
 
 // Taps as the sums need them: the caller's own, or unsigned ones as floats in the scratch buffer.

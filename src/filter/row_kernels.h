@@ -5,7 +5,7 @@
 // sixteen, so nothing outside is read) or a patch in the scratch buffer that is long enough.
 #pragma once
 
-#include "filter/pipeline_sums.h"
+#include "filter/mirrored_taps.h"
 
 namespace rvxcv {
 
@@ -120,6 +120,23 @@ private:
     int size_;
     I16x16 fixed_[taps > 1 ? taps / 2 : 1];
     I16x16 lastEven_, lastOdd_;
+};
+
+// A mirrored kernel of odd length over 16-bit elements.
+template <int channels, int taps> class MirroredRow {
+public:
+    using Sum = InLaneSum;
+
+    MirroredRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel, kernelSize) {}
+
+    template <int units> RVX_INLINE void sums(Sum (&sum)[units], const std::int16_t *e) const {
+        Sum row[1][units];
+        kernel_.sums(row, [&](std::int64_t j, int u) { return loadI16(e + j * channels + u * unit, Full{}); });
+        std::copy_n(row[0], units, sum);
+    }
+
+private:
+    MirroredTaps<taps> kernel_;
 };
 
 // ----------------------------------------------------------------------------------------------- a run of pixels

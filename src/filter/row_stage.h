@@ -6,7 +6,8 @@
 //
 // The scratch buffer's size depends on the kernel alone, so only the pixels near the ends get patches, and those of
 // long kernels come in several pieces. Pieces begin at multiples of sixteen pixels, where the rounding rule counts
-// from. Members whose kernel wants other elements than the source's (16u: floats) get all their pixels from patches.
+// from. Where the patch has other elements than the source, all pixels come from patches: a row is then widened once
+// rather than once for every tap, which pays where the scratch has room for whole rows.
 #pragma once
 
 #include "filter/pipeline_taps.h"
@@ -27,17 +28,17 @@ template <class T, class D> struct RowTask {
 };
 
 // The extended row's pixels first..last-1, and zeros in the `padding` pixels behind them.
-template <int channels, class T, class D>
-void buildPatch(T *patch, const RowTask<T, D> &task, const T *row, std::int64_t first, std::int64_t last,
+template <int channels, class E, class T, class D>
+void buildPatch(E *patch, const RowTask<T, D> &task, const T *row, std::int64_t first, std::int64_t last,
                 std::int64_t padding) {
     const std::int64_t width = task.roi.width;
     const std::int64_t inside = task.border.left ? first : std::clamp<std::int64_t>(0, first, last);
     const std::int64_t outside = task.border.right ? last : std::clamp(width, inside, last);
     const bool constant = task.border.kind == BorderConstant;
     const auto fill = [&](std::int64_t pixels, const T *pixel) {
-        T value[channels];
+        E value[channels];
         for (int c = 0; c < channels; ++c) {
-            value[c] = loadScalar(pixel + c);
+            value[c] = static_cast<E>(loadScalar(pixel + c));
         }
         for (; pixels > 0; --pixels, patch += channels) {
             for (int c = 0; c < channels; ++c) {
@@ -48,39 +49,46 @@ void buildPatch(T *patch, const RowTask<T, D> &task, const T *row, std::int64_t 
 
     fill(inside - first, constant ? task.borderValue : row);
     const std::int64_t elements = (outside - inside) * channels;
-    std::memcpy(static_cast<void *>(patch), row + inside * channels, static_cast<std::size_t>(elements) * sizeof(T));
+    if constexpr (std::is_same_v<E, T>) {
+        std::memcpy(static_cast<void *>(patch), row + inside * channels,
+                    static_cast<std::size_t>(elements) * sizeof(T));
+    } else {
+        widenRow(patch, row + inside * channels, elements);
+    }
     patch += elements;
     fill(last - outside, constant ? task.borderValue : row + (width - 1) * channels);
     if (padding > 0) {
-        std::memset(static_cast<void *>(patch), 0, static_cast<std::size_t>(padding * channels) * sizeof(T));
+        std::memset(static_cast<void *>(patch), 0, static_cast<std::size_t>(padding * channels) * sizeof(E));
     }
 }
 
 // `patch` has room for `capacity` pixels, at least kernelSize + 15.
-template <int channels, class Kernel, class Output, class T, class D>
-void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &output, T *patch,
+template <int channels, class Kernel, class Output, class E, class T, class D>
+void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &output, E *patch,
                 std::int64_t capacity) {
     const std::int64_t width = task.roi.width, before = task.anchor, behind = task.kernelSize - 1 - task.anchor;
     const std::int64_t piece = (capacity - (task.kernelSize - 1)) / unit * unit;
     const std::int64_t bulkLast = (width - (task.border.right ? 0 : behind)) / unit * unit;
     std::int64_t bulkFirst = task.border.left ? 0 : roundUp(before, unit);
-    if (bulkFirst >= bulkLast) {
+    if (bulkFirst >= bulkLast || !std::is_same_v<E, T>) {
         bulkFirst = width; // patches only
     }
     for (std::int64_t y = 0; y < task.roi.height; ++y) {
         const T *row = task.src.row(y);
         D *dst = task.dstRows[y];
         for (std::int64_t x = 0; x < width;) {
-            std::int64_t pixels;
-            if (x == bulkFirst) {
-                pixels = bulkLast - bulkFirst;
-                filterRun<channels>(kernel, output, row + (x - before) * channels, dst + x * channels, pixels);
-            } else {
-                pixels = std::min((x < bulkFirst ? bulkFirst : width) - x, piece);
-                const std::int64_t padding = roundUp(pixels, unit) - pixels;
-                buildPatch<channels>(patch, task, row, x - before, x + pixels + behind, padding);
-                filterRun<channels>(kernel, output, patch, dst + x * channels, pixels);
+            if constexpr (std::is_same_v<E, T>) {
+                if (x == bulkFirst) {
+                    const std::int64_t pixels = bulkLast - bulkFirst;
+                    filterRun<channels>(kernel, output, row + (x - before) * channels, dst + x * channels, pixels);
+                    x = bulkLast;
+                    continue;
+                }
             }
+            const std::int64_t pixels = std::min((x < bulkFirst ? bulkFirst : width) - x, piece);
+            const std::int64_t padding = roundUp(pixels, unit) - pixels;
+            buildPatch<channels>(patch, task, row, x - before, x + pixels + behind, padding);
+            filterRun<channels>(kernel, output, patch, dst + x * channels, pixels);
             x += pixels;
         }
     }

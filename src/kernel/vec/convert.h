@@ -10,6 +10,9 @@ RVX_INLINE F32x8 toF32(I32x8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
 // Only for values inside the int32 range: clamp in float first.
 RVX_INLINE I32x8 roundToEven(F32x8 a) { return {{_mm256_cvtps_epi32(a.v)}}; }
 RVX_INLINE I32x8 truncate(F32x8 a) { return {{_mm256_cvttps_epi32(a.v)}}; }
+// The same as floats: whole numbers.
+RVX_INLINE F32x8 wholeNearest(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)}; }
+RVX_INLINE F32x8 wholeTowardZero(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC)}; }
 RVX_INLINE I32x8 widenLow(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}}; }
 RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}}; }
 // Lanes in order: first the eight of `low`, then the eight of `high`.

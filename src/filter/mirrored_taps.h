@@ -1,0 +1,106 @@
+// Sums under a mirrored kernel of odd length: the elements under equal taps are added before they are multiplied, and
+// the integer multiply-add takes two such sums at once, so that k taps cost about k / 4 multiplications. For elements
+// whose sums of two fit in 16 bits.
+#pragma once
+
+#include "filter/pipeline_sums.h"
+
+#include <algorithm>
+
+namespace rvxcv {
+
+// `taps` is the kernel's length when it is fixed, so that the taps stay in registers, and 0 when it is any.
+template <int taps> class MirroredTaps {
+public:
+    MirroredTaps(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
+        for (int p = 0; p < taps / 4; ++p) {
+            fixed_[p] = splatPair(kernel + 2 * p);
+        }
+        const int reach = kernelSize / 2;
+        last_ = reach % 2 != 0 ? splatPair(kernel + reach - 1) : splatPair(loadScalar(kernel + reach), 0);
+    }
+
+    // The sums of a few neighbouring outputs: at(i, u) gives the elements of unit u that lie under tap i of output 0,
+    // and under tap i - r of output r.
+    template <int outputs, int units, class At>
+    RVX_INLINE void sums(InLaneSum (&sum)[outputs][units], const At &at) const {
+        // Towards the middle from both ends: what output r has on its left is what output r - 1 has one step later.
+        const int reach = count() / 2, end = count() - 1;
+        I16x16 left[outputs][units], right[outputs][units];
+        for (int r = 0; r < outputs; ++r) {
+            for (int u = 0; u < units; ++u) {
+                left[r][u] = at(r, u);
+                right[r][u] = at(end + r, u);
+                sum[r][u] = {splat(0), splat(0)};
+            }
+        }
+        const auto step = [&](int j) {
+            for (int u = 0; u < units; ++u) {
+                for (int r = 0; r + 1 < outputs; ++r) {
+                    left[r][u] = left[r + 1][u];
+                    right[outputs - 1 - r][u] = right[outputs - 2 - r][u];
+                }
+                left[outputs - 1][u] = at(j + outputs - 1, u);
+                right[0][u] = at(end - j, u);
+            }
+        };
+        int j = 0;
+        for (; j + 2 <= reach; j += 2) {
+            I16x16 first[outputs][units];
+            for (int r = 0; r < outputs; ++r) {
+                for (int u = 0; u < units; ++u) {
+                    first[r][u] = add(left[r][u], right[r][u]);
+                }
+            }
+            step(j + 1);
+            const I16x16 taps2 = pair(j / 2);
+            for (int r = 0; r < outputs; ++r) {
+                for (int u = 0; u < units; ++u) {
+                    addPair(sum[r][u], first[r][u], add(left[r][u], right[r][u]), taps2);
+                }
+            }
+            step(j + 2);
+        }
+        if (j < reach) {
+            I16x16 first[outputs][units];
+            for (int r = 0; r < outputs; ++r) {
+                for (int u = 0; u < units; ++u) {
+                    first[r][u] = add(left[r][u], right[r][u]);
+                }
+            }
+            step(j + 1);
+            for (int r = 0; r < outputs; ++r) {
+                for (int u = 0; u < units; ++u) {
+                    addPair(sum[r][u], first[r][u], left[r][u], last_);
+                }
+            }
+        } else {
+            for (int r = 0; r < outputs; ++r) {
+                for (int u = 0; u < units; ++u) {
+                    addPair(sum[r][u], left[r][u], left[r][u], last_);
+                }
+            }
+        }
+    }
+
+private:
+    RVX_INLINE int count() const { return taps != 0 ? taps : size_; }
+    RVX_INLINE I16x16 pair(int p) const {
+        if constexpr (taps != 0) {
+            return fixed_[p];
+        } else {
+            return splatPair(kernel_ + 2 * p);
+        }
+    }
+    static RVX_INLINE void addPair(InLaneSum &sum, I16x16 a, I16x16 b, I16x16 taps2) {
+        sum.low = add(sum.low, mulAddPairs(pairsInLaneLow(a, b), taps2));
+        sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, b), taps2));
+    }
+
+    const std::int16_t *kernel_;
+    int size_;
+    I16x16 fixed_[taps > 3 ? taps / 4 : 1];
+    I16x16 last_;
+};
+
+} // namespace rvxcv
