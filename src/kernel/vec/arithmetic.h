@@ -11,6 +11,10 @@ RVX_INLINE I16x16 splat(std::int16_t a) { return {{_mm256_set1_epi16(a)}}; }
 RVX_INLINE U16x16 splat(std::uint16_t a) { return {{_mm256_set1_epi16(static_cast<short>(a))}}; }
 RVX_INLINE U8x32 splat(std::uint8_t a) { return {{_mm256_set1_epi8(static_cast<char>(a))}}; }
 RVX_INLINE I8x32 splat(std::int8_t a) { return {{_mm256_set1_epi8(a)}}; }
+// Two neighbouring bytes in every 16-bit lane, both below 128: one operand of mulAddPairsSaturated.
+template <class V> RVX_INLINE V splatBytePair(int even, int odd) {
+    return {{_mm256_set1_epi16(static_cast<short>(odd << 8 | even))}};
+}
 // Two neighbouring 16-bit values in every 32-bit lane: one operand of mulAddPairs.
 RVX_INLINE I16x16 splatPair(std::int16_t even, std::int16_t odd) {
     const auto pair =
@@ -51,6 +55,7 @@ RVX_INLINE I16x16 sub(I16x16 a, I16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}
 RVX_INLINE I16x16 subSaturated(I16x16 a, I16x16 b) { return {{_mm256_subs_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 mulLow(I16x16 a, I16x16 b) { return {{_mm256_mullo_epi16(a.v, b.v)}}; }
 template <int bits> RVX_INLINE I16x16 shiftLeft(I16x16 a) { return {{_mm256_slli_epi16(a.v, bits)}}; }
+template <int bits> RVX_INLINE I16x16 shiftRight(I16x16 a) { return {{_mm256_srai_epi16(a.v, bits)}}; }
 RVX_INLINE I16x16 min(I16x16 a, I16x16 b) { return {{_mm256_min_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 max(I16x16 a, I16x16 b) { return {{_mm256_max_epi16(a.v, b.v)}}; }
 
@@ -65,6 +70,7 @@ RVX_INLINE I16x16 abs(I16x16 a) { return {{_mm256_abs_epi16(a.v)}}; }
 // a times the sign of b: -1, 0 or 1.
 RVX_INLINE I16x16 mulSign(I16x16 a, I16x16 b) { return {{_mm256_sign_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 bitAnd(I16x16 a, I16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
+RVX_INLINE I16x16 bitOr(I16x16 a, I16x16 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 template <int bits> RVX_INLINE U16x16 shiftRight(U16x16 a) { return {{_mm256_srli_epi16(a.v, bits)}}; }
 RVX_INLINE U16x16 add(U16x16 a, U16x16 b) { return {{_mm256_add_epi16(a.v, b.v)}}; }
 RVX_INLINE U16x16 sub(U16x16 a, U16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}}; }
@@ -89,6 +95,8 @@ RVX_INLINE F32x8 absDiff(F32x8 a, F32x8 b) { return abs(sub(a, b)); }
 
 // Sums of products of neighbouring 16-bit lanes, as 32-bit lanes: a[2i] * b[2i] + a[2i + 1] * b[2i + 1].
 RVX_INLINE I32x8 mulAddPairs(I16x16 a, I16x16 b) { return {{_mm256_madd_epi16(a.v, b.v)}}; }
+// The same of neighbouring bytes, as 16-bit lanes.
+RVX_INLINE I16x16 mulAddPairsSaturated(U8x32 a, I8x32 b) { return {{_mm256_maddubs_epi16(a.v, b.v)}}; }
 
 // The same of unsigned bytes and small signed ones, as 16-bit lanes that saturate.
 RVX_INLINE I16x16 mulAddPairs(U8x32 a, I8x32 b) { return {{_mm256_maddubs_epi16(a.v, b.v)}}; }

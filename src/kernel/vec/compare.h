@@ -15,6 +15,7 @@ RVX_INLINE Mask32x8 lessEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v
 RVX_INLINE Mask32x8 equal(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_EQ_OQ)}; }
 RVX_INLINE Mask32x8 greater(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpgt_epi32(a.v, b.v))}; }
 RVX_INLINE Mask32x8 equal(I32x8 a, I32x8 b) { return {_mm256_castsi256_ps(_mm256_cmpeq_epi32(a.v, b.v))}; }
+RVX_INLINE Mask32x8 notEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, b.v, _CMP_NEQ_UQ)}; }
 RVX_INLINE Mask32x8 both(Mask32x8 a, Mask32x8 b) { return {_mm256_and_ps(a.v, b.v)}; }
 RVX_INLINE Mask32x8 either(Mask32x8 a, Mask32x8 b) { return {_mm256_or_ps(a.v, b.v)}; }
 

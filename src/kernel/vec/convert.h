@@ -24,6 +24,23 @@ RVX_INLINE std::uint64_t packedBytes(I32x8 a) {
     const __m128i words = _mm_packs_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
     return static_cast<std::uint64_t>(_mm_cvtsi128_si64(_mm_packus_epi16(words, words)));
 }
+// Eight integers stored as a narrower type that holds them.
+template <class Span> RVX_INLINE void storeNarrow(std::uint8_t *p, I32x8 a, Span span) {
+    const std::uint64_t bytes = packedBytes(a);
+    if constexpr (std::is_same_v<Span, Full>) {
+        std::memcpy(p, &bytes, sizeof bytes);
+    } else {
+        detail::storeBytes16(p, _mm_cvtsi64_si128(static_cast<long long>(bytes)), span.n);
+    }
+}
+template <class Span> RVX_INLINE void storeNarrow(std::uint16_t *p, I32x8 a, Span span) {
+    const __m128i words = _mm_packus_epi32(_mm256_castsi256_si128(a.v), _mm256_extracti128_si256(a.v, 1));
+    if constexpr (std::is_same_v<Span, Full>) {
+        storeHalf(p, U8x16{words});
+    } else {
+        storeHalf(p, U8x16{words}, Part{2 * span.n});
+    }
+}
 // Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit
 // lane. narrowInLane puts 32-bit results of such pairs back in order.
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
@@ -45,6 +62,24 @@ RVX_INLINE I32x8 widenOdd(I16x16 a) { return {{_mm256_srai_epi32(a.v, 16)}}; }
 RVX_INLINE I16x16 interleaveLowHalves(I32x8 even, I32x8 odd) {
     return {{_mm256_blend_epi16(even.v, _mm256_slli_epi32(odd.v, 16), 0xaa)}};
 }
+// Lanes of a and b in turn: those of the first halves, those of the second ones.
+RVX_INLINE F32x8 interleavedLow(F32x8 a, F32x8 b) {
+    return {_mm256_permute2f128_ps(_mm256_unpacklo_ps(a.v, b.v), _mm256_unpackhi_ps(a.v, b.v), 0x20)};
+}
+RVX_INLINE F32x8 interleavedHigh(F32x8 a, F32x8 b) {
+    return {_mm256_permute2f128_ps(_mm256_unpacklo_ps(a.v, b.v), _mm256_unpackhi_ps(a.v, b.v), 0x31)};
+}
+// The even (odd) lanes of a, then those of b, but in groups of two: a0 a2 b0 b2 a4 a6 b4 b6; sortedPairs puts them in
+// order.
+RVX_INLINE F32x8 evenInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0x88)}; }
+RVX_INLINE F32x8 oddInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0xdd)}; }
+RVX_INLINE F32x8 sortedPairs(F32x8 a) {
+    return {_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(a.v), 0xd8))};
+}
+// Lane i is the one of a at place lanes[i], 0..7.
+RVX_INLINE F32x8 permuted(F32x8 a, I32x8 lanes) { return {_mm256_permutevar8x32_ps(a.v, lanes.v)}; }
+// Lane i is p[index[i]].
+RVX_INLINE F32x8 gathered(const float *p, I32x8 index) { return {_mm256_i32gather_ps(p, index.v, 4)}; }
 RVX_INLINE U16x16 narrowSaturatedUnsigned(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packus_epi32(low.v, high.v), 0xd8)}};
 }

@@ -156,6 +156,12 @@ RVX_INLINE I16x16 loadI16(const std::uint8_t *p, Full = {}) {
 RVX_INLINE I16x16 loadI16(const std::uint8_t *p, Part part) {
     return {{_mm256_cvtepu8_epi16(detail::loadBytes16(p, part.n))}};
 }
+RVX_INLINE I16x16 loadI16(const std::int8_t *p, Full = {}) {
+    return {{_mm256_cvtepi8_epi16(detail::loadNarrow<16>(p, Full{}))}};
+}
+RVX_INLINE I16x16 loadI16(const std::int8_t *p, Part part) {
+    return {{_mm256_cvtepi8_epi16(detail::loadBytes16(p, part.n))}};
+}
 template <class Span> RVX_INLINE I16x16 loadI16(const std::int16_t *p, Span span) { return load<I16x16>(p, span); }
 
 // Sixteen 16-bit lanes stored as bytes.
@@ -172,6 +178,17 @@ template <class Span> RVX_INLINE void storeSaturated(std::int8_t *p, I16x16 a, S
     const __m128i low = _mm256_castsi256_si128(a.v), high = _mm256_extracti128_si256(a.v, 1);
     detail::storeSixteenBytes(p, _mm_packs_epi16(low, high), span);
 }
+
+// Sixteen bytes of anything, or the first n.
+template <class T> RVX_INLINE U8x16 loadHalf(const T *p, Full = {}) {
+    return {_mm_loadu_si128(reinterpret_cast<const __m128i *>(p))};
+}
+template <class T> RVX_INLINE U8x16 loadHalf(const T *p, Part bytes) { return {detail::loadBytes16(p, bytes.n)}; }
+template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Full = {}) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(p), a.v);
+}
+template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Part bytes) { detail::storeBytes16(p, a.v, bytes.n); }
+RVX_INLINE U8x16 reordered(U8x16 a, U8x16 from) { return {_mm_shuffle_epi8(a.v, from.v)}; }
 
 // A hint that never faults, whatever the address.
 RVX_INLINE void prefetch(const void *p) { _mm_prefetch(static_cast<const char *>(p), _MM_HINT_T0); }

@@ -32,6 +32,12 @@ struct U16x16 : detail::IntVector<std::uint16_t> {};
 struct I16x16 : detail::IntVector<std::int16_t> {};
 struct I32x8 : detail::IntVector<std::int32_t> {};
 struct I64x4 : detail::IntVector<std::int64_t> {};
+// Half a vector, for groups whose size does not divide a vector.
+struct U8x16 {
+    using Element = std::uint8_t;
+    static constexpr int lanes = 16;
+    __m128i v;
+};
 struct F32x8 {
     using Element = float;
     static constexpr int lanes = 8;
