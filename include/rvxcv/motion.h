@@ -2,6 +2,7 @@
 #ifndef RVXCV_MOTION_H
 #define RVXCV_MOTION_H
 
+#include "pyramid.h"
 #include "types.h"
 
 #ifdef __cplusplus
@@ -60,6 +61,26 @@ StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi
                                   Point2i second);
 
 /* ---- Sub-pixel copies ---- */
+
+/* A patch of an image around a point with real coordinates, sampled bilinearly. With w x h the size of the patch
+ * (dstRoi), in double, ox = centre.x - 0.5 (w - 1), ix = floor(ox), a = (float)(ox - ix), and oy, iy, b likewise, the
+ * patch pixel (x, y) is, in float,
+ *
+ *     t(j) = fma(a, I(ix + x + 1, j) - I(ix + x, j), I(ix + x, j))        for j = iy + y and j = iy + y + 1
+ *     value = fma(b, t(iy + y + 1) - t(iy + y), t(iy + y))
+ *
+ * Where a is 0 the right neighbours are not read (t is I), where b is 0 the lower ones are not (the value is t). Source
+ * and destination must not overlap.
+ *
+ * Intersect: only pixels whose samples lie inside the image are written. Column x of the patch is inside when
+ * ix + x >= 0 and ix + x (+ 1 where a > 0) <= srcRoi.width - 1, rows likewise; min and max receive the first and the
+ * last column and row inside.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (srcRoi, then dstRoi); StatusBadStep;
+ * StatusStepNotMultiple; StatusOutOfRange (a coordinate of the centre is not finite or beyond 1e9 on either side);
+ * StatusError (no column or no row is inside; nothing is written). */
+StatusCode rvxiCopySubpixIntersect_32f_C1R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst,
+                                           int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min, Point2i *max);
 
 /* ---- Optical flow ---- */
 
