@@ -84,6 +84,87 @@ StatusCode rvxiCopySubpixIntersect_32f_C1R(const float *src, int32_t srcStep, Ro
 
 /* ---- Optical flow ---- */
 
+/* Points followed from one frame to the next by the iterative method of Lucas and Kanade over two pyramids, from the
+ * coarsest level to the finest (J.-Y. Bouguet, Pyramidal Implementation of the Lucas Kanade Feature Tracker, 2000).
+ *
+ * At level L a point is u = prevPoint * scales[L] of the previous pyramid, its guess v = nextPoint * scales[L]
+ * (double). I is the window of winSize x winSize samples (bilinear, as rvxiCopySubpixIntersect_32f_C1R takes them) of
+ * the previous image around u, Ix and Iy the same samples of its Scharr derivatives divided by 32 (the image continued
+ * by its edge), J the window of the next image around v. Only those samples count that lie inside both images; n is
+ * their number.
+ *
+ *   1. G = [sum Ix Ix, sum Ix Iy; sum Ix Iy, sum Iy Iy]. If its determinant is below 2.220446049250313e-16, the point
+ *      is lost.
+ *   2. b = sum (I - J) (Ix, Iy). The step d solves G d = b; v += d.
+ *   3. Done when |d| < threshold; or, from the second step on, when d + previous d is below 0.0003452669770922512 in
+ *      both coordinates (an oscillation: half of d is taken back); or after maxIterations steps. Else again from 2, or
+ *      from 1 when other samples lie inside both images.
+ *
+ * Then nextPoint = v / scales[L], and the next finer level starts from there. At level 0 the status becomes 0 and the
+ * error sqrt(sum (I - J)^2 / n) of the last window sampled, before the last step.
+ *
+ * A point is lost at level L when the determinant is too small; when the patch of winSize + 2 pixels around u lies
+ * outside the previous image; when the window around v lies outside the next image (as NaN and coordinates beyond 1e9
+ * do); when the two have no sample in common (nextPoint is then v / scales[L]); when a step is not a number. Its status
+ * is L + 1, its error 0, and nextPoint stays what it was after level L + 1. Statuses above 255 are given as 255.
+ *
+ * Sums are formed in float lanes and joined in double; images of magnitudes beyond 1e15 lose their points. 8u and 16u
+ * images give what 32f images of the same values give, within 0.02 pixel wherever both track. The result for a point
+ * depends on nothing but the images, the arguments and the point: not on other points, nor on the state's maxRoi. */
+
+/* Made by InitAlloc. The fields may be read, not written. */
+typedef struct OpticalFlowState {
+    int32_t maxWidth, maxHeight; /* maxRoi */
+    int32_t one;                 /* 1 */
+    PixelTypeCode pixelType;
+    int32_t hint;    /* kept for the caller */
+    int32_t winSize; /* side of the window */
+    void *work;      /* work buffer */
+} OpticalFlowState;
+
+/* Makes a state for windows of winSize x winSize pixels; images may be of any size. maxRoi is the largest level for
+ * which the 32f member allocates derivative images, hint is kept and not used.
+ *
+ * The work buffer has, in units of four bytes, 12 (winSize + 3)^2 + 17, and with 32f in addition (M being maxRoi with 5
+ * more in each direction) 2 M.width M.height and the scratch of rvxiFilterScharrHorizBorder_32f_C1R for M.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (winSize, maxRoi.height or maxRoi.width
+ * below 1); StatusNoMemory (then nothing is kept or written). */
+StatusCode rvxiOpticalFlowPyrLKInitAlloc_8u_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
+                                                int32_t hint);
+StatusCode rvxiOpticalFlowPyrLKInitAlloc_16u_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
+                                                 int32_t hint);
+StatusCode rvxiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
+                                                 int32_t hint);
+
+/* Releases a state. StatusNullPointer. */
+StatusCode rvxiOpticalFlowPyrLKFree_8u_C1R(OpticalFlowState *state);
+StatusCode rvxiOpticalFlowPyrLKFree_16u_C1R(OpticalFlowState *state);
+StatusCode rvxiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState *state);
+
+/* Follows numPoints points. images and steps of both pyramids are the caller's level images, with steps of any size;
+ * scales and rates may be any. nextPoints holds the guesses (the previous positions, where nothing better is known) and
+ * receives the positions, in pixels of level 0; status and error receive one element per point. maxLevel is the level
+ * to start at; a level that one of the pyramids does not have is passed over (the tracking starts at the highest level
+ * of both), and at a level without an image all points are lost. The state's work buffer is overwritten: one call at a
+ * time.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer (pyramids, points, status, error, state); StatusBadSize
+ * (numPoints or winSize below 1, winSize not the state's); StatusBadArgument (maxLevel below 0, maxIterations below 1,
+ * threshold below 0 or NaN). A lost point is no failure of the call. */
+StatusCode rvxiOpticalFlowPyrLK_8u_C1R(const PyramidRecord *prevPyramid, const PyramidRecord *nextPyramid,
+                                       const Point2f *prevPoints, Point2f *nextPoints, uint8_t *status, float *error,
+                                       int32_t numPoints, int32_t winSize, int32_t maxLevel, int32_t maxIterations,
+                                       float threshold, OpticalFlowState *state);
+StatusCode rvxiOpticalFlowPyrLK_16u_C1R(const PyramidRecord *prevPyramid, const PyramidRecord *nextPyramid,
+                                        const Point2f *prevPoints, Point2f *nextPoints, uint8_t *status, float *error,
+                                        int32_t numPoints, int32_t winSize, int32_t maxLevel, int32_t maxIterations,
+                                        float threshold, OpticalFlowState *state);
+StatusCode rvxiOpticalFlowPyrLK_32f_C1R(const PyramidRecord *prevPyramid, const PyramidRecord *nextPyramid,
+                                        const Point2f *prevPoints, Point2f *nextPoints, uint8_t *status, float *error,
+                                        int32_t numPoints, int32_t winSize, int32_t maxLevel, int32_t maxIterations,
+                                        float threshold, OpticalFlowState *state);
+
 #ifdef __cplusplus
 }
 #endif

@@ -106,5 +106,10 @@ RVX_INLINE F64x4 add(F64x4 a, F64x4 b) { return {_mm256_add_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 sub(F64x4 a, F64x4 b) { return {_mm256_sub_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 mul(F64x4 a, F64x4 b) { return {_mm256_mul_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 fma(F64x4 a, F64x4 b, F64x4 c) { return {_mm256_fmadd_pd(a.v, b.v, c.v)}; }
+// (lane 0 + lane 2) + (lane 1 + lane 3).
+RVX_INLINE double laneSum(F64x4 a) {
+    const __m128d pairs = _mm_add_pd(_mm256_castpd256_pd128(a.v), _mm256_extractf128_pd(a.v, 1));
+    return _mm_cvtsd_f64(_mm_add_sd(pairs, _mm_unpackhi_pd(pairs, pairs)));
+}
 
 } // namespace rvxcv

@@ -39,6 +39,8 @@ RVX_INLINE Mask32x8 without(Mask32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b
 // a with zero in the lanes of b.
 RVX_INLINE F32x8 without(F32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
 RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.v)}; }
+RVX_INLINE F32x8 keep(Lanes lanes, F32x8 a) { return {_mm256_and_ps(_mm256_castsi256_ps(lanes.mask), a.v)}; }
+RVX_INLINE F32x8 keep(Full, F32x8 a) { return a; }
 RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
 // All bits of the byte or 16-bit lanes that are equal.
 RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }

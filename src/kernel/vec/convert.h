@@ -15,6 +15,8 @@ RVX_INLINE F32x8 wholeNearest(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND
 RVX_INLINE F32x8 wholeTowardZero(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC)}; }
 RVX_INLINE I32x8 widenLow(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}}; }
 RVX_INLINE I32x8 widenHigh(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_extracti128_si256(a.v, 1))}}; }
+RVX_INLINE F64x4 widenLow(F32x8 a) { return {_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}; }
+RVX_INLINE F64x4 widenHigh(F32x8 a) { return {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}; }
 // Lanes in order: first the eight of `low`, then the eight of `high`.
 RVX_INLINE I16x16 narrowSaturated(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packs_epi32(low.v, high.v), 0xd8)}};

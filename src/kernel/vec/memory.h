@@ -120,6 +120,12 @@ template <class V> RVX_INLINE void store(typename V::Element *p, V a, Part part)
     detail::storeBytes32(p, detail::raw(a), part.n * static_cast<int>(sizeof(typename V::Element)));
 }
 
+template <class V> RVX_INLINE V load(const float *p, Lanes lanes) {
+    static_assert(std::is_same_v<V, F32x8>);
+    return {_mm256_maskload_ps(p, lanes.mask)};
+}
+RVX_INLINE void store(float *p, F32x8 a, Lanes lanes) { _mm256_maskstore_ps(p, lanes.mask, a.v); }
+
 // Eight pixels of any type as floats; exact.
 template <class Span> RVX_INLINE F32x8 loadF32(const float *p, Span span) { return load<F32x8>(p, span); }
 

@@ -11,6 +11,13 @@ struct Full {};
 struct Part {
     int n;
 };
+// The first n of eight 32-bit lanes as a mask, for loops that come back to the same tail again and again.
+struct Lanes {
+    __m256i mask;
+};
+RVX_INLINE Lanes firstLanes(int n) {
+    return {_mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7))};
+}
 
 // The g-th eight lanes of a longer span: whether it reaches them, and their span.
 template <int g> RVX_INLINE bool reachesEight(Full) { return true; }
