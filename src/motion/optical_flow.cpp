@@ -98,8 +98,8 @@ public:
                 return Result::apart;
             }
             if (!solver || !(common == part_)) {
-                solver = Solver(whole);
-                if (!(common == all) || !solver->isReliable()) {
+                solver = Solver(common == all ? whole : partMatrix(window_, common));
+                if (!solver->isReliable()) {
                     solver = Solver(exactMatrix(window_, common));
                 }
                 if (!solver->isRegular()) {

@@ -87,6 +87,12 @@ template <int count> struct LaneSums {
     }
 };
 
+// Sums in doubles take any number of terms.
+struct Unlimited {
+    static constexpr std::int64_t mostTerms = INT32_MAX;
+    void makeRoom(std::int64_t) {}
+};
+
 // Blocks of rows and, within them, strips of eight columns, the last one perhaps narrower: visit(x, span, y, count).
 template <class Sums, class Visit>
 RVX_INLINE void walkStrips(std::int64_t columns, std::int64_t rows, Sums &sums, const Visit &visit) {
@@ -152,31 +158,35 @@ struct DeriveStrip {
     template <class Span>
     RVX_INLINE void operator()(std::int64_t x, Span span, std::int64_t y, std::int64_t count) const {
         const F32x8 side = splat(3.0f / 32.0f), centre = splat(10.0f / 32.0f);
-        const float *in = window.patch + y * window.patchPitch + x;
         const auto smoothed = [&](F32x8 a, F32x8 b, F32x8 c) { return fma(centre, b, mul(side, add(a, c))); };
-        const auto across = [&](F32x8 &pixels, F32x8 &slope, F32x8 &smooth) {
-            const F32x8 left = load<F32x8>(in), right = load<F32x8>(in + 2);
-            pixels = load<F32x8>(in + 1);
-            slope = sub(right, left);
-            smooth = smoothed(left, pixels, right);
-            in += window.patchPitch;
+        const std::int64_t patchPitch = window.patchPitch, pitch = window.pitch, at = y * pitch + x;
+        const float *in = window.patch + y * patchPitch + x;
+        float *pixels = window.pixels + at, *dx = window.dx + at, *dy = window.dy + at;
+        // Of a row of the patch: right minus left, and the pixels smoothed across.
+        struct Row {
+            F32x8 slope, smooth;
         };
-        F32x8 pixels0, pixels1, pixels2, slope0, slope1, slope2, smooth0, smooth1, smooth2;
-        across(pixels0, slope0, smooth0);
-        across(pixels1, slope1, smooth1);
-        for (std::int64_t at = y * window.pitch + x, end = at + count * window.pitch; at < end; at += window.pitch) {
-            across(pixels2, slope2, smooth2);
-            const F32x8 dx = keep(span, smoothed(slope0, slope1, slope2)), dy = keep(span, sub(smooth2, smooth0));
-            store(window.pixels + at, pixels1);
-            store(window.dx + at, dx);
-            store(window.dy + at, dy);
-            sums.lanes[0] = fma(dx, dx, sums.lanes[0]);
-            sums.lanes[1] = fma(dx, dy, sums.lanes[1]);
-            sums.lanes[2] = fma(dy, dy, sums.lanes[2]);
-            slope0 = slope1, slope1 = slope2;
-            smooth0 = smooth1, smooth1 = smooth2;
-            pixels1 = pixels2;
+        const auto nextRow = [&]() -> Row {
+            const F32x8 left = load<F32x8>(in), middle = load<F32x8>(in + 1), right = load<F32x8>(in + 2);
+            in += patchPitch;
+            return {sub(right, left), smoothed(left, middle, right)};
+        };
+        F32x8 xx = sums.lanes[0], xy = sums.lanes[1], yy = sums.lanes[2];
+        Row above = nextRow(), row = nextRow();
+        for (std::int64_t i = 0; i < count; ++i) {
+            store(pixels, load<F32x8>(in - patchPitch + 1));
+            const Row below = nextRow();
+            const F32x8 gx = keep(span, smoothed(above.slope, row.slope, below.slope));
+            const F32x8 gy = keep(span, sub(below.smooth, above.smooth));
+            store(dx, gx);
+            store(dy, gy);
+            xx = fma(gx, gx, xx);
+            xy = fma(gx, gy, xy);
+            yy = fma(gy, gy, yy);
+            above = row, row = below;
+            pixels += pitch, dx += pitch, dy += pitch;
         }
+        sums.lanes[0] = xx, sums.lanes[1] = xy, sums.lanes[2] = yy;
     }
 };
 
@@ -201,30 +211,47 @@ GradientMatrix takeWindow(const FlowWindow &window, const LevelImage<T> &image, 
     return {sums[0], sums[1], sums[2]};
 }
 
-// The matrix over a part, products and sums in double: of a single pixel, or of pixels with the same direction, the
+// The matrix over a part.
+inline GradientMatrix partMatrix(const FlowWindow &window, const WindowPart &part) {
+    const std::int64_t origin = part.rows.first * window.pitch + part.columns.first, pitch = window.pitch;
+    detail::LaneSums<3> lanes;
+    detail::walkStrips(part.columns.count(), part.rows.count(), lanes,
+                       [&](std::int64_t x, auto span, std::int64_t y, std::int64_t count) {
+                           const std::int64_t first = origin + y * pitch + x;
+                           for (std::int64_t at = first; at < first + count * pitch; at += pitch) {
+                               const F32x8 dx = load<F32x8>(window.dx + at, span);
+                               const F32x8 dy = load<F32x8>(window.dy + at, span);
+                               lanes.lanes[0] = fma(dx, dx, lanes.lanes[0]);
+                               lanes.lanes[1] = fma(dx, dy, lanes.lanes[1]);
+                               lanes.lanes[2] = fma(dy, dy, lanes.lanes[2]);
+                           }
+                       });
+    double sums[3];
+    lanes.finish(sums);
+    return {sums[0], sums[1], sums[2]};
+}
+
+// The same with products and sums in double: of a single pixel, or of pixels whose derivatives have one direction, the
 // determinant must vanish.
 inline GradientMatrix exactMatrix(const FlowWindow &window, const WindowPart &part) {
+    const std::int64_t origin = part.rows.first * window.pitch + part.columns.first, pitch = window.pitch;
     F64x4 xx = splat(0.0), xy = xx, yy = xx;
-    const auto visit = [&](std::int64_t at, auto span) {
-        const F32x8 dx = load<F32x8>(window.dx + at, span), dy = load<F32x8>(window.dy + at, span);
-        const auto addProducts = [&](F64x4 x, F64x4 y) {
-            xx = fma(x, x, xx);
-            xy = fma(x, y, xy);
-            yy = fma(y, y, yy);
-        };
-        addProducts(widenLow(dx), widenLow(dy));
-        addProducts(widenHigh(dx), widenHigh(dy));
+    const auto addProducts = [&](F64x4 dx, F64x4 dy) {
+        xx = fma(dx, dx, xx);
+        xy = fma(dx, dy, xy);
+        yy = fma(dy, dy, yy);
     };
-    for (std::int64_t y = part.rows.first; y <= part.rows.last; ++y) {
-        const std::int64_t at = y * window.pitch + part.columns.first, columns = part.columns.count();
-        std::int64_t x = 0;
-        for (; x + 8 <= columns; x += 8) {
-            visit(at + x, Full{});
-        }
-        if (x < columns) {
-            visit(at + x, firstLanes(static_cast<int>(columns - x)));
-        }
-    }
+    detail::Unlimited unlimited;
+    detail::walkStrips(part.columns.count(), part.rows.count(), unlimited,
+                       [&](std::int64_t x, auto span, std::int64_t y, std::int64_t count) {
+                           const std::int64_t first = origin + y * pitch + x;
+                           for (std::int64_t at = first; at < first + count * pitch; at += pitch) {
+                               const F32x8 dx = load<F32x8>(window.dx + at, span);
+                               const F32x8 dy = load<F32x8>(window.dy + at, span);
+                               addProducts(widenLow(dx), widenLow(dy));
+                               addProducts(widenHigh(dx), widenHigh(dy));
+                           }
+                       });
     return {laneSum(xx), laneSum(xy), laneSum(yy)};
 }
 
@@ -251,14 +278,16 @@ template <class T> struct CorrelateStrip {
 
     template <class Span>
     RVX_INLINE void operator()(std::int64_t x, Span span, std::int64_t y, std::int64_t count) const {
-        const T *row = next.plane.row(y) + x;
+        const T *left = next.plane.row(y) + x, *right = left + next.right;
+        const std::int64_t step = next.plane.step;
         F32x8 lanes[8];
         std::copy(sums.lanes, sums.lanes + 8, lanes);
-        F32x8 upperLeft = loadPixels(row, span), upperRight = loadPixels(row + next.right, span);
+        F32x8 upperLeft = loadPixels(left, span), upperRight = loadPixels(right, span);
         std::int64_t at = y * pitch + x;
         for (const std::int64_t end = y + count; y < end; ++y, at += pitch) {
-            row = byteOffset(row, y < lastRow ? next.plane.step : 0);
-            const F32x8 lowerLeft = loadPixels(row, span), lowerRight = loadPixels(row + next.right, span);
+            const std::int64_t down = y < lastRow ? step : 0;
+            left = byteOffset(left, down), right = byteOffset(right, down);
+            const F32x8 lowerLeft = loadPixels(left, span), lowerRight = loadPixels(right, span);
             const F32x8 pixel = load<F32x8>(pixels + at, span);
             const F32x8 gx = load<F32x8>(dx + at, span), gy = load<F32x8>(dy + at, span);
             const F32x8 differences[4] = {sub(pixel, upperLeft), sub(pixel, upperRight), sub(pixel, lowerLeft),

@@ -58,15 +58,16 @@ namespace detail {
 RVX_INLINE void storeSample(float *dst, F32x8 value, Full span) { store(dst, value, span); }
 RVX_INLINE void storeSample(float *dst, F32x8 value, Part span) { store(dst, value, span); }
 
-// `rows` rows of samples at a time: the columns of a source row are joined once for the samples above and below it.
-template <class S, class D, bool right, bool below, int rows> struct SampleRows {
+// Some rows of samples, down in every block of columns, so that the columns of a source row are joined once for the
+// samples above and below it.
+template <class S, class D, bool right, bool below> struct SampleRows {
     static constexpr bool rereads = false; // an image and its samples do not overlap
-    Plane<const S> src;
-    Plane<D> dst;
+    const S *src;
+    D *dst;
+    std::int64_t srcStep, dstStep, rows;
     F32x8 a, b;
 
-    template <class Span> RVX_INLINE F32x8 joined(int y, std::ptrdiff_t x, Span span) const {
-        const S *const row = src.row(y) + x;
+    template <class Span> static RVX_INLINE F32x8 joined(const S *row, F32x8 a, Span span) {
         const F32x8 left = loadF32(row, span);
         if constexpr (right) {
             return fma(a, sub(loadF32(row + 1, span), left), left);
@@ -75,30 +76,39 @@ template <class S, class D, bool right, bool below, int rows> struct SampleRows 
         }
     }
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        F32x8 upper = joined(0, x, span);
-        for (int y = 0; y < rows; ++y) {
+        const S *in = src + x;
+        D *out = dst + x;
+        const F32x8 across = a, down = b;
+        F32x8 upper = joined(in, across, span);
+        for (std::int64_t y = 1;; ++y) {
+            in = byteOffset(in, srcStep);
             if constexpr (below) {
-                const F32x8 lower = joined(y + 1, x, span);
-                storeSample(dst.row(y) + x, fma(b, sub(lower, upper), upper), span);
+                const F32x8 lower = joined(in, across, span);
+                storeSample(out, fma(down, sub(lower, upper), upper), span);
+                if (y == rows) {
+                    return;
+                }
                 upper = lower;
             } else {
-                storeSample(dst.row(y) + x, y == 0 ? upper : joined(y, x, span), span);
+                storeSample(out, upper, span);
+                if (y == rows) {
+                    return;
+                }
+                upper = joined(in, across, span);
             }
+            out = byteOffset(out, dstStep);
         }
     }
 };
 
 template <class S, class D, bool right, bool below>
 void sampleRows(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b) {
-    constexpr int block = 4;
-    std::int64_t y = 0;
-    const auto from = [&] { return Plane<const S>{src.row(y), src.step}; };
-    const auto to = [&] { return Plane<D>{dst.row(y), dst.step}; };
-    for (; y + block <= rows; y += block) {
-        walkRow<8, Tail::overlap>(columns, SampleRows<S, D, right, below, block>{from(), to(), splat(a), splat(b)});
-    }
-    for (; y < rows; ++y) {
-        walkRow<8, Tail::overlap>(columns, SampleRows<S, D, right, below, 1>{from(), to(), splat(a), splat(b)});
+    // A small patch in one go; of a wide one few rows at a time, which the processor can follow.
+    const std::int64_t block = columns <= 64 ? rows : 4;
+    for (std::int64_t y = 0; y < rows; y += block) {
+        walkRow<8, Tail::overlap>(columns,
+                                  SampleRows<S, D, right, below>{src.row(y), dst.row(y), src.step, dst.step,
+                                                                 std::min(rows - y, block), splat(a), splat(b)});
     }
 }
 
