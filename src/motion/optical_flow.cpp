@@ -8,8 +8,6 @@
 
 #include "rvxcore.h"
 
-#include <optional>
-
 namespace rvxcv {
 namespace {
 
@@ -25,11 +23,11 @@ struct Limits {
     double threshold;
 };
 
-// G and its inverse's factor.
 struct Solver {
-    GradientMatrix matrix;
-    double determinant;
+    GradientMatrix matrix{};
+    double determinant = 0;
 
+    Solver() = default;
     explicit Solver(const GradientMatrix &m) : matrix(m), determinant(m.xx * m.yy - m.xy * m.xy) {}
 
     // Float products are good enough unless the determinant is what they leave of a much larger number.
@@ -82,8 +80,8 @@ public:
         const WindowPart all{{0, window_.size - 1}, {0, window_.size - 1}};
 
         Vector previous{};
-        std::optional<Solver> solver;
-        MismatchSums sums;
+        Solver solver;
+        MismatchSums sums{};
         for (std::int32_t k = 1;; ++k) {
             if (!isPosition(v)) {
                 return Result::lost;
@@ -97,23 +95,24 @@ public:
             if (common.empty()) {
                 return Result::apart;
             }
-            if (!solver || !(common == part_)) {
+            const bool otherPart = k == 1 || !(common == part_);
+            if (otherPart) {
                 solver = Solver(common == all ? whole : partMatrix(window_, common));
-                if (!solver->isReliable()) {
+                if (!solver.isReliable()) {
                     solver = Solver(exactMatrix(window_, common));
                 }
-                if (!solver->isRegular()) {
+                if (!solver.isRegular()) {
                     return Result::lost;
                 }
             }
-            if (k == 1 || !(common == part_) || !sharesPixels(position, last_)) {
+            if (otherPart || !sharesPixels(position, last_)) {
                 sums = withNextPixels(window_, next_, position, common,
                                       [&](const auto &pixels) { return correlate(window_, common, pixels); });
             }
             part_ = common;
             last_ = position;
 
-            const Vector d = solver->solve(mismatch(sums, position));
+            const Vector d = solver.solve(mismatch(sums, position));
             v = {v.x + d.x, v.y + d.y};
             if (!isPosition(v)) {
                 return Result::lost;

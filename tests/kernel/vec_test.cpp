@@ -45,6 +45,39 @@ TEST(Vec, PartialLoadsAndStores) {
     checkPartial<F32x8>();
 }
 
+TEST(Vec, MaskedLoadsAndStoresOfFloats) {
+    Rng rng = makeRng("lanes");
+    for (int n = 1; n <= 8; ++n) {
+        for (const Guard guard : {Guard::behind, Guard::before}) {
+            GuardedImage<float> src(n, 1, {.guard = guard}), dst(n, 1, {.guard = guard});
+            src.fill(rng, Contents::random);
+            const F32x8 loaded = load<F32x8>(src.data(), firstLanes(n));
+            store(dst.data(), loaded, firstLanes(n));
+            ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return src.at(x, y); }));
+            float lanes[8], kept[8];
+            store(lanes, loaded);
+            store(kept, keep(firstLanes(n), splat(3.0f)));
+            for (int i = 0; i < 8; ++i) {
+                ASSERT_TRUE(sameValue(lanes[i], i < n ? src.at(i, 0) : 0.0f)) << "lane " << i << " of " << n;
+                ASSERT_EQ(kept[i], i < n ? 3.0f : 0.0f);
+            }
+        }
+    }
+}
+
+TEST(Vec, FloatsAsDoublesAndTheirSum) {
+    const float values[8] = {1e30f, -2.5f, 3.25f, 1e-30f, -1e30f, 7.0f, -8.5f, 0.125f};
+    double low[4], high[4];
+    store(low, widenLow(load<F32x8>(values)));
+    store(high, widenHigh(load<F32x8>(values)));
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_EQ(low[i], static_cast<double>(values[i]));
+        ASSERT_EQ(high[i], static_cast<double>(values[4 + i]));
+    }
+    const double terms[4] = {1e20, 3.0, -1e20, 0.5};
+    ASSERT_EQ(laneSum(load<F64x4>(terms)), 3.5);
+}
+
 template <class T> void checkWidening() {
     Rng rng = makeRng("widen", sizeof(T) + (std::is_signed_v<T> ? 16 : 0));
     for (int n = 1; n <= 8; ++n) {
