@@ -9,6 +9,12 @@ RVX_INLINE U8x32 add(U8x32 a, U8x32 b) { return {{_mm256_add_epi8(a.v, b.v)}}; }
 RVX_INLINE U8x32 bitAnd(U8x32 a, U8x32 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 RVX_INLINE U8x32 bitAndNot(U8x32 a, U8x32 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 RVX_INLINE U8x32 bitOr(U8x32 a, U8x32 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
+RVX_INLINE U8x32 bitXor(U8x32 a, U8x32 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
+RVX_INLINE U16x16 bitAndNot(U16x16 a, U16x16 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
+RVX_INLINE U16x16 bitOr(U16x16 a, U16x16 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
+RVX_INLINE U16x16 bitXor(U16x16 a, U16x16 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
+RVX_INLINE bool anyBit(U8x32 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
+RVX_INLINE bool anyBit(U16x16 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
 // Bit i is the high bit of byte i.
 RVX_INLINE std::uint32_t laneBits(U8x32 a) { return static_cast<std::uint32_t>(_mm256_movemask_epi8(a.v)); }
 // 256 bits from `bits` bits (0..7) behind the first bit of an address on; reads 33 bytes.

@@ -105,6 +105,22 @@ template <int bytes, class V> RVX_INLINE V shiftedIn(V a, V b) {
     return detail::fromRaw<V>(result);
 }
 
+// The same within each half of 16 bytes.
+template <int bytes, class V> RVX_INLINE V shiftedInLane(V a, V b) {
+    return detail::fromRaw<V>(_mm256_alignr_epi8(detail::raw(b), detail::raw(a), bytes));
+}
+// One half of a, then one half of b (0 the low one, 1 the high one).
+template <int halfOfA, int halfOfB, class V> RVX_INLINE V joinedHalves(V a, V b) {
+    return detail::fromRaw<V>(_mm256_permute2x128_si256(detail::raw(a), detail::raw(b), halfOfA | (2 + halfOfB) << 4));
+}
+// One lane, counted within each half, in all lanes of its half.
+template <int lane, class V> RVX_INLINE V repeatedInLane(V a) {
+    constexpr int bytes = static_cast<int>(sizeof(typename V::Element));
+    static_assert(bytes <= 2);
+    constexpr short order = bytes == 1 ? lane * 0x101 : (2 * lane + 1) << 8 | 2 * lane;
+    return detail::fromRaw<V>(_mm256_shuffle_epi8(detail::raw(a), _mm256_set1_epi16(order)));
+}
+
 // Any vector from two halves of 16 bytes, each with its bytes in an order of its own.
 template <class V>
 RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::Element *high, U8x32 order) {
