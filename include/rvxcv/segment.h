@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/* ---- Distance transforms ---- */
+/* --------------------------------------------------------------------------------------------- Distance transforms */
 
 /* For every pixel of an 8-bit image the distance to the nearest zero pixel.
  *
@@ -81,9 +81,177 @@ StatusCode rvxiTrueDistanceTransform_8u32f_C1R(const uint8_t *src, int32_t srcSt
  * 24 n + 56. StatusNullPointer, StatusBadSize. */
 StatusCode rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferSize);
 
-/* ---- Flood fill ---- */
+/* ------------------------------------------------------------------------------------------------------ Flood fill */
 
-/* ---- Labelling ---- */
+/* Paints, in place, the connected region that grows from a seed pixel, and says how large it is. A pixel belongs to the
+ * region when it is the seed or joins from a pixel of the region that touches it: on one of four sides (4Con), or also
+ * at a corner (8Con). What joins is judged on the values before the fill, whatever the new value is:
+ *
+ *   plain      p == s, where s is the seed's value
+ *   range      s - minDelta <= p <= s + maxDelta
+ *   gradient   q - minDelta <= p <= q + maxDelta, where q is the value of the pixel from which p is reached; with
+ *              different deltas a step may be allowed in one direction only
+ *
+ * Of three channels all must agree. Bounds of integers do not wrap. Bounds of floats are rounded to float once and all
+ * comparisons are those of IEEE 754: a NaN joins nowhere and nothing joins from it, -0.0 equals 0.0. The seed is
+ * painted in any case, even when it is NaN or lies outside its own range (a negative delta).
+ *
+ * Plain and range fills of a seed that already equals newVal (in all channels) return StatusOk at once: nothing is
+ * painted and the record keeps its contents. The gradient fill has no such exception.
+ *
+ * The time is proportional to the pixels of the region and their neighbourhood, whatever its shape; a row that the
+ * region or its neighbourhood enters costs a further 16 bytes of scratch for every 64 pixels of its width.
+ *
+ * For three channels newVal, minDelta and maxDelta point at three elements each. Mind the order of the arguments: new
+ * value first in range fills, deltas first in gradient fills, floats last in the range fill of 32f with one channel.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer (image, region, buffer, and of three channels the
+ * values), StatusBadSize, StatusBadStep (step below width times the size of ONE element, for three channels as well:
+ * rows that overlap are the caller's business), StatusStepNotMultiple, StatusOutOfRange (seed outside the image). */
+
+typedef struct ConnectedComponent {
+    double area;     /* pixels painted */
+    double value[3]; /* the new value; of one channel value[0], and zeros */
+    Rect2i rect;     /* the smallest rectangle around the painted pixels */
+} ConnectedComponent;
+
+/* Bytes of scratch: 6 width height + 32 for plain and range fills, (width + 2) (height + 2) + 16 width height + 64 for
+ * gradient fills. The buffer may start at any address. The sizes are computed in 64 bits and stored in 32: above some
+ * 350 (125) million pixels the number that is returned is too small (or negative) and the caller must form it himself.
+ * StatusNullPointer, StatusBadSize. */
+StatusCode rvxiFloodFillGetSize(RoiSize roi, int32_t *bufferSize);
+StatusCode rvxiFloodFillGetSize_Grad(RoiSize roi, int32_t *bufferSize);
+
+/* Plain. */
+StatusCode rvxiFloodFill_4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
+                                      ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_32s_C1IR(int32_t *image, int32_t step, RoiSize roi, Point2i seed, int32_t newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed, float newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, const uint8_t *newVal,
+                                      ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, const uint16_t *newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_4Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
+                                      ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_32s_C1IR(int32_t *image, int32_t step, RoiSize roi, Point2i seed, int32_t newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed, float newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, const uint8_t *newVal,
+                                      ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, const uint16_t *newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
+                                       ConnectedComponent *region, uint8_t *buffer);
+
+/* Range. */
+StatusCode rvxiFloodFill_Range4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
+                                           uint8_t minDelta, uint8_t maxDelta, ConnectedComponent *region,
+                                           uint8_t *buffer);
+StatusCode rvxiFloodFill_Range4Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t newVal,
+                                            uint16_t minDelta, uint16_t maxDelta, ConnectedComponent *region,
+                                            uint8_t *buffer);
+StatusCode rvxiFloodFill_Range4Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed,
+                                            ConnectedComponent *region, uint8_t *buffer, float newVal, float minDelta,
+                                            float maxDelta);
+StatusCode rvxiFloodFill_Range4Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                           const uint8_t *newVal, const uint8_t *minDelta, const uint8_t *maxDelta,
+                                           ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Range4Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                            const uint16_t *newVal, const uint16_t *minDelta, const uint16_t *maxDelta,
+                                            ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Range4Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
+                                            const float *minDelta, const float *maxDelta, ConnectedComponent *region,
+                                            uint8_t *buffer);
+StatusCode rvxiFloodFill_Range8Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
+                                           uint8_t minDelta, uint8_t maxDelta, ConnectedComponent *region,
+                                           uint8_t *buffer);
+StatusCode rvxiFloodFill_Range8Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t newVal,
+                                            uint16_t minDelta, uint16_t maxDelta, ConnectedComponent *region,
+                                            uint8_t *buffer);
+StatusCode rvxiFloodFill_Range8Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed,
+                                            ConnectedComponent *region, uint8_t *buffer, float newVal, float minDelta,
+                                            float maxDelta);
+StatusCode rvxiFloodFill_Range8Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                           const uint8_t *newVal, const uint8_t *minDelta, const uint8_t *maxDelta,
+                                           ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Range8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                            const uint16_t *newVal, const uint16_t *minDelta, const uint16_t *maxDelta,
+                                            ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Range8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
+                                            const float *minDelta, const float *maxDelta, ConnectedComponent *region,
+                                            uint8_t *buffer);
+
+/* Gradient. */
+StatusCode rvxiFloodFill_Grad4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t minDelta,
+                                          uint8_t maxDelta, uint8_t newVal, ConnectedComponent *region,
+                                          uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad4Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t minDelta,
+                                           uint16_t maxDelta, uint16_t newVal, ConnectedComponent *region,
+                                           uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad4Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed, float minDelta,
+                                           float maxDelta, float newVal, ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad4Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                          const uint8_t *minDelta, const uint8_t *maxDelta, const uint8_t *newVal,
+                                          ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad4Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                           const uint16_t *minDelta, const uint16_t *maxDelta, const uint16_t *newVal,
+                                           ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad4Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *minDelta,
+                                           const float *maxDelta, const float *newVal, ConnectedComponent *region,
+                                           uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t minDelta,
+                                          uint8_t maxDelta, uint8_t newVal, ConnectedComponent *region,
+                                          uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t minDelta,
+                                           uint16_t maxDelta, uint16_t newVal, ConnectedComponent *region,
+                                           uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_32f_C1IR(float *image, int32_t step, RoiSize roi, Point2i seed, float minDelta,
+                                           float maxDelta, float newVal, ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_8u_C3IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                          const uint8_t *minDelta, const uint8_t *maxDelta, const uint8_t *newVal,
+                                          ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed,
+                                           const uint16_t *minDelta, const uint16_t *maxDelta, const uint16_t *newVal,
+                                           ConnectedComponent *region, uint8_t *buffer);
+StatusCode rvxiFloodFill_Grad8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *minDelta,
+                                           const float *maxDelta, const float *newVal, ConnectedComponent *region,
+                                           uint8_t *buffer);
+
+/* ------------------------------------------------------------------------------------------------------- Labelling */
+
+/* Gives every connected component of the pixels that are not zero a label; zeros stay zero. The components are taken in
+ * the order of their first pixels (rows from the top, each from the left) and get minLabel, minLabel + 1 ..; after
+ * maxLabel comes minLabel again, so that components share labels when there are more of them than labels. count
+ * receives the number of components in any case. norm chooses which pixels are connected: NormInf those that touch on
+ * one of eight sides, NormL1 on one of four.
+ *
+ * 8u and 16u work in place; 8u32s leaves the source as it is and writes every pixel of the destination, which must not
+ * overlap it. The time is proportional to the pixels, whatever they show.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple;
+ * StatusBadArgument (minLabel below 1, minLabel above maxLabel, maxLabel above 254, 65534 or 2147483646 for 8u, 16u and
+ * 32s); StatusBadArgument (norm). */
+StatusCode rvxiLabelMarkers_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, int32_t minLabel, int32_t maxLabel,
+                                    NormKind norm, int32_t *count, uint8_t *buffer);
+StatusCode rvxiLabelMarkers_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, int32_t minLabel, int32_t maxLabel,
+                                     NormKind norm, int32_t *count, uint8_t *buffer);
+StatusCode rvxiLabelMarkers_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, RoiSize roi,
+                                      int32_t minLabel, int32_t maxLabel, NormKind norm, int32_t *count,
+                                      uint8_t *buffer);
+
+/* Bytes of scratch: those of rvxiFloodFillGetSize. StatusNullPointer, StatusBadSize. */
+StatusCode rvxiLabelMarkersGetBufferSize_8u_C1R(RoiSize roi, int32_t *bufferSize);
+StatusCode rvxiLabelMarkersGetBufferSize_16u_C1R(RoiSize roi, int32_t *bufferSize);
+StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferSize);
 
 #ifdef __cplusplus
 }

@@ -48,4 +48,8 @@ RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
     return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
 }
 
+// The bits of a at the set bits of a mask, moved together at the low end; and the low bits of a, moved to the set bits.
+RVX_INLINE std::uint64_t gatherBits(std::uint64_t a, std::uint64_t mask) { return _pext_u64(a, mask); }
+RVX_INLINE std::uint64_t scatterBits(std::uint64_t a, std::uint64_t mask) { return _pdep_u64(a, mask); }
+
 } // namespace rvxcv

@@ -1,6 +1,7 @@
 // Comparisons, the masks that they give, and what is chosen by them.
 #pragma once
 
+#include "kernel/vec/arithmetic.h"
 #include "kernel/vec/types.h"
 
 namespace rvxcv {
@@ -52,6 +53,39 @@ RVX_INLINE F32x8 bitXor(F32x8 a, F32x8 b) { return {_mm256_xor_ps(a.v, b.v)}; }
 RVX_INLINE Mask32x8 hasBit(I32x8 a, std::int32_t bit) {
     const __m256i bits = _mm256_set1_epi32(bit);
     return {_mm256_castsi256_ps(_mm256_cmpeq_epi32(_mm256_and_si256(a.v, bits), bits))};
+}
+
+// Lanes of 16 bits, all set or all clear, as bits.
+RVX_INLINE std::uint32_t laneBits(U16x16 mask) {
+    const __m128i bytes = _mm_packs_epi16(_mm256_castsi256_si128(mask.v), _mm256_extracti128_si256(mask.v, 1));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes));
+}
+// Lanes with low <= a <= high, where low <= high; of floats with any bounds, and never for a NaN.
+RVX_INLINE U8x32 inRange(U8x32 a, U8x32 low, U8x32 high) { return equal(min(max(a, low), high), a); }
+RVX_INLINE U16x16 inRange(U16x16 a, U16x16 low, U16x16 high) {
+    return {{_mm256_cmpeq_epi16(min(max(a, low), high).v, a.v)}};
+}
+RVX_INLINE Mask32x8 inRange(I32x8 a, I32x8 low, I32x8 high) { return equal(min(max(a, low), high), a); }
+RVX_INLINE Mask32x8 inRange(F32x8 a, F32x8 low, F32x8 high) { return both(greaterEqual(a, low), lessEqual(a, high)); }
+// The mask whose lane i is set when bit i is.
+template <class V> RVX_INLINE auto maskOfBits(std::uint32_t bits) {
+    const __m256i all = _mm256_set1_epi32(static_cast<std::int32_t>(bits));
+    if constexpr (V::lanes == 32) {
+        const __m256i byte = _mm256_setr_epi64x(0, 0x0101010101010101, 0x0202020202020202, 0x0303030303030303);
+        const __m256i bit = _mm256_set1_epi64x(static_cast<std::int64_t>(0x8040201008040201));
+        return U8x32{{_mm256_cmpeq_epi8(_mm256_and_si256(_mm256_shuffle_epi8(all, byte), bit), bit)}};
+    } else if constexpr (V::lanes == 16) {
+        const __m256i bit = _mm256_setr_epi16(1, 2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384,
+                                              static_cast<short>(0x8000));
+        return U16x16{{_mm256_cmpeq_epi16(_mm256_and_si256(all, bit), bit)}};
+    } else {
+        const __m256i bit = _mm256_setr_epi32(1, 2, 4, 8, 16, 32, 64, 128);
+        return Mask32x8{_mm256_castsi256_ps(_mm256_cmpeq_epi32(_mm256_and_si256(all, bit), bit))};
+    }
+}
+RVX_INLINE U8x32 select(U8x32 mask, U8x32 set, U8x32 clear) { return {{_mm256_blendv_epi8(clear.v, set.v, mask.v)}}; }
+RVX_INLINE U16x16 select(U16x16 mask, U16x16 set, U16x16 clear) {
+    return {{_mm256_blendv_epi8(clear.v, set.v, mask.v)}};
 }
 
 } // namespace rvxcv

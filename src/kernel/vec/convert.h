@@ -43,6 +43,12 @@ template <class Span> RVX_INLINE void storeNarrow(std::uint16_t *p, I32x8 a, Spa
         storeHalf(p, U8x16{words}, Part{2 * span.n});
     }
 }
+
+// The bytes of an integer as lanes, and the lanes of a in an order of choice.
+RVX_INLINE I32x8 fromPackedBytes(std::uint64_t bytes) {
+    return {{_mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(bytes)))}};
+}
+RVX_INLINE I32x8 permuted(I32x8 a, I32x8 lanes) { return {{_mm256_permutevar8x32_epi32(a.v, lanes.v)}}; }
 // Pairs (a[i], b[i]) of the lanes 0..3 and 8..11, and of the lanes 4..7 and 12..15: the two halves of each 128-bit
 // lane. narrowInLane puts 32-bit results of such pairs back in order.
 RVX_INLINE I16x16 pairsInLaneLow(I16x16 a, I16x16 b) { return {{_mm256_unpacklo_epi16(a.v, b.v)}}; }
@@ -75,9 +81,7 @@ RVX_INLINE F32x8 interleavedHigh(F32x8 a, F32x8 b) {
 // order.
 RVX_INLINE F32x8 evenInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0x88)}; }
 RVX_INLINE F32x8 oddInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0xdd)}; }
-RVX_INLINE F32x8 sortedPairs(F32x8 a) {
-    return {_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(a.v), 0xd8))};
-}
+RVX_INLINE F32x8 sortedPairs(F32x8 a) { return {_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(a.v), 0xd8))}; }
 // Lane i is the one of a at place lanes[i], 0..7.
 RVX_INLINE F32x8 permuted(F32x8 a, I32x8 lanes) { return {_mm256_permutevar8x32_ps(a.v, lanes.v)}; }
 // Lane i is p[index[i]].
