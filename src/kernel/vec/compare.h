@@ -77,7 +77,8 @@ template <class V> RVX_INLINE auto maskOfBits(std::uint32_t bits) {
     } else if constexpr (V::lanes == 16) {
         const __m256i bit = _mm256_setr_epi16(1, 2, 4, 8, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192, 16384,
                                               static_cast<short>(0x8000));
-        return U16x16{{_mm256_cmpeq_epi16(_mm256_and_si256(all, bit), bit)}};
+        const __m256i low = _mm256_set1_epi16(static_cast<short>(bits));
+        return U16x16{{_mm256_cmpeq_epi16(_mm256_and_si256(low, bit), bit)}};
     } else {
         const __m256i bit = _mm256_setr_epi32(1, 2, 4, 8, 16, 32, 64, 128);
         return Mask32x8{_mm256_castsi256_ps(_mm256_cmpeq_epi32(_mm256_and_si256(all, bit), bit))};
