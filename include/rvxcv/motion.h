@@ -9,7 +9,7 @@
 extern "C" {
 #endif
 
-/* ---- Motion history ---- */
+/* --------------------------------------------------------------------------------------------------- Motion history */
 
 /* A motion history image holds in every pixel the time at which motion was last seen there, 0 where that is longer ago
  * than a duration (J. W. Davis and A. F. Bobick, "The Representation and Recognition of Action Using Temporal
@@ -33,7 +33,7 @@ StatusCode rvxiUpdateMotionHistory_16u32f_C1IR(const uint16_t *silhouette, int32
 StatusCode rvxiUpdateMotionHistory_32f_C1IR(const float *silhouette, int32_t silhouetteStep, float *history,
                                             int32_t historyStep, RoiSize roi, float timestamp, float duration);
 
-/* ---- Line sampling ---- */
+/* ---------------------------------------------------------------------------------------------------- Line sampling */
 
 /* The pixels on the digital straight line from one point to another, both included, in that order, copied into `line`,
  * which has room for max(|x2 - x1|, |y2 - y1|) + 1 pixels. Nothing but these pixels is read.
@@ -60,7 +60,7 @@ StatusCode rvxiSampleLine_32f_C1R(const float *src, int32_t srcStep, RoiSize roi
 StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi, float *line, Point2i first,
                                   Point2i second);
 
-/* ---- Sub-pixel copies ---- */
+/* ------------------------------------------------------------------------------------------------- Sub-pixel copies */
 
 /* A patch of an image around a point with real coordinates, sampled bilinearly. With w x h the size of the patch
  * (dstRoi), in double, ox = centre.x - 0.5 (w - 1), ix = floor(ox), a = (float)(ox - ix), and oy, iy, b likewise, the
@@ -82,7 +82,7 @@ StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi
 StatusCode rvxiCopySubpixIntersect_32f_C1R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst,
                                            int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min, Point2i *max);
 
-/* ---- Optical flow ---- */
+/* ----------------------------------------------------------------------------------------------------- Optical flow */
 
 /* Points followed from one frame to the next by the iterative method of Lucas and Kanade over two pyramids, from the
  * coarsest level to the finest (J.-Y. Bouguet, Pyramidal Implementation of the Lucas Kanade Feature Tracker, 2000).

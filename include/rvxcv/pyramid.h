@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/* ---- Fixed halving and doubling ---- */
+/* --------------------------------------------------------------------------------------- Fixed halving and doubling */
 
 /* Halving: the destination has ((width + 1) / 2) x ((height + 1) / 2) pixels. Pixel (x, y) is the sum of the 5 x 5
  * source pixels around (2x, 2y), weighted in both directions by 1 4 6 4 1, divided by 256. A pixel outside the image is
@@ -63,7 +63,7 @@ StatusCode rvxiPyrDownGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelT
                                           int32_t *bufSize);
 StatusCode rvxiPyrUpGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelType, int32_t channels, int32_t *bufSize);
 
-/* ---- Level sizes and the descriptor ---- */
+/* ----------------------------------------------------------------------------------- Level sizes and the descriptor */
 
 /* Two rules say which sizes follow each other in a pyramid of any rate in (1, 10]; both directions of a size follow
  * them on their own. All of it is single-precision arithmetic whose results are truncated toward zero.
@@ -96,7 +96,7 @@ typedef struct PyramidRecord {
 StatusCode rvxiPyramidInitAlloc(PyramidRecord **pyramid, int32_t level, RoiSize baseRoi, float rate);
 StatusCode rvxiPyramidFree(PyramidRecord *pyramid);
 
-/* ---- Layers of any rate ---- */
+/* ----------------------------------------------------------------------------------------------- Layers of any rate */
 
 /* One step of a pyramid at any rate in (1, 10], smoothed by a symmetric kernel of the caller's. A state holds what
  * depends on kernel and rate; made for the size of the largest source, it serves every source size. It holds row

@@ -8,7 +8,7 @@
 extern "C" {
 #endif
 
-/* ---- Integral images ---- */
+/* -------------------------------------------------------------------------------------------------- Integral images */
 
 /* Integral images of a W x H source: each element is a sum of source pixels, so that the sum of any rectangle takes
  * four elements. `val` (`valSqr` for the squares) is the value that the first row and column hold and that every sum
@@ -62,7 +62,7 @@ StatusCode rvxiTiltedSqrIntegral_8u32s64f_C1R(const uint8_t *src, int32_t srcSte
 StatusCode rvxiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep,
                                               double *sqr, int32_t sqrStep, RoiSize roi, double val, double valSqr);
 
-/* ---- Rectangle deviation ---- */
+/* ---------------------------------------------------------------------------------------------- Rectangle deviation */
 
 /* Standard deviation of the pixels in a window, for every position: destination pixel (x, y) stands for the window
  * `rect` moved by (x, y). `sum` and `sqr` point to element (0, 0) of the integral images of pixels and squares; `roi`

@@ -81,7 +81,6 @@ RVX_INLINE U16x16 min(U16x16 a, U16x16 b) { return {{_mm256_min_epu16(a.v, b.v)}
 RVX_INLINE U16x16 max(U16x16 a, U16x16 b) { return {{_mm256_max_epu16(a.v, b.v)}}; }
 
 RVX_INLINE U8x32 addSaturated(U8x32 a, U8x32 b) { return {{_mm256_adds_epu8(a.v, b.v)}}; }
-RVX_INLINE U16x16 addSaturated(U16x16 a, U16x16 b) { return {{_mm256_adds_epu16(a.v, b.v)}}; }
 RVX_INLINE U8x32 subSaturated(U8x32 a, U8x32 b) { return {{_mm256_subs_epu8(a.v, b.v)}}; }
 RVX_INLINE U8x32 min(U8x32 a, U8x32 b) { return {{_mm256_min_epu8(a.v, b.v)}}; }
 RVX_INLINE U8x32 max(U8x32 a, U8x32 b) { return {{_mm256_max_epu8(a.v, b.v)}}; }
