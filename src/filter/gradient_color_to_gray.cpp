@@ -7,7 +7,7 @@
 //
 // as S is an integer. So S may be off by half a unit on either side of the limit without a change in r. The root of
 // (S + 1/4) / 3 puts the limit midway between two integers: for bytes single precision is then good enough (the test
-// goes through all S); 16-bit pixels correct the single-precision root by comparing integers.
+// goes through all S); 16-bit pixels compare integers where the single-precision root is not sure.
 #include "frame/api.h"
 #include "kernel/channels.h"
 #include "kernel/checks.h"
@@ -55,8 +55,20 @@ struct RootOfSquares {
         return narrowUnsignedInLane(first, second);
     }
     static RVX_INLINE U16x16 of(const ThreeChannels<U16x16> &a) {
-        return narrowUnsignedInLane(root(widenInLaneLow(a.c0), widenInLaneLow(a.c1), widenInLaneLow(a.c2)),
-                                    root(widenInLaneHigh(a.c0), widenInLaneHigh(a.c1), widenInLaneHigh(a.c2)));
+        const F32x8 lowRoot = sqrt(
+                        squares(toF32(widenInLaneLow(a.c0)), toF32(widenInLaneLow(a.c1)), toF32(widenInLaneLow(a.c2)))),
+                    highRoot = sqrt(squares(toF32(widenInLaneHigh(a.c0)), toF32(widenInLaneHigh(a.c1)),
+                                            toF32(widenInLaneHigh(a.c2))));
+        // The single-precision root is off by less than 1/60 (of 65535): rounded with 1/32 less and 1/32 more it gives
+        // r twice, or r and a neighbour. Then S lies within 2^15 of the limit 3 r (r + 1) of the smaller one, and 16
+        // bits that wrap tell on which side.
+        const I16x16 least = rounded(lowRoot, highRoot, 0.5f - 1.0f / 32);
+        const I16x16 most = rounded(lowRoot, highRoot, 0.5f + 1.0f / 32);
+        const I16x16 c0{{a.c0.v}}, c1{{a.c1.v}}, c2{{a.c2.v}};
+        const I16x16 sum = add(add(mulLow(c0, c0), mulLow(c1, c1)), mulLow(c2, c2));
+        const I16x16 limit = mulLow(least, add(add(least, least), add(least, splat(std::int16_t{3}))));
+        const I16x16 beyond = shiftRight(sub(limit, sum), 15);
+        return {{add(least, bitAnd(sub(most, least), beyond)).v}};
     }
     static RVX_INLINE F32x8 of(const ThreeChannels<F32x8> &a) { return sqrt(squares(a.c0, a.c1, a.c2)); }
 
@@ -69,24 +81,24 @@ private:
         return roundToEven(sqrt(fma(toF32(sum), splat(1.0f / 3), splat(1.0f / 12))));
     }
 
-    // 16-bit pixels. The single-precision root is off by less than 1/64 (of 65535); with 1/32 taken away, its rounding
-    // is r or r - 1 and never more. S fits in 34 bits, but its distance from the limit 3 r (r + 1) is small: 32 bits
-    // that wrap tell its sign.
-    static RVX_INLINE I32x8 root(I32x8 c0, I32x8 c1, I32x8 c2) {
-        const F32x8 near = sqrt(mul(squares(toF32(c0), toF32(c1), toF32(c2)), splat(1.0f / 3)));
-        const I32x8 r = roundToEven(sub(near, splat(1.0f / 32)));
-        const I32x8 sum = add(add(mulLow(c0, c0), mulLow(c1, c1)), mulLow(c2, c2));
-        const I32x8 limit = mulLow(r, add(add(r, r), add(r, splat(3))));
-        return sub(r, allBits(greater(sub(sum, limit), splat(0))));
+    static RVX_INLINE I16x16 rounded(F32x8 low, F32x8 high, float bias) {
+        const F32x8 third = splat(0.577350269f); // the root of 1/3
+        return {
+            {narrowUnsignedInLane(truncate(fma(low, third, splat(bias))), truncate(fma(high, third, splat(bias)))).v}};
     }
 };
 
 template <class T, class Norm> struct GradientRow {
     static constexpr bool rereads = false;
+    static constexpr int srcAhead = 3072, dstAhead = 1024;
     const T *src;
     T *dst;
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        // The processor's own look-ahead ends with the page.
+        prefetch(byteOffset(src + 3 * x, srcAhead));
+        prefetch(byteOffset(src + 3 * x, srcAhead + 64));
+        prefetch(byteOffset(dst + x, dstAhead));
         store(dst + x, Norm::of(loadChannels<Vec<T>>(src + 3 * x, span)), span);
     }
 };
