@@ -54,10 +54,10 @@ template <class T> void checkLines(Sample<T> function, int channels) {
         return Point2i{static_cast<std::int32_t>(i % width), static_cast<std::int32_t>(i / width)};
     };
     for (const Guard guard : {Guard::behind, Guard::before}) {
-        GuardedImage<T> small(11 * channels, 9, {.padding = 2 * sizeof(T), .guard = guard, .skew = 1});
+        GuardedImage<T> small(9 * channels, 8, {.padding = 2 * sizeof(T), .guard = guard, .skew = 1});
         small.fill(rng, Contents::random);
-        for (std::int64_t i = 0; i < 99 * 99; ++i) {
-            checkLine(function, channels, small, point(i / 99, 11), point(i % 99, 11));
+        for (std::int64_t i = 0; i < 72 * 72; ++i) {
+            checkLine(function, channels, small, point(i / 72, 9), point(i % 72, 9));
         }
         for (const auto &[width, height] :
              {std::pair{733, 20}, std::pair{30, 517}, std::pair{1, 70}, std::pair{70, 1}}) {
@@ -161,6 +161,9 @@ private:
 
 // More than 2^30 pixels: twice the difference leaves 32 bits. The line is half in one row and half in the other.
 TEST(SampleLine, VeryLongLines) {
+#ifdef RVXCV_SANITIZED
+    GTEST_SKIP() << "takes half a minute";
+#endif
     constexpr std::int32_t length = (1 << 30) + 2 * TwoBlocks::block;
     TwoBlocks image(std::int64_t{2} * length, 7, 9), line(length, 0, 0);
     ASSERT_EQ(rvxiSampleLine_8u_C1R(image.data(), length, {length, 2}, line.data(), {0, 0}, {length - 1, 1}), StatusOk);
