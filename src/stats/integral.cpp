@@ -30,11 +30,10 @@ template <class T> struct PixelRow {
     I32x8 &before;
 
     template <int g, class Span> RVX_INLINE void group(std::ptrdiff_t x, I32x8 sums, Span span) const {
-        if (reachesEight<g>(span)) {
-            const auto part = spanOfEight<g>(span);
+        withEight<g>(span, [&](auto part) {
             const Eight<T> running = eightOf<T>(add(sums, before));
             storeEight(dst + x + 8 * g, add(loadEight(above + x + 8 * g, part), running), part);
-        }
+        });
     }
     // Thirty-two pixels: their sums by sixteens fit in 16 bits.
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
@@ -90,13 +89,12 @@ template <class T, bool later> struct SquareRow {
     Eight<T> earlier;
 
     template <int g, class Span> RVX_INLINE void group(std::ptrdiff_t x, Eight<T> running, Span span) const {
-        if (reachesEight<g>(span)) {
-            const auto part = spanOfEight<g>(span);
-            if constexpr (later) {
-                running = add(running, earlier);
-            }
-            storeEight(dst + x + 8 * g, add(loadEight(above + x + 8 * g, part), running), part);
+        if constexpr (later) {
+            running = add(running, earlier);
         }
+        withEight<g>(span, [&](auto part) {
+            storeEight(dst + x + 8 * g, add(loadEight(above + x + 8 * g, part), running), part);
+        });
     }
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
         prefetchOutput<16>(dst + x);

@@ -19,11 +19,15 @@ RVX_INLINE Lanes firstLanes(int n) {
     return {_mm256_cmpgt_epi32(_mm256_set1_epi32(n), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7))};
 }
 
-// The g-th eight lanes of a longer span: whether it reaches them, and their span.
-template <int g> RVX_INLINE bool reachesEight(Full) { return true; }
-template <int g> RVX_INLINE Full spanOfEight(Full) { return {}; }
-template <int g> RVX_INLINE bool reachesEight(Part part) { return part.n > 8 * g; }
-template <int g> RVX_INLINE Part spanOfEight(Part part) { return {part.n - 8 * g < 8 ? part.n - 8 * g : 8}; }
+// Calls function(span) for the g-th eight lanes of a longer span, if it reaches them.
+template <int g, class Function> RVX_INLINE void withEight(Full, const Function &function) { function(Full{}); }
+template <int g, class Function> RVX_INLINE void withEight(Part part, const Function &function) {
+    if (part.n >= 8 * g + 8) {
+        function(Full{});
+    } else if (part.n > 8 * g) {
+        function(Part{part.n - 8 * g});
+    }
+}
 
 namespace detail {
 template <class T> struct IntVector {
