@@ -67,7 +67,7 @@ StatusCode rvxiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcSte
 /* Standard deviation of the pixels in a window, for every position: destination pixel (x, y) stands for the window
  * `rect` moved by (x, y). `sum` and `sqr` point to element (0, 0) of the integral images of pixels and squares; `roi`
  * is the size of the destination. A negative variance (rounding can make it slightly negative) becomes 0; windows of
- * equal pixels have deviation 0.
+ * equal pixels have deviation 0, or some millionths where the area's reciprocal rounds.
  *
  * Upright windows read the elements with columns x + rect.x and x + rect.x + rect.width in the rows y + rect.y and
  * y + rect.y + rect.height, as ((top left - top right) - bottom left) + bottom right; their area A is

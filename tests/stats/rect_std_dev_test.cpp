@@ -230,25 +230,25 @@ TEST(RectStdDev, ScaleFactorsToTheExtremes) {
     });
 }
 
+// Exactly none where the reciprocal of the area is exact; else what its rounding leaves, never NaN.
 TEST(RectStdDev, EqualPixelsHaveNone) {
     eachMember([]<class S, class Q, class D>(const Member<S, Q, D> &member) {
-        for (int pixel = 0; pixel < 256; pixel += 15) {
-            const Rect2i rect{4, 1, 3 + pixel % 7, 5};
-            Images<S, Q, D> images(member.tilted, 21, 5, rect, 0);
-            Source picture(images.sum.width() + 1, images.sum.height() + 1);
-            for (std::int64_t y = 0; y < picture.height(); ++y) {
-                for (std::int64_t x = 0; x < picture.width(); ++x) {
-                    picture.set(x, y, static_cast<std::uint8_t>(pixel));
+        for (int pixel = 0; pixel < 256; pixel += 5) {
+            for (const Rect2i rect : {Rect2i{4, 1, 4, 4}, Rect2i{4, 0, 3 + pixel % 7, 5}}) {
+                Images<S, Q, D> images(member.tilted, 21, 2, rect, 0);
+                Source picture(images.sum.width() + 1, images.sum.height() + 1);
+                for (std::int64_t y = 0; y < picture.height(); ++y) {
+                    for (std::int64_t x = 0; x < picture.width(); ++x) {
+                        picture.set(x, y, static_cast<std::uint8_t>(pixel));
+                    }
+                }
+                images.integrate(member.tilted, picture);
+                ASSERT_EQ(member.call(images.call(rect, 0)), StatusOk);
+                const double most = rect.height == 4 ? 0 : 1e-5;
+                for (std::int64_t x = 0; x < images.dst.width(); ++x) {
+                    ASSERT_LE(static_cast<double>(images.dst.at(x, 1)), most) << member.name << " pixel " << pixel;
                 }
             }
-            images.integrate(member.tilted, picture);
-            ASSERT_EQ(member.call(images.call(rect, 0)), StatusOk);
-            // What rounding leaves of the variance is far below one grey level: nothing but the narrow clamp is exact.
-            ASSERT_TRUE(imageIs(images.dst, [&](std::int64_t x, std::int64_t y) {
-                return deviation<D>(member.rule, windowSum(images.sum, member.tilted, rect, x, y),
-                                    windowSum(images.sqr, member.tilted, rect, x, y), area(member.tilted, rect), 0);
-            }));
-            ASSERT_LT(images.dst.at(7, 2), D{1}) << member.name << " pixel " << pixel;
         }
     });
 }
