@@ -43,6 +43,7 @@ TEST(Vec, PartialLoadsAndStores) {
     checkPartial<I16x16>();
     checkPartial<I32x8>();
     checkPartial<F32x8>();
+    checkPartial<F64x4>();
 }
 
 TEST(Vec, MaskedLoadsAndStoresOfFloats) {
