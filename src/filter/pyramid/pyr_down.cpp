@@ -220,7 +220,7 @@ private:
         if constexpr (!floats && channels == 1) {
             walkRow<16, Tail::overlap>(inner, ByteRow<T, 1>{row + 2, sums + 1});
         } else if constexpr (!floats) {
-            reorderSixes(row, sorted_, std::int64_t{roi_.width} * 3, pairsOfPixels(), 16);
+            reorderSixes<true>(row, sorted_, std::int64_t{roi_.width} * 3, pairsOfPixels());
             walkRow<16, Tail::overlap>(inner, ByteRow<T, 3>{sorted_ + 6, sums + 3});
         } else if constexpr (channels == 1) {
             walkRow<8, Tail::overlap>(inner, FloatRow{row + 2, sums + 1});

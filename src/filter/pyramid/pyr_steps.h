@@ -55,19 +55,24 @@ inline StatusCode pyrScratchQuery(std::int64_t (*bytes)(std::int64_t, std::int64
 RVX_INLINE U8x16 pairsOfPixels() { return {_mm_setr_epi8(0, 3, 1, 4, 2, 5, 6, 9, 7, 10, 8, 11, 0, 0, 0, 0)}; }
 RVX_INLINE U8x16 pixelsOfPairs() { return {_mm_setr_epi8(0, 2, 4, 1, 3, 5, 6, 8, 10, 7, 9, 11, 0, 0, 0, 0)}; }
 
-// Reorders `bytes` bytes in groups of six; what is left of the last group may be any number of bytes. Reads and writes
-// exactly so many, except that `slack` bytes behind the destination may be written when the caller owns them.
-template <class T> inline void reorderSixes(const T *src, T *dst, std::int64_t bytes, U8x16 order, int slack) {
+// Reorders `bytes` bytes in groups of six, of which the last may be incomplete. Not a byte more is read or written,
+// except that sixteen bytes from the last group on are written where the destination has `room` for them.
+template <bool room, class T> inline void reorderSixes(const T *src, T *dst, std::int64_t bytes, U8x16 order) {
+    const auto *from = reinterpret_cast<const std::uint8_t *>(src);
+    auto *to = reinterpret_cast<std::uint8_t *>(dst);
+    const U8x32 orders = inBothHalves(order);
     std::int64_t i = 0;
-    for (; i + 16 + 12 <= bytes; i += 24) {
-        const U8x16 a = loadHalf(src + i), b = loadHalf(src + i + 12);
-        storeHalf(dst + i, reordered(a, order));
-        storeHalf(dst + i + 12, reordered(b, order));
+    for (; i + 32 <= bytes; i += 24) {
+        store(to + i, joinedTwelves(shuffledHalves<U8x32>(from + i, from + i + 12, orders)));
     }
     for (; i < bytes; i += 12) {
-        const int count = static_cast<int>(bytes - i < 16 ? bytes - i : 16);
-        const int stored = slack >= 16 ? 16 : (count < 12 ? count : 12);
-        storeHalf(dst + i, reordered(loadHalf(src + i, Part{count}), order), Part{stored});
+        const int count = static_cast<int>(bytes - i < 12 ? bytes - i : 12);
+        const U8x16 sixes = reordered(loadHalf(from + i, Part{count}), order);
+        if constexpr (room) {
+            storeHalf(to + i, sixes);
+        } else {
+            storeHalf(to + i, sixes, Part{count});
+        }
     }
 }
 

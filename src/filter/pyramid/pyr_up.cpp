@@ -18,6 +18,14 @@
 namespace rvxcv {
 namespace {
 
+template <class V> RVX_INLINE void storeWhole(typename V::Element *p, V a, bool streamed) {
+    if (streamed) {
+        storeStreamed(p, a);
+    } else {
+        store(p, a);
+    }
+}
+
 // ------------------------------------------------------------------------------------------------ bytes
 
 template <class T> struct ByteRows {
@@ -43,6 +51,7 @@ template <class T, int channels, int shift> struct ByteColumns {
     static constexpr bool rereads = false;
     const std::int16_t *sums;
     T *pairs;
+    bool streamed;
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
         const I16x16 a = load<I16x16>(sums + x - channels, span), b = load<I16x16>(sums + x, span),
@@ -53,8 +62,12 @@ template <class T, int channels, int shift> struct ByteColumns {
         if constexpr (std::is_signed_v<T>) {
             even = bitAnd(even, splat(std::int16_t{0xff}));
         }
-        store(reinterpret_cast<std::int16_t *>(pairs) + x, bitOr(even, shiftLeft<8>(odd)), span);
+        storePairs(reinterpret_cast<std::int16_t *>(pairs) + x, bitOr(even, shiftLeft<8>(odd)), span);
     }
+
+private:
+    RVX_INLINE void storePairs(std::int16_t *p, I16x16 a, Full) const { storeWhole(p, a, streamed); }
+    RVX_INLINE void storePairs(std::int16_t *p, I16x16 a, Part span) const { store(p, a, span); }
 };
 
 // --------------------------------------------------------------------------------------------- floats
@@ -84,7 +97,8 @@ struct FloatRows {
 template <int channels> struct FloatColumns {
     static constexpr bool rereads = false;
     const float *sums;
-    float *dst;        // one channel: both results of a pixel beside each other
+    float *dst; // one channel: both results of a pixel beside each other
+    bool streamed;
     float *even, *odd; // three channels: in rows of their own
 
     template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
@@ -100,9 +114,9 @@ template <int channels> struct FloatColumns {
     }
 
 private:
-    static RVX_INLINE void storeInTurn(float *p, F32x8 a, F32x8 b, Full) {
-        store(p, interleavedLow(a, b));
-        store(p + 8, interleavedHigh(a, b));
+    RVX_INLINE void storeInTurn(float *p, F32x8 a, F32x8 b, Full) const {
+        storeWhole(p, interleavedLow(a, b), streamed);
+        storeWhole(p + 8, interleavedHigh(a, b), streamed);
     }
     static RVX_INLINE void storeInTurn(float *p, F32x8 a, F32x8 b, Part span) {
         const int n = 2 * span.n;
@@ -113,14 +127,22 @@ private:
     }
 };
 
-// Pixels of three floats from two rows in turn. Behind both rows an element more may be read.
-inline void joinPixels(const float *even, const float *odd, std::int64_t width, float *dst) {
-    for (; width > 1; --width, even += 3, odd += 3, dst += 6) {
-        storeHalf(dst, loadHalf(even));
-        storeHalf(dst + 3, loadHalf(odd));
+// Pixels of three floats from two rows in turn, four of each at a time: every vector is blended from loads that bring
+// an element to its place. Three elements before the first row and behind the second one may be read.
+//
+//     e0 e1 e2 o0 o1 o2 e3 e4     e5 o3 o4 o5 e6 e7 e8 o6     o7 o8 e9 .. .. o9 .. ..
+inline void joinPixels(const float *even, const float *odd, std::int64_t width, float *dst, bool streamed) {
+    const auto e = [&](int i) { return load<F32x8>(even + i); };
+    const auto o = [&](int i) { return load<F32x8>(odd + i); };
+    for (; width >= 4; width -= 4, even += 12, odd += 12, dst += 24) {
+        storeWhole(dst, blended<0xc0>(blended<0x38>(e(0), o(-3)), e(-3)), streamed);
+        storeWhole(dst + 8, blended<0x80>(blended<0x70>(blended<0x0e>(e(5), o(2)), e(2)), o(-1)), streamed);
+        storeWhole(dst + 16, blended<0xe0>(blended<0x1c>(o(7), e(7)), o(4)), streamed);
     }
-    storeHalf(dst, loadHalf(even));
-    storeHalf(dst + 3, loadHalf(odd), Part{12});
+    for (; width > 0; --width, even += 3, odd += 3, dst += 6) {
+        storeHalf(dst, loadHalf(even, Part{12}), Part{12});
+        storeHalf(dst + 3, loadHalf(odd, Part{12}), Part{12});
+    }
 }
 
 // ------------------------------------------------------------------------------------------------ images
@@ -129,16 +151,17 @@ template <class T, int channels> class Doubling {
     static constexpr bool floats = std::is_same_v<T, float>;
     using Sum = std::conditional_t<floats, float, std::int16_t>;
     using Rows = std::conditional_t<floats, FloatRows, ByteRows<T>>;
+    static constexpr std::int64_t streamedBytes = 8 << 20; // of a destination that no cache near the processor holds
 
 public:
     explicit Doubling(const PyrCall<T, channels> &call)
         : src_{call.src, call.srcStep}, dst_{call.dst, call.dstStep}, width_(call.roi.width), height_(call.roi.height) {
+        streamed_ = rowBytes<T>(4 * width_ * height_ * channels) >= streamedBytes;
         Scratch scratch(call.buffer, pyrUpScratch(width_, channels));
         evenSums_ = scratch.take<Sum>((width_ + 2) * channels, 16) + channels;
         oddSums_ = scratch.take<Sum>((width_ + 2) * channels) + channels;
         if constexpr (channels == 3) {
-            constexpr std::int64_t slack = floats ? 2 : 16;
-            sorted_ = scratch.take<T>(2 * width_ * channels + slack);
+            sorted_ = scratch.take<T>(2 * width_ * channels + (floats ? 0 : 16));
         }
     }
 
@@ -148,6 +171,9 @@ public:
             combineRows({src_.row(above), src_.row(y), src_.row(std::min(y + 1, height_ - 1)), evenSums_, oddSums_});
             combineColumns<6>(evenSums_, dst_.row(2 * y));
             combineColumns<4>(oddSums_, dst_.row(2 * y + 1));
+        }
+        if (streamed_) {
+            endStreaming();
         }
     }
 
@@ -166,15 +192,16 @@ private:
         const std::int64_t elements = width_ * channels;
         if constexpr (!floats) {
             T *const pairs = channels == 1 ? dst : sorted_;
-            walkRow<16, Tail::overlap>(elements, ByteColumns<T, channels, shift>{sums, pairs});
+            walkRow<16, Tail::overlap>(elements,
+                                       ByteColumns<T, channels, shift>{sums, pairs, channels == 1 && streamed_});
             if constexpr (channels == 3) {
-                reorderSixes(pairs, dst, 2 * elements, pixelsOfPairs(), 0);
+                reorderSixes<false>(pairs, dst, 2 * elements, pixelsOfPairs());
             }
         } else {
-            float *const even = sorted_, *const odd = channels == 3 ? sorted_ + elements + 1 : nullptr;
-            walkRow<8, Tail::overlap>(elements, FloatColumns<channels>{sums, dst, even, odd});
+            float *const even = sorted_, *const odd = channels == 3 ? sorted_ + elements : nullptr;
+            walkRow<8, Tail::overlap>(elements, FloatColumns<channels>{sums, dst, streamed_, even, odd});
             if constexpr (channels == 3) {
-                joinPixels(even, odd, width_, dst);
+                joinPixels(even, odd, width_, dst, streamed_);
             }
         }
     }
@@ -182,6 +209,7 @@ private:
     Plane<const T> src_;
     Plane<T> dst_;
     std::int64_t width_, height_;
+    bool streamed_;
     Sum *evenSums_, *oddSums_;
     T *sorted_ = nullptr;
 };

@@ -82,6 +82,9 @@ RVX_INLINE F32x8 interleavedHigh(F32x8 a, F32x8 b) {
 RVX_INLINE F32x8 evenInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0x88)}; }
 RVX_INLINE F32x8 oddInLane(F32x8 a, F32x8 b) { return {_mm256_shuffle_ps(a.v, b.v, 0xdd)}; }
 RVX_INLINE F32x8 sortedPairs(F32x8 a) { return {_mm256_castpd_ps(_mm256_permute4x64_pd(_mm256_castps_pd(a.v), 0xd8))}; }
+
+// The lanes of b whose bit is set in the pattern, else those of a.
+template <int pattern> RVX_INLINE F32x8 blended(F32x8 a, F32x8 b) { return {_mm256_blend_ps(a.v, b.v, pattern)}; }
 // Lane i is the one of a at place lanes[i], 0..7.
 RVX_INLINE F32x8 permuted(F32x8 a, I32x8 lanes) { return {_mm256_permutevar8x32_ps(a.v, lanes.v)}; }
 // Lane i is p[index[i]].
@@ -132,6 +135,11 @@ RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::El
     const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(high));
     const __m256i bytes = _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(a), b, 1), order.v);
     return detail::fromRaw<V>(bytes);
+}
+
+// The first twelve bytes of both halves, then eight bytes of no use.
+RVX_INLINE U8x32 joinedTwelves(U8x32 a) {
+    return {{_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 0))}};
 }
 
 namespace detail {

@@ -194,7 +194,19 @@ template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Full = {}) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(p), a.v);
 }
 template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Part bytes) { detail::storeBytes16(p, a.v, bytes.n); }
+RVX_INLINE U8x32 inBothHalves(U8x16 a) { return {{_mm256_broadcastsi128_si256(a.v)}}; }
 RVX_INLINE U8x16 reordered(U8x16 a, U8x16 from) { return {_mm_shuffle_epi8(a.v, from.v)}; }
+
+// Past the caches, for results larger than these that are not read again soon: where the address is a multiple of 32,
+// and as usual elsewhere. endStreaming makes such stores visible in order, before the function returns.
+template <class V> RVX_INLINE void storeStreamed(typename V::Element *p, V a) {
+    if ((reinterpret_cast<std::uintptr_t>(p) & 31) == 0) {
+        _mm256_stream_si256(reinterpret_cast<__m256i *>(p), detail::raw(a));
+    } else {
+        store(p, a);
+    }
+}
+RVX_INLINE void endStreaming() { _mm_sfence(); }
 
 // A hint that never faults, whatever the address.
 RVX_INLINE void prefetch(const void *p) { _mm_prefetch(static_cast<const char *>(p), _MM_HINT_T0); }
