@@ -7,18 +7,21 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
 namespace support {
 
 struct CountedAlloc {
-    static inline std::int64_t live = 0;   // blocks not released
-    static inline std::int64_t made = 0;   // allocations asked for since reset
-    static inline std::int64_t failAt = 0; // the allocation that fails, counted from 1; 0: none
+    static inline std::int64_t live = 0;    // blocks not released
+    static inline std::int64_t made = 0;    // allocations asked for since reset
+    static inline std::int64_t largest = 0; // the largest of them in bytes
+    static inline std::int64_t failAt = 0;  // the allocation that fails, counted from 1; 0: none
 
     static void reset(std::int64_t fail = 0) {
         made = 0;
+        largest = 0;
         failAt = fail;
     }
 };
@@ -50,6 +53,10 @@ extern "C" {
 [[gnu::used, gnu::visibility("default")]] inline void *rvxMalloc(std::int64_t bytes) {
     using support::CountedAlloc;
     if (bytes < 1 || ++CountedAlloc::made == CountedAlloc::failAt) {
+        return nullptr;
+    }
+    CountedAlloc::largest = std::max(CountedAlloc::largest, bytes);
+    if (bytes > INT64_C(1) << 39) { // sanitizers do not answer such requests by null
         return nullptr;
     }
     void *block = std::aligned_alloc(64, (static_cast<std::size_t>(bytes) + 63) / 64 * 64);
