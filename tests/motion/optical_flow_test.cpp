@@ -417,7 +417,8 @@ template <class T> void checkStates() {
     std::int32_t filter = 0;
     ASSERT_EQ(rvxiFilterScharrVertGetBufferSize_32f_C1R({69, 53}, &filter), StatusOk);
     const std::int64_t window = (4 * 5 + 12) * (5 + 3) + (8 * 5 + 24) * (5 + 3) + 17;
-    EXPECT_EQ(CountedAlloc::largest, std::is_same_v<T, float> ? 4 * (window + 2 * 69 * 53) + filter : 4 * window);
+    const bool floats = std::is_same_v<T, float>;
+    EXPECT_EQ(CountedAlloc::largest, floats ? 4 * (window + 2 * 69 * 53) + filter : 4 * window);
     EXPECT_EQ(state->maxWidth, 64);
     EXPECT_EQ(state->maxHeight, 48);
     EXPECT_EQ(state->one, 1);
