@@ -211,47 +211,50 @@ GradientMatrix takeWindow(const FlowWindow &window, const LevelImage<T> &image, 
     return {sums[0], sums[1], sums[2]};
 }
 
+namespace detail {
+
+// The derivatives of a part, eight pixels at a time.
+template <class Sums, class AddProducts>
+RVX_INLINE void eachGradient(const FlowWindow &window, const WindowPart &part, Sums &sums, const AddProducts &add) {
+    const std::int64_t origin = part.rows.first * window.pitch + part.columns.first, pitch = window.pitch;
+    walkStrips(part.columns.count(), part.rows.count(), sums,
+               [&](std::int64_t x, auto span, std::int64_t y, std::int64_t count) {
+                   const std::int64_t first = origin + y * pitch + x;
+                   for (std::int64_t at = first; at < first + count * pitch; at += pitch) {
+                       add(load<F32x8>(window.dx + at, span), load<F32x8>(window.dy + at, span));
+                   }
+               });
+}
+
+} // namespace detail
+
 // The matrix over a part.
 inline GradientMatrix partMatrix(const FlowWindow &window, const WindowPart &part) {
-    const std::int64_t origin = part.rows.first * window.pitch + part.columns.first, pitch = window.pitch;
-    detail::LaneSums<3> lanes;
-    detail::walkStrips(part.columns.count(), part.rows.count(), lanes,
-                       [&](std::int64_t x, auto span, std::int64_t y, std::int64_t count) {
-                           const std::int64_t first = origin + y * pitch + x;
-                           for (std::int64_t at = first; at < first + count * pitch; at += pitch) {
-                               const F32x8 dx = load<F32x8>(window.dx + at, span);
-                               const F32x8 dy = load<F32x8>(window.dy + at, span);
-                               lanes.lanes[0] = fma(dx, dx, lanes.lanes[0]);
-                               lanes.lanes[1] = fma(dx, dy, lanes.lanes[1]);
-                               lanes.lanes[2] = fma(dy, dy, lanes.lanes[2]);
-                           }
-                       });
-    double sums[3];
-    lanes.finish(sums);
-    return {sums[0], sums[1], sums[2]};
+    detail::LaneSums<3> sums;
+    detail::eachGradient(window, part, sums, [&](F32x8 dx, F32x8 dy) {
+        sums.lanes[0] = fma(dx, dx, sums.lanes[0]);
+        sums.lanes[1] = fma(dx, dy, sums.lanes[1]);
+        sums.lanes[2] = fma(dy, dy, sums.lanes[2]);
+    });
+    double totals[3];
+    sums.finish(totals);
+    return {totals[0], totals[1], totals[2]};
 }
 
 // The same with products and sums in double: of a single pixel, or of pixels whose derivatives have one direction, the
 // determinant must vanish.
 inline GradientMatrix exactMatrix(const FlowWindow &window, const WindowPart &part) {
-    const std::int64_t origin = part.rows.first * window.pitch + part.columns.first, pitch = window.pitch;
+    detail::Unlimited unlimited;
     F64x4 xx = splat(0.0), xy = xx, yy = xx;
-    const auto addProducts = [&](F64x4 dx, F64x4 dy) {
+    const auto addFour = [&](F64x4 dx, F64x4 dy) {
         xx = fma(dx, dx, xx);
         xy = fma(dx, dy, xy);
         yy = fma(dy, dy, yy);
     };
-    detail::Unlimited unlimited;
-    detail::walkStrips(part.columns.count(), part.rows.count(), unlimited,
-                       [&](std::int64_t x, auto span, std::int64_t y, std::int64_t count) {
-                           const std::int64_t first = origin + y * pitch + x;
-                           for (std::int64_t at = first; at < first + count * pitch; at += pitch) {
-                               const F32x8 dx = load<F32x8>(window.dx + at, span);
-                               const F32x8 dy = load<F32x8>(window.dy + at, span);
-                               addProducts(widenLow(dx), widenLow(dy));
-                               addProducts(widenHigh(dx), widenHigh(dy));
-                           }
-                       });
+    detail::eachGradient(window, part, unlimited, [&](F32x8 dx, F32x8 dy) {
+        addFour(widenLow(dx), widenLow(dy));
+        addFour(widenHigh(dx), widenHigh(dy));
+    });
     return {laneSum(xx), laneSum(xy), laneSum(yy)};
 }
 
