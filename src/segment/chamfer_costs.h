@@ -21,6 +21,9 @@
 
 namespace rvxcv {
 
+// What a pass begins with: the picture, or the distances that an earlier pass left.
+enum class Start { source, distances };
+
 template <class T> struct StepCosts {
     T straight, diagonal, knight;
     T two, four;    // steps of two and four pixels along a row

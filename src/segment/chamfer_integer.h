@@ -153,8 +153,6 @@ private:
     V behind_[reach];
 };
 
-enum class Start { source, distances };
-
 template <class T, bool knights, int reach> class IntegerChamfer {
     using V = Vec<T>;
     static constexpr int lanes = V::lanes;
