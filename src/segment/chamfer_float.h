@@ -258,11 +258,10 @@ private:
                 least = min(least, initial[v][place]);
                 F32x8 value = min(least, add(wave.here.at(k - 1), straight));
                 if constexpr (cut) {
-                    const I32x8 lane{{_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}};
                     // Far beyond either end is as good as just beyond.
                     const std::int64_t left = std::min<std::int64_t>(t + k - skew * 8 * v, 1 << 20);
                     const std::int64_t right = std::min<std::int64_t>(width_ - (t + k) + skew * 8 * v, 1 << 20);
-                    const I32x8 lag = mulLow(lane, splat(std::int32_t{skew}));
+                    const I32x8 lag = mulLow(laneNumbers(), splat(std::int32_t{skew}));
                     const Mask32x8 begun = greater(splat(static_cast<std::int32_t>(left + 1)), lag);
                     const Mask32x8 notOver = greater(
                         add(lag, splat(static_cast<std::int32_t>(std::max<std::int64_t>(right, -1000)))), splat(0));

@@ -106,6 +106,7 @@ RVX_INLINE F64x4 splat(double a) { return {_mm256_set1_pd(a)}; }
 RVX_INLINE F64x4 add(F64x4 a, F64x4 b) { return {_mm256_add_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 sub(F64x4 a, F64x4 b) { return {_mm256_sub_pd(a.v, b.v)}; }
 RVX_INLINE F64x4 mul(F64x4 a, F64x4 b) { return {_mm256_mul_pd(a.v, b.v)}; }
+RVX_INLINE F64x4 sqrt(F64x4 a) { return {_mm256_sqrt_pd(a.v)}; }
 RVX_INLINE F64x4 fma(F64x4 a, F64x4 b, F64x4 c) { return {_mm256_fmadd_pd(a.v, b.v, c.v)}; }
 // (lane 0 + lane 2) + (lane 1 + lane 3).
 RVX_INLINE double laneSum(F64x4 a) {
