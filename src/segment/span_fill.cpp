@@ -1,33 +1,34 @@
-// Flood fill in words of 64 pixels. A row is cut into words; each has two sets of pixels, as bits:
+// Flood fill in words of 64 pixels. A row is cut into words; each has three sets of pixels, as bits:
 //
 //   free      may join, but nothing has reached them yet
 //   pending   reached, but what joins from them has not been looked for
+//   reached   done
 //
-// and a pixel that was painted is in neither. A stack holds the words with pending pixels. Taking one, the engine
-// spreads its pending pixels along the row, into the neighbouring words as far as the span goes; then it paints the
-// span and moves what it touches in the rows above and below from free to pending. All of this is arithmetic on whole
-// words: a row of a plain region costs some 30 instructions for 64 pixels, and a region of noise little more.
+// Words with pending pixels are listed by row. Sweeps over the rows, down and up in turn, take the words of each row
+// that has any: the pending pixels spread along the row, into the neighbouring words as far as the span goes, and what
+// the span touches in the rows above and below moves from free to pending there. All of this is arithmetic on whole
+// words: a row of a plain region costs some 30 instructions for 64 pixels. In a sweep everything that reaches a row
+// does so before the row is taken, which keeps the visits of noise and ragged regions few.
 //
-// Time. A word is taken from the stack once per time that it was pushed, and it is pushed when the first pixels become
-// pending: every push has at least one pixel of its own. So the cost is linear in the pixels of the region, whatever
-// its shape, and a word is asked for its members once.
+// Painting. A word without free pixels is painted when its last pixels are reached, the others after the sweeps: so the
+// image is touched once to learn the members of a word and once to paint it, however often the region comes back.
+//
+// Time. Every visit of a word reaches at least one pixel more, and costs the same whatever the shape: linear.
 //
 // Values before the fill. A word learns its members (or the steps that lead out of it) before any of its pixels is
 // painted. Steps out of it are judged against neighbouring pixels that may have been painted; those are part of the
 // region already, and whether a step leads to them changes nothing.
 //
-// Scratch. Two sets per word and the stack, an index of four bytes for every push. A word that is alone in its row is
-// on the stack exactly while it has pending pixels: H indices are enough. Otherwise pushes are at most as many as
-// pixels. Up to 4 columns a set is one byte, else 8. Of W H pixels, with k words of columns, that is
+// Scratch. Of W x H pixels, with k = (W + 63) / 64 words in a row: up to 8 columns three sets of a byte, else three of
+// 8 bytes and a list of 8, and in a gradient fill eight more sets; the rows' lists (none up to 8 columns), and one bit
+// for each row, in whole words.
 //
-//   members     W <= 4         2 H + 4 H                    <= 6 W H
-//               W <= 64       16 H + 4 H                    <= 6 W H            (W >= 5)
-//               W >  64       16 k H + 4 W H, k < W/64 + 1  <= 6 W H            (W >= 10)
-//   gradient    W <= 4        10 H + 4 H                    <= 16 W H
-//               W <= 64       80 H + 4 H                    <= (W + 2) H + 16 W H   (W >= 5: 87 H)
-//               W >  64       80 k H + 4 W H                <= 16 W H           (W >= 8)
+//   members     W <= 8      3 H               + H/8 + 8    <= 6 W H + 8
+//               W >= 9     32 k H + 4 H       + H/8 + 8    <= (W/2 + 35.7) H + 8   <= 6 W H + 8
+//   gradient    W <= 8     11 H               + H/8 + 8    <= 16 W H + 8
+//               W >= 9     96 k H + 4 H       + H/8 + 8    <= (1.5 W + 98.7) H + 8 <= 16 W H + 8
 //
-// and the 7 bytes that aligning the start may cost come out of the 32 (64). An index of four bytes reaches 2^38 pixels.
+// and the 7 bytes that aligning the start may cost come with those 8 out of the 32 (64).
 #include "frame/api.h"
 
 #include "segment/pixel_words.h"
@@ -78,7 +79,7 @@ private:
 template <class Word> class GradientRule {
 public:
     GradientRule(const FillImage &image, Scratch &scratch, std::int64_t words)
-        : image_(image), steps_(scratch.take<Steps>(words, 8)) {}
+        : image_(image), steps_(scratch.take<Steps>(words)) {}
 
     template <bool eight> std::uint64_t open(std::int64_t word, std::int64_t x, std::int64_t y, int n) {
         for (int d = 0; d < directions; ++d) {
@@ -120,70 +121,152 @@ private:
     Steps *steps_;
 };
 
+constexpr std::uint32_t unlisted = 0xffffffff, lastInList = 0xfffffffe;
+
+// What a word knows. The first two sets never share a pixel: in words that nothing has looked at all bits are set.
+template <class Word> struct Sets {
+    Word free, pending, reached;
+    std::uint32_t nextInList, padding;
+};
+template <> struct Sets<std::uint8_t> { // alone in its row: no list
+    std::uint8_t free, pending, reached;
+};
+
+// The rows that have pending words, as bits.
+class RowSet {
+public:
+    RowSet(Scratch &scratch, std::int64_t rows)
+        : words_((rows + 63) / 64), bits_(scratch.take<std::uint64_t>((rows + 63) / 64, 8)) {
+        std::fill(bits_, bits_ + words_, 0);
+    }
+
+    RVX_INLINE bool has(std::int64_t y) const { return (bits_[y >> 6] >> (y & 63) & 1) != 0; }
+    RVX_INLINE void add(std::int64_t y) {
+        count_ += has(y) ? 0 : 1;
+        bits_[y >> 6] |= 1ull << (y & 63);
+    }
+    RVX_INLINE void remove(std::int64_t y) {
+        count_ -= 1;
+        bits_[y >> 6] &= ~(1ull << (y & 63));
+    }
+    std::int64_t count() const { return count_; }
+
+    // The nearest row of the set below (above) y, or -1.
+    std::int64_t after(std::int64_t y) const {
+        std::int64_t word = y >> 6;
+        std::uint64_t bits = bits_[word] & ~lowBits(static_cast<int>(y & 63) + 1);
+        while (bits == 0) {
+            if (++word == words_) {
+                return -1;
+            }
+            bits = bits_[word];
+        }
+        return word * 64 + std::countr_zero(bits);
+    }
+    std::int64_t before(std::int64_t y) const {
+        std::int64_t word = y >> 6;
+        std::uint64_t bits = bits_[word] & lowBits(static_cast<int>(y & 63));
+        while (bits == 0) {
+            if (--word < 0) {
+                return -1;
+            }
+            bits = bits_[word];
+        }
+        return word * 64 + 63 - std::countl_zero(bits);
+    }
+
+private:
+    std::int64_t words_, count_ = 0;
+    std::uint64_t *bits_;
+};
+
 template <class Word, class Rule, bool eight> class SpanFill {
 public:
     SpanFill(const FillImage &image, std::uint8_t *buffer, std::uint64_t bytes)
         : image_(image), words_((std::int64_t{image.roi.width} + wordPixels - 1) / wordPixels),
-          scratch_(buffer, static_cast<std::int64_t>(bytes)), sets_(scratch_.take<Sets>(words_ * image.roi.height, 8)),
+          scratch_(buffer, static_cast<std::int64_t>(bytes)), active_(scratch_, image.roi.height),
+          sets_(scratch_.take<Sets<Word>>(words_ * image.roi.height)),
           rule_(image, scratch_, words_ * image.roi.height),
-          stack_(scratch_.take<std::uint32_t>(words_ == 1 ? image.roi.height
-                                                          : std::int64_t{image.roi.width} * image.roi.height)) {}
+          lists_(listed ? scratch_.take<std::uint32_t>(image.roi.height) : nullptr) {}
 
     FilledRegion run(Point2i seed) {
-        openRow(seed.y);
-        top_ = bottom_ = seed.y;
-        filled_ = {0, seed.x, seed.y, seed.x, seed.y};
         const std::int64_t column = seed.x / wordPixels;
-        Sets &first = opened(seed.y, column);
         const std::uint64_t pixel = 1ull << (seed.x % wordPixels);
-        first.free = static_cast<Word>(first.free & ~pixel);
-        first.pending = static_cast<Word>(pixel);
-        push(seed.y * words_ + column);
-        while (depth_ > 0) {
-            const std::int64_t word = stack_[--depth_];
-            if (sets_[word].pending != 0) { // else a neighbouring word's span came by
-                take(word);
+        filled_ = {0, seed.x, seed.y, seed.x, seed.y};
+        top_ = bottom_ = seed.y;
+        openRow(seed.y);
+        Sets<Word> &first = opened(seed.y, column);
+        first.free = static_cast<Word>(first.free | pixel); // whatever its value
+        reach(seed.y, column, pixel);
+
+        std::int64_t y = seed.y;
+        bool down = true;
+        for (;;) {
+            takeRow(y);
+            if (active_.count() == 0) {
+                break;
             }
+            std::int64_t next = ahead(y, down);
+            if (next < 0) {
+                down = !down;
+                next = ahead(y, down);
+            }
+            y = next;
         }
+        paintTheRest();
         return filled_;
     }
 
 private:
-    struct Sets {
-        Word free, pending;
-    };
+    static constexpr bool listed = sizeof(Word) > 1;
 
-    void push(std::int64_t word) { stack_[depth_++] = static_cast<std::uint32_t>(word); }
+    // The next row with pending words in a direction, or -1. When there is just one, it is mostly a neighbour.
+    RVX_INLINE std::int64_t ahead(std::int64_t y, bool down) const {
+        const std::int64_t there = down ? y + 1 : y - 1, back = down ? y - 1 : y + 1;
+        if (there >= 0 && there < image_.roi.height && active_.has(there)) {
+            return there;
+        }
+        if (active_.count() == 1 && back >= 0 && back < image_.roi.height && active_.has(back)) {
+            return -1;
+        }
+        return down ? active_.after(y) : active_.before(y);
+    }
 
-    // The two sets never share a pixel: words that do have not been looked at.
     void openRow(std::int64_t y) {
-        std::memset(static_cast<void *>(sets_ + y * words_), 0xff, static_cast<std::size_t>(words_) * sizeof(Sets));
+        std::memset(static_cast<void *>(sets_ + y * words_), 0xff, static_cast<std::size_t>(words_) * sizeof(*sets_));
+        if constexpr (listed) {
+            lists_[y] = lastInList;
+        }
     }
 
     int pixelsOf(std::int64_t column) const {
         return static_cast<int>(std::min<std::int64_t>(wordPixels, image_.roi.width - column * wordPixels));
     }
 
-    RVX_INLINE Sets &opened(std::int64_t y, std::int64_t column) {
-        Sets &sets = sets_[y * words_ + column];
+    RVX_INLINE Sets<Word> &opened(std::int64_t y, std::int64_t column) {
+        Sets<Word> &sets = sets_[y * words_ + column];
         if ((sets.free & sets.pending) != 0) {
-            const int n = pixelsOf(column);
-            const std::uint64_t pixels =
-                rule_.template open<eight>(y * words_ + column, column * wordPixels, y, n) & lowBits(n);
-            sets = {static_cast<Word>(pixels), 0};
+            open(sets, y, column);
         }
         return sets;
     }
+    void open(Sets<Word> &sets, std::int64_t y, std::int64_t column) {
+        const int n = pixelsOf(column);
+        sets.free =
+            static_cast<Word>(rule_.template open<eight>(y * words_ + column, column * wordPixels, y, n) & lowBits(n));
+        sets.pending = sets.reached = 0;
+    }
 
-    RVX_INLINE void spread(Sets &sets, std::int64_t word, std::uint64_t seeds) {
-        const std::uint64_t reached = rule_.spread(word, sets.free | seeds, seeds);
-        sets.free = static_cast<Word>(sets.free & ~reached);
-        sets.pending = static_cast<Word>(reached);
+    // Pending pixels spread through the word; pending is then what this visit reached.
+    RVX_INLINE void spread(Sets<Word> &sets, std::int64_t word, std::uint64_t seeds) {
+        const std::uint64_t pixels = rule_.spread(word, sets.free | seeds, seeds);
+        sets.free = static_cast<Word>(sets.free & ~pixels);
+        sets.pending = static_cast<Word>(pixels);
     }
 
     // Goes on with the span into a neighbouring word, through this pixel.
     RVX_INLINE bool enter(std::int64_t y, std::int64_t column, std::uint64_t pixel) {
-        Sets &sets = opened(y, column);
+        Sets<Word> &sets = opened(y, column);
         if (((sets.free | sets.pending) & pixel) == 0) {
             return false;
         }
@@ -195,14 +278,18 @@ private:
         if (pixels == 0) {
             return;
         }
-        Sets &sets = opened(y, column);
+        Sets<Word> &sets = opened(y, column);
         const std::uint64_t reached = pixels & sets.free;
         if (reached != 0) {
-            if (sets.pending == 0) {
-                push(y * words_ + column);
-            }
             sets.free = static_cast<Word>(sets.free ^ reached);
             sets.pending = static_cast<Word>(sets.pending | reached);
+            active_.add(y);
+            if constexpr (listed) {
+                if (sets.nextInList == unlisted) {
+                    sets.nextInList = lists_[y];
+                    lists_[y] = static_cast<std::uint32_t>(column);
+                }
+            }
         }
     }
 
@@ -226,20 +313,46 @@ private:
         return pixels;
     }
 
+    // Corners of the span's ends that lie in words which the span does not enter.
     template <Direction vertical> RVX_INLINE void reachCorners(std::int64_t y, std::int64_t first, std::int64_t last) {
         const std::int64_t row = y * words_, target = y + rowStep[vertical];
-        if (first > 0) {
-            reach(target, first - 1, touched<vertical>(row + first - 1, 0, 0, sets_[row + first].pending));
+        if (first > 0 && (sets_[row + first].pending & 1) != 0) {
+            reach(target, first - 1, touched<vertical>(row + first - 1, 0, 0, 1));
         }
-        if (last + 1 < words_) {
-            reach(target, last + 1, touched<vertical>(row + last + 1, sets_[row + last].pending, 0, 0));
+        if (last + 1 < words_ && std::uint64_t{sets_[row + last].pending} >> 63 != 0) {
+            reach(target, last + 1, touched<vertical>(row + last + 1, 1ull << 63, 0, 0));
         }
     }
 
-    void take(std::int64_t word) {
-        const std::int64_t y = rowOf(word), row = y * words_;
-        std::int64_t first = word - row, last = first;
-        spread(sets_[word], word, sets_[word].pending);
+    void takeRow(std::int64_t y) {
+        active_.remove(y);
+        if (y > 0 && y == top_) {
+            openRow(--top_);
+        }
+        if (y + 1 < image_.roi.height && y == bottom_) {
+            openRow(++bottom_);
+        }
+        if constexpr (listed) {
+            std::uint32_t column = lists_[y];
+            lists_[y] = lastInList;
+            while (column != lastInList) {
+                Sets<Word> &sets = sets_[y * words_ + column];
+                const std::uint32_t next = sets.nextInList;
+                sets.nextInList = unlisted;
+                if (sets.pending != 0) { // else the span of another word came by
+                    take(y, column);
+                }
+                column = next;
+            }
+        } else {
+            take(y, 0);
+        }
+    }
+
+    void take(std::int64_t y, std::int64_t column) {
+        const std::int64_t row = y * words_;
+        std::int64_t first = column, last = column;
+        spread(sets_[row + column], row + column, sets_[row + column].pending);
         while (last + 1 < words_ && rule_.template leaving<right>(row + last, sets_[row + last].pending) >> 63 != 0 &&
                enter(y, last + 1, 1)) {
             ++last;
@@ -250,12 +363,6 @@ private:
         }
 
         const bool above = y > 0, below = y + 1 < image_.roi.height;
-        if (above && y == top_) {
-            openRow(--top_);
-        }
-        if (below && y == bottom_) {
-            openRow(++bottom_);
-        }
         filled_.top = std::min(filled_.top, y);
         filled_.bottom = std::max(filled_.bottom, y);
         filled_.left =
@@ -271,42 +378,50 @@ private:
             }
         }
         std::uint64_t before = 0;
-        for (std::int64_t column = first; column <= last; ++column) {
-            const std::uint64_t here = sets_[row + column].pending;
-            const std::uint64_t after = column < last ? sets_[row + column + 1].pending : 0;
-            sets_[row + column].pending = 0;
+        for (std::int64_t k = first; k <= last; ++k) {
+            Sets<Word> &sets = sets_[row + k];
+            const std::uint64_t here = sets.pending, after = k < last ? sets_[row + k + 1].pending : 0;
+            sets.pending = 0;
+            sets.reached = static_cast<Word>(sets.reached | here);
             filled_.area += std::popcount(here);
-            image_.paint(image_, column * wordPixels, y, pixelsOf(column), here);
+            if (sets.free == 0) {
+                image_.paint(image_, k * wordPixels, y, pixelsOf(k), sets.reached);
+            }
             if (above) {
-                reach(y - 1, column, touched<up>(row + column, before, here, after));
+                reach(y - 1, k, touched<up>(row + k, before, here, after));
             }
             if (below) {
-                reach(y + 1, column, touched<down>(row + column, before, here, after));
+                reach(y + 1, k, touched<down>(row + k, before, here, after));
             }
             before = here;
         }
     }
 
-    // A short division is several times as fast on older processors.
-    std::int64_t rowOf(std::int64_t word) const {
-        if (words_ == 1) {
-            return word;
+    // Words that still have free pixels, which nothing will reach.
+    void paintTheRest() const {
+        const std::int64_t first = filled_.left / wordPixels, last = filled_.right / wordPixels;
+        for (std::int64_t y = filled_.top; y <= filled_.bottom; ++y) {
+            for (std::int64_t column = first; column <= last; ++column) {
+                const Sets<Word> &sets = sets_[y * words_ + column];
+                if (sets.free != 0 && sets.pending == 0 && sets.reached != 0) {
+                    image_.paint(image_, column * wordPixels, y, pixelsOf(column), sets.reached);
+                }
+            }
         }
-        return static_cast<std::uint32_t>(word) / static_cast<std::uint32_t>(words_);
     }
 
     const FillImage &image_;
     const std::int64_t words_; // of a row
     Scratch scratch_;
-    Sets *const sets_;
+    RowSet active_;
+    Sets<Word> *const sets_;
     Rule rule_;
-    std::uint32_t *const stack_;
-    std::int64_t depth_ = 0;
+    std::uint32_t *const lists_;        // by row, the column of the first listed word
     std::int64_t top_ = 0, bottom_ = 0; // rows whose sets are there
     FilledRegion filled_{};
 };
 
-constexpr std::int32_t narrowColumns = 4; // sets of one byte up to here
+constexpr std::int32_t narrowColumns = 8; // sets of one byte up to here
 
 template <class Rule8, class Rule64>
 FilledRegion fill(const FillImage &image, Point2i seed, bool eightNeighbours, std::uint8_t *buffer,
