@@ -24,9 +24,11 @@
 // for each row, in whole words.
 //
 //   members     W <= 8      3 H               + H/8 + 8    <= 6 W H + 8
-//               W >= 9     32 k H + 4 H       + H/8 + 8    <= (W/2 + 35.7) H + 8   <= 6 W H + 8
+//               W <= 64    32 H + 4 H         + H/8 + 8    <= 36.2 H + 8           <= 6 W H + 8
+//               W >  64    32 (k + 1) H + 4 H + H/8 + 8    <= (W/2 + 67.7) H + 8   <= 6 W H + 8
 //   gradient    W <= 8     11 H               + H/8 + 8    <= 16 W H + 8
-//               W >= 9     96 k H + 4 H       + H/8 + 8    <= (1.5 W + 98.7) H + 8 <= 16 W H + 8
+//               W <= 64    96 H + 4 H         + H/8 + 8    <= 100.2 H + 8          <= 16 W H + 8
+//               W >  64    96 (k + 1) H + 4 H + H/8 + 8    <= (1.5 W + 195) H + 8  <= 16 W H + 8
 //
 // and the 7 bytes that aligning the start may cost come with those 8 out of the 32 (64).
 #include "frame/api.h"
@@ -183,10 +185,10 @@ private:
 template <class Word, class Rule, bool eight> class SpanFill {
 public:
     SpanFill(const FillImage &image, std::uint8_t *buffer, std::uint64_t bytes)
-        : image_(image), words_((std::int64_t{image.roi.width} + wordPixels - 1) / wordPixels),
+        : image_(image), words_((std::int64_t{image.roi.width} + wordPixels - 1) / wordPixels), pitch_(words_ | 1),
           scratch_(buffer, static_cast<std::int64_t>(bytes)), active_(scratch_, image.roi.height),
-          sets_(scratch_.take<Sets<Word>>(words_ * image.roi.height)),
-          rule_(image, scratch_, words_ * image.roi.height),
+          sets_(scratch_.take<Sets<Word>>(pitch_ * image.roi.height)),
+          rule_(image, scratch_, pitch_ * image.roi.height),
           lists_(listed ? scratch_.take<std::uint32_t>(image.roi.height) : nullptr) {}
 
     FilledRegion run(Point2i seed) {
@@ -233,7 +235,7 @@ private:
     }
 
     void openRow(std::int64_t y) {
-        std::memset(static_cast<void *>(sets_ + y * words_), 0xff, static_cast<std::size_t>(words_) * sizeof(*sets_));
+        std::memset(static_cast<void *>(sets_ + y * pitch_), 0xff, static_cast<std::size_t>(words_) * sizeof(*sets_));
         if constexpr (listed) {
             lists_[y] = lastInList;
         }
@@ -244,7 +246,7 @@ private:
     }
 
     RVX_INLINE Sets<Word> &opened(std::int64_t y, std::int64_t column) {
-        Sets<Word> &sets = sets_[y * words_ + column];
+        Sets<Word> &sets = sets_[y * pitch_ + column];
         if ((sets.free & sets.pending) != 0) {
             open(sets, y, column);
         }
@@ -253,7 +255,7 @@ private:
     void open(Sets<Word> &sets, std::int64_t y, std::int64_t column) {
         const int n = pixelsOf(column);
         sets.free =
-            static_cast<Word>(rule_.template open<eight>(y * words_ + column, column * wordPixels, y, n) & lowBits(n));
+            static_cast<Word>(rule_.template open<eight>(y * pitch_ + column, column * wordPixels, y, n) & lowBits(n));
         sets.pending = sets.reached = 0;
     }
 
@@ -270,7 +272,7 @@ private:
         if (((sets.free | sets.pending) & pixel) == 0) {
             return false;
         }
-        spread(sets, y * words_ + column, sets.pending | pixel);
+        spread(sets, y * pitch_ + column, sets.pending | pixel);
         return true;
     }
 
@@ -315,7 +317,7 @@ private:
 
     // Corners of the span's ends that lie in words which the span does not enter.
     template <Direction vertical> RVX_INLINE void reachCorners(std::int64_t y, std::int64_t first, std::int64_t last) {
-        const std::int64_t row = y * words_, target = y + rowStep[vertical];
+        const std::int64_t row = y * pitch_, target = y + rowStep[vertical];
         if (first > 0 && (sets_[row + first].pending & 1) != 0) {
             reach(target, first - 1, touched<vertical>(row + first - 1, 0, 0, 1));
         }
@@ -336,7 +338,7 @@ private:
             std::uint32_t column = lists_[y];
             lists_[y] = lastInList;
             while (column != lastInList) {
-                Sets<Word> &sets = sets_[y * words_ + column];
+                Sets<Word> &sets = sets_[y * pitch_ + column];
                 const std::uint32_t next = sets.nextInList;
                 sets.nextInList = unlisted;
                 if (sets.pending != 0) { // else the span of another word came by
@@ -350,7 +352,7 @@ private:
     }
 
     void take(std::int64_t y, std::int64_t column) {
-        const std::int64_t row = y * words_;
+        const std::int64_t row = y * pitch_;
         std::int64_t first = column, last = column;
         spread(sets_[row + column], row + column, sets_[row + column].pending);
         while (last + 1 < words_ && rule_.template leaving<right>(row + last, sets_[row + last].pending) >> 63 != 0 &&
@@ -402,7 +404,7 @@ private:
         const std::int64_t first = filled_.left / wordPixels, last = filled_.right / wordPixels;
         for (std::int64_t y = filled_.top; y <= filled_.bottom; ++y) {
             for (std::int64_t column = first; column <= last; ++column) {
-                const Sets<Word> &sets = sets_[y * words_ + column];
+                const Sets<Word> &sets = sets_[y * pitch_ + column];
                 if (sets.free != 0 && sets.pending == 0 && sets.reached != 0) {
                     image_.paint(image_, column * wordPixels, y, pixelsOf(column), sets.reached);
                 }
@@ -412,6 +414,7 @@ private:
 
     const FillImage &image_;
     const std::int64_t words_; // of a row
+    const std::int64_t pitch_; // odd, so that the words of a column do not compete for a few places in the cache
     Scratch scratch_;
     RowSet active_;
     Sets<Word> *const sets_;
