@@ -43,8 +43,9 @@ RVX_INLINE void filterEnd(const ColumnTask<T, D> &task, const Kernel &kernel, co
     }
 }
 
+// Task, kernel and output are copies, which no store can change: their members stay in registers.
 template <int channels, int rows, int units, class Kernel, class Output, class T, class D>
-void filterStrip(const ColumnTask<T, D> &task, const Kernel &kernel, const Output &output, std::int64_t y) {
+void filterStrip(const ColumnTask<T, D> task, const Kernel kernel, const Output output, std::int64_t y) {
     const std::int64_t elements = std::int64_t{task.roi.width} * channels;
     std::int64_t rest = task.roi.width % unit * channels, x = 0;
     const std::int64_t whole = elements - rest;

@@ -14,24 +14,28 @@
 #include "kernel/checks.h"
 #include "kernel/scratch.h"
 
+#include <bit>
+
 namespace rvxcv {
 
 // ---------------------------------------------------------------------------------------- what becomes of a sum
 
-// Sums of less than 2^24 divided by a power of two: exact in float, and there is nothing to clamp, for 16 bits hold
-// every quotient. To a byte it is saturated.
-template <class D> class DividedExactly {
+// Sums of less than 2^23 divided by 2^12. Behind the exponent of 2^23 such a sum is a float, and adding a number of which
+// the last place is 2^12 rounds it to nearest even there, into the low bits. 16 bits hold every quotient, so there is
+// nothing to clamp; to a byte it is saturated.
+template <class D> class ShiftedBy12 {
 public:
     static constexpr bool truncatesLast = true;
 
-    explicit DividedExactly(std::int32_t divisor) : reciprocal_(splat(1.0f / static_cast<float>(divisor))) {}
+    explicit ShiftedBy12(std::int32_t) {}
 
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const AlternatingSum &sum, Span span) const {
         const I32x8 even = quotient<Rounding>(sum.even), odd = quotient<Rounding>(sum.odd);
         rvxcv::store(dst, interleaveLowHalves(even, odd), span);
     }
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const InLaneSum &sum, Span span) const {
-        const I16x16 quotients = narrowInLane(quotient<Rounding>(sum.low), quotient<Rounding>(sum.high));
+        const I32x8 low = lowHalves(quotient<Rounding>(sum.low)), high = lowHalves(quotient<Rounding>(sum.high));
+        const I16x16 quotients = narrowInLane(low, high);
         if constexpr (sizeof(D) == 1) {
             storeSaturated(dst, quotients, span);
         } else {
@@ -40,11 +44,15 @@ public:
     }
 
 private:
-    template <class Rounding> RVX_INLINE I32x8 quotient(I32x8 sum) const {
-        return Rounding::convert(mul(toF32(sum), reciprocal_));
+    // In the low half of a lane; the high half is of no meaning.
+    template <class Rounding> static RVX_INLINE I32x8 quotient(I32x8 sum) {
+        if constexpr (std::is_same_v<Rounding, Truncated>) {
+            return shiftRight<12>(sum);
+        } else {
+            constexpr float one = 1 << 23, magic = one * (1 << 12) * 1.5f - one;
+            return asInt(add(asFloat(add(sum, splat(std::bit_cast<std::int32_t>(one)))), splat(magic)));
+        }
     }
-
-    F32x8 reciprocal_;
 };
 
 // Quotients of 16u as whole numbers in float, for the next stage, and as they are stored.
@@ -84,8 +92,8 @@ template <int c> struct Gaussian<std::uint8_t, c> {
     using Tap = std::int16_t;
     template <int taps> using RowKernel = std::conditional_t<c == 1, PairRow<c, taps>, MirroredRow<c, taps>>;
     template <int taps> using ColumnKernel = MirroredColumn<taps>;
-    using RowOutput = DividedExactly<std::int16_t>;
-    using ColumnOutput = DividedExactly<std::uint8_t>;
+    using RowOutput = ShiftedBy12<std::int16_t>;
+    using ColumnOutput = ShiftedBy12<std::uint8_t>;
     static constexpr PixelTypeCode type = PixelType8u;
 };
 

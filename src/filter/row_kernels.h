@@ -73,6 +73,17 @@ public:
         for (int u = 0; u < units; ++u) {
             sum[u] = {splat(0), splat(0)};
         }
+        if constexpr (taps != 0) { // one unit after the other: few sums at a time
+            for (int u = 0; u < units; ++u) {
+                for (int p = 0; p < taps / 2; ++p) {
+                    addPair(sum[u], e + u * unit + 2 * p * channels, pair(p));
+                }
+                if (taps % 2 != 0) {
+                    addLast(sum[u], loadI16(e + u * unit + (taps - 1) * channels, Full{}));
+                }
+            }
+            return;
+        }
         for (int p = 0; p < count() / 2; ++p) {
             const I16x16 taps2 = pair(p);
             for (int u = 0; u < units; ++u) {
@@ -150,9 +161,10 @@ RVX_INLINE void filterBlock(const Kernel &kernel, const Output &output, const E 
     }
 }
 
-// Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels.
+// Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels. Kernel and output are
+// copies, which no store can change: their constants stay in registers.
 template <int channels, class Kernel, class Output, class E, class D>
-void filterRun(const Kernel &kernel, const Output &output, const E *e, D *dst, std::int64_t pixels) {
+void filterRun(const Kernel kernel, const Output output, const E *e, D *dst, std::int64_t pixels) {
     constexpr int wide = channels == 1 ? 4 : channels;
     std::int64_t rest = pixels % unit * channels, x = 0;
     const std::int64_t whole = pixels * channels - rest;

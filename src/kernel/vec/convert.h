@@ -6,6 +6,9 @@
 
 namespace rvxcv {
 
+// The same bits.
+RVX_INLINE F32x8 asFloat(I32x8 a) { return {_mm256_castsi256_ps(a.v)}; }
+RVX_INLINE I32x8 asInt(F32x8 a) { return {{_mm256_castps_si256(a.v)}}; }
 RVX_INLINE F32x8 toF32(I32x8 a) { return {_mm256_cvtepi32_ps(a.v)}; }
 // Only for values inside the int32 range: clamp in float first.
 RVX_INLINE I32x8 roundToEven(F32x8 a) { return {{_mm256_cvtps_epi32(a.v)}}; }
@@ -98,6 +101,9 @@ template <int pattern> RVX_INLINE F32x8 blended(F32x8 a, F32x8 b) { return {_mm2
 RVX_INLINE F32x8 permuted(F32x8 a, I32x8 lanes) { return {_mm256_permutevar8x32_ps(a.v, lanes.v)}; }
 // Lane i is p[index[i]].
 RVX_INLINE F32x8 gathered(const float *p, I32x8 index) { return {_mm256_i32gather_ps(p, index.v, 4)}; }
+
+// The low halves of the 32-bit lanes as their values.
+RVX_INLINE I32x8 lowHalves(I32x8 a) { return {{_mm256_blend_epi16(a.v, _mm256_setzero_si256(), 0xaa)}}; }
 RVX_INLINE U16x16 narrowSaturatedUnsigned(I32x8 low, I32x8 high) {
     return {{_mm256_permute4x64_epi64(_mm256_packus_epi32(low.v, high.v), 0xd8)}};
 }
