@@ -175,7 +175,8 @@ private:
 template <int taps> class MirroredColumn {
 public:
     using Sum = InLaneSum;
-    static constexpr int rowsTogether = 2, unitsTogether = 1, unitsAlone = 2;
+    static constexpr int rowsTogether = taps != 0 ? 2 : 1, unitsTogether = taps != 0 ? 1 : 4,
+                         unitsAlone = unitsTogether;
 
     MirroredColumn(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel, kernelSize) {}
 

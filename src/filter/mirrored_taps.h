@@ -24,61 +24,26 @@ public:
     // and under tap i - r of output r.
     template <int outputs, int units, class At>
     RVX_INLINE void sums(InLaneSum (&sum)[outputs][units], const At &at) const {
-        // Towards the middle from both ends: what output r has on its left is what output r - 1 has one step later.
         const int reach = count() / 2, end = count() - 1;
-        I16x16 left[outputs][units], right[outputs][units];
-        for (int r = 0; r < outputs; ++r) {
-            for (int u = 0; u < units; ++u) {
-                left[r][u] = at(r, u);
-                right[r][u] = at(end + r, u);
-                sum[r][u] = {splat(0), splat(0)};
+        const auto both = [&](int i, int r, int u) { return add(at(r + i, u), at(r + end - i, u)); };
+        for (auto &output : sum) {
+            for (InLaneSum &s : output) {
+                s = {splat(0), splat(0)};
             }
         }
-        const auto step = [&](int j) {
+        for (int p = 0; p < reach / 2; ++p) {
+            const I16x16 taps2 = pair(p);
             for (int u = 0; u < units; ++u) {
-                for (int r = 0; r + 1 < outputs; ++r) {
-                    left[r][u] = left[r + 1][u];
-                    right[outputs - 1 - r][u] = right[outputs - 2 - r][u];
-                }
-                left[outputs - 1][u] = at(j + outputs - 1, u);
-                right[0][u] = at(end - j, u);
-            }
-        };
-        int j = 0;
-        for (; j + 2 <= reach; j += 2) {
-            I16x16 first[outputs][units];
-            for (int r = 0; r < outputs; ++r) {
-                for (int u = 0; u < units; ++u) {
-                    first[r][u] = add(left[r][u], right[r][u]);
+                for (int r = 0; r < outputs; ++r) {
+                    addPair(sum[r][u], both(2 * p, r, u), both(2 * p + 1, r, u), taps2);
                 }
             }
-            step(j + 1);
-            const I16x16 taps2 = pair(j / 2);
-            for (int r = 0; r < outputs; ++r) {
-                for (int u = 0; u < units; ++u) {
-                    addPair(sum[r][u], first[r][u], add(left[r][u], right[r][u]), taps2);
-                }
-            }
-            step(j + 2);
         }
-        if (j < reach) {
-            I16x16 first[outputs][units];
+        const bool odd = reach % 2 != 0; // then the middle has a partner
+        for (int u = 0; u < units; ++u) {
             for (int r = 0; r < outputs; ++r) {
-                for (int u = 0; u < units; ++u) {
-                    first[r][u] = add(left[r][u], right[r][u]);
-                }
-            }
-            step(j + 1);
-            for (int r = 0; r < outputs; ++r) {
-                for (int u = 0; u < units; ++u) {
-                    addPair(sum[r][u], first[r][u], left[r][u], last_);
-                }
-            }
-        } else {
-            for (int r = 0; r < outputs; ++r) {
-                for (int u = 0; u < units; ++u) {
-                    addPair(sum[r][u], left[r][u], left[r][u], last_);
-                }
+                const I16x16 middle = at(r + reach, u);
+                addPair(sum[r][u], odd ? both(reach - 1, r, u) : middle, middle, last_);
             }
         }
     }

@@ -14,6 +14,7 @@ namespace rvxcv {
 template <class Arithmetic, int channels, int taps> class ChainRow {
 public:
     using Sum = typename Arithmetic::Sum;
+    static constexpr int unitsTogether = channels == 1 ? 4 : channels; // whose sums are formed side by side
 
     template <class Tap> ChainRow(const Tap *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
         for (int j = 0; j < taps; ++j) {
@@ -57,6 +58,7 @@ private:
 template <int channels, int taps> class PairRow {
 public:
     using Sum = std::conditional_t<channels == 1, AlternatingSum, InLaneSum>;
+    static constexpr int unitsTogether = taps != 0 ? 1 : channels == 1 ? 4 : channels;
 
     PairRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
         for (int p = 0; p < taps / 2; ++p) {
@@ -72,17 +74,6 @@ public:
     template <int units, class E> RVX_INLINE void sums(Sum (&sum)[units], const E *e) const {
         for (int u = 0; u < units; ++u) {
             sum[u] = {splat(0), splat(0)};
-        }
-        if constexpr (taps != 0) { // one unit after the other: few sums at a time
-            for (int u = 0; u < units; ++u) {
-                for (int p = 0; p < taps / 2; ++p) {
-                    addPair(sum[u], e + u * unit + 2 * p * channels, pair(p));
-                }
-                if (taps % 2 != 0) {
-                    addLast(sum[u], loadI16(e + u * unit + (taps - 1) * channels, Full{}));
-                }
-            }
-            return;
         }
         for (int p = 0; p < count() / 2; ++p) {
             const I16x16 taps2 = pair(p);
@@ -140,6 +131,8 @@ public:
 
     MirroredRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel, kernelSize) {}
 
+    static constexpr int unitsTogether = taps != 0 ? 1 : 4;
+
     template <int units> RVX_INLINE void sums(Sum (&sum)[units], const std::int16_t *e) const {
         Sum row[1][units];
         kernel_.sums(row, [&](std::int64_t j, int u) { return loadI16(e + j * channels + u * unit, Full{}); });
@@ -161,20 +154,20 @@ RVX_INLINE void filterBlock(const Kernel &kernel, const Output &output, const E 
     }
 }
 
-// Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels. Kernel and output are
-// copies, which no store can change: their constants stay in registers.
+// Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels. Kernel and output
+// are copies, which no store can change: their constants stay in registers.
 template <int channels, class Kernel, class Output, class E, class D>
 void filterRun(const Kernel kernel, const Output output, const E *e, D *dst, std::int64_t pixels) {
-    constexpr int wide = channels == 1 ? 4 : channels;
+    constexpr int together = Kernel::unitsTogether, wide = 4 / together * together;
     std::int64_t rest = pixels % unit * channels, x = 0;
     const std::int64_t whole = pixels * channels - rest;
-    if constexpr (wide != channels) {
-        for (; x + wide * unit <= whole; x += wide * unit) {
-            filterBlock<wide, Nearest>(kernel, output, e + x, dst + x, Full{});
+    for (; x + wide * unit <= whole; x += wide * unit) {
+        for (int u = 0; u < wide; u += together) {
+            filterBlock<together, Nearest>(kernel, output, e + x + u * unit, dst + x + u * unit, Full{});
         }
     }
-    for (; x < whole; x += channels * unit) {
-        filterBlock<channels, Nearest>(kernel, output, e + x, dst + x, Full{});
+    for (; x < whole; x += unit) {
+        filterBlock<1, Nearest>(kernel, output, e + x, dst + x, Full{});
     }
     for (; rest >= unit; x += unit, rest -= unit) {
         filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Full{});
