@@ -39,12 +39,10 @@ public:
                 }
             }
         }
-        const bool odd = reach % 2 != 0; // then the middle has a partner
-        for (int u = 0; u < units; ++u) {
-            for (int r = 0; r < outputs; ++r) {
-                const I16x16 middle = at(r + reach, u);
-                addPair(sum[r][u], odd ? both(reach - 1, r, u) : middle, middle, last_);
-            }
+        if (reach % 2 != 0) { // the middle is the last pair's second half
+            addLast(sum, at, [&](int r, int u) { return both(reach - 1, r, u); });
+        } else {
+            addLast(sum, at, [&](int r, int u) { return at(r + reach, u); });
         }
     }
 
@@ -55,6 +53,14 @@ private:
             return fixed_[p];
         } else {
             return splatPair(kernel_ + 2 * p);
+        }
+    }
+    template <int outputs, int units, class At, class Partner>
+    RVX_INLINE void addLast(InLaneSum (&sum)[outputs][units], const At &at, const Partner &partner) const {
+        for (int u = 0; u < units; ++u) {
+            for (int r = 0; r < outputs; ++r) {
+                addPair(sum[r][u], partner(r, u), at(r + count() / 2, u), last_);
+            }
         }
     }
     static RVX_INLINE void addPair(InLaneSum &sum, I16x16 a, I16x16 b, I16x16 taps2) {

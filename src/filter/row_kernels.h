@@ -128,10 +128,9 @@ private:
 template <int channels, int taps> class MirroredRow {
 public:
     using Sum = InLaneSum;
+    static constexpr int unitsTogether = taps != 0 ? 1 : 4;
 
     MirroredRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel, kernelSize) {}
-
-    static constexpr int unitsTogether = taps != 0 ? 1 : 4;
 
     template <int units> RVX_INLINE void sums(Sum (&sum)[units], const std::int16_t *e) const {
         Sum row[1][units];
