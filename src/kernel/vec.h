@@ -1,5 +1,5 @@
-// Thin vector types over AVX2, sorted by purpose. Free functions named after what they do; rounding and saturation are in
-// the name. No other file uses an _mm256_ intrinsic without saying why.
+// Thin vector types over AVX2, sorted by purpose. Free functions named after what they do; rounding and saturation are
+// in the name. No other file uses an _mm256_ intrinsic without saying why.
 #pragma once
 
 #include "kernel/vec/types.h"

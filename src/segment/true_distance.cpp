@@ -113,7 +113,7 @@ RVX_INLINE F32x8 roots(I32x8 squared) {
     if (laneBits(greater(squared, splat(1 << 24))) == 0) {
         return sqrt(toF32(squared));
     }
-    return narrow(sqrt(toF64Low(squared)), sqrt(toF64High(squared)));
+    return toF32(sqrt(toF64(squared)));
 }
 
 // The integers of a column distance live in the bytes of the float that takes their place.

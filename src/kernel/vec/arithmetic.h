@@ -49,8 +49,6 @@ RVX_INLINE I32x8 abs(I32x8 a) { return {{_mm256_abs_epi32(a.v)}}; }
 RVX_INLINE I32x8 min(I32x8 a, I32x8 b) { return {{_mm256_min_epi32(a.v, b.v)}}; }
 RVX_INLINE I32x8 max(I32x8 a, I32x8 b) { return {{_mm256_max_epi32(a.v, b.v)}}; }
 
-template <int bits> RVX_INLINE I32x8 shiftRight(I32x8 a) { return {{_mm256_srai_epi32(a.v, bits)}}; }
-
 // Additions and subtractions of 16-bit lanes wrap unless the name says that they saturate.
 RVX_INLINE I16x16 add(I16x16 a, I16x16 b) { return {{_mm256_add_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 sub(I16x16 a, I16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}}; }

@@ -17,12 +17,6 @@ RVX_INLINE I32x8 truncate(F32x8 a) { return {{_mm256_cvttps_epi32(a.v)}}; }
 RVX_INLINE F32x8 wholeNearest(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC)}; }
 RVX_INLINE F32x8 wholeTowardZero(F32x8 a) { return {_mm256_round_ps(a.v, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC)}; }
 
-// The lower and the upper four lanes as doubles, and eight floats rounded from two times four.
-RVX_INLINE F64x4 toF64Low(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))}; }
-RVX_INLINE F64x4 toF64High(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}; }
-RVX_INLINE F32x8 narrow(F64x4 low, F64x4 high) {
-    return {_mm256_set_m128(_mm256_cvtpd_ps(high.v), _mm256_cvtpd_ps(low.v))};
-}
 // 0, 1, 2 ... 7.
 RVX_INLINE I32x8 laneNumbers() { return {{_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7)}}; }
 RVX_INLINE I32x8 widenLow(I16x16 a) { return {{_mm256_cvtepi16_epi32(_mm256_castsi256_si128(a.v))}}; }

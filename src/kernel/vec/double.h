@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kernel/vec/arithmetic.h"
+#include "kernel/vec/convert.h"
 #include "kernel/vec/memory.h"
 
 namespace rvxcv {
@@ -23,6 +24,7 @@ RVX_INLINE F64x8 sub(F64x8 a, F64x8 b) { return {sub(a.low, b.low), sub(a.high, 
 RVX_INLINE F64x8 mul(F64x8 a, F64x8 b) { return {mul(a.low, b.low), mul(a.high, b.high)}; }
 RVX_INLINE F64x8 div(F64x8 a, F64x8 b) { return {div(a.low, b.low), div(a.high, b.high)}; }
 RVX_INLINE F64x8 max(F64x8 a, F64x8 b) { return {max(a.low, b.low), max(a.high, b.high)}; }
+RVX_INLINE F64x8 sqrt(F64x8 a) { return {sqrt(a.low), sqrt(a.high)}; }
 RVX_INLINE F64x8 negated(F64x8 a) {
     const __m256d sign = _mm256_set1_pd(-0.0);
     return {{_mm256_xor_pd(a.low.v, sign)}, {_mm256_xor_pd(a.high.v, sign)}};
@@ -34,9 +36,7 @@ RVX_INLINE F64x8 fma(F64x8 a, F64x8 b, F64x8 c) { return {fma(a.low, b.low, c.lo
 RVX_INLINE F64x4 lowToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(a.v))}; }
 RVX_INLINE F64x4 highToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}; }
 RVX_INLINE F64x8 toF64(I32x8 a) { return {lowToF64(a), highToF64(a)}; }
-RVX_INLINE F64x8 toF64(F32x8 a) {
-    return {{_mm256_cvtps_pd(_mm256_castps256_ps128(a.v))}, {_mm256_cvtps_pd(_mm256_extractf128_ps(a.v, 1))}};
-}
+RVX_INLINE F64x8 toF64(F32x8 a) { return {widenLow(a), widenHigh(a)}; }
 // Rounded to nearest even.
 RVX_INLINE F32x8 toF32(F64x8 a) { return {_mm256_set_m128(_mm256_cvtpd_ps(a.high.v), _mm256_cvtpd_ps(a.low.v))}; }
 // Toward zero; what does not fit, and NaN, gives the smallest integer.
@@ -77,7 +77,7 @@ template <class T> RVX_INLINE Eight<T> eightOf(I32x8 a) {
     if constexpr (std::is_same_v<T, double>) {
         return toF64(a);
     } else if constexpr (std::is_same_v<T, float>) {
-        return {_mm256_cvtepi32_ps(a.v)};
+        return toF32(a);
     } else {
         return a;
     }
