@@ -154,6 +154,15 @@ TEST(PyrGauss5x5, EverySize8u) { checkSizes<std::uint8_t>(); }
 TEST(PyrGauss5x5, EverySize8s) { checkSizes<std::int8_t>(); }
 TEST(PyrGauss5x5, EverySize32f) { checkSizes<float>(); }
 
+// Results too large for the caches are stored past them.
+TEST(PyrGauss5x5, LargeDoubling) {
+    checkImage(members<std::uint8_t>()[2], 1056, 2000, Contents::random, 0);
+    for (const int shift : {0, 5}) {
+        checkImage(members<float>()[2], 1032, 512, Contents::random, shift);
+        checkImage(members<float>()[3], 349, 512, Contents::random, shift);
+    }
+}
+
 // Constant images keep their value, to the last bit of floats.
 TEST(PyrGauss5x5, ConstantsStay) {
     for (const Member<float> &m : members<float>()) {
