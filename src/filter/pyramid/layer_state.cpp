@@ -45,7 +45,8 @@ std::int64_t integerWeight(bool up, PixelTypeCode type, std::int64_t tap, std::i
         return (tap * (1 << 14) / sum) >> (type == PixelType8u ? 1 : 2);
     }
     const float quotient = static_cast<float>(tap) / static_cast<float>(sum);
-    return static_cast<std::int64_t>(8192.0f * (2.0f * quotient) + 0.5f) >> 1;
+    const float doubled = 8192.0f * (2.0f * quotient) + 0.5f; // truncated, also below zero
+    return static_cast<std::int64_t>(doubled) >> 1;
 }
 
 void fillIntegerKernel(const LayerRequest &request, float *weights) {
@@ -128,7 +129,8 @@ std::int64_t layerSamples(const LayerState &state, std::int64_t x, float *weight
         }
         return static_cast<std::int64_t>(whole);
     }
-    const double half = state.kernelSize / 2, rate = state.spacing;
+    const std::int32_t reach = state.kernelSize / 2;
+    const double half = reach, rate = state.spacing;
     auto first = static_cast<std::int64_t>(std::ceil((at - half) / rate));
     // The quotient is rounded, products are what decides.
     first -= static_cast<double>(first - 1) * rate - at >= -half ? 1 : 0;

@@ -18,8 +18,9 @@ LengthRange pyramidUpLengths(std::int32_t length, float rate) {
 
 std::int32_t pyramidDownLength(std::int32_t length, float rate) {
     // The quotient never exceeds the length's own rounding to float, which can be 2^31.
-    const auto quotient = static_cast<std::int64_t>(static_cast<float>(length) / rate + 0.5f);
-    auto candidate = static_cast<std::int32_t>(std::clamp<std::int64_t>(quotient, 1, INT32_MAX));
+    const float quotient = static_cast<float>(length) / rate + 0.5f;
+    const auto start = static_cast<std::int64_t>(quotient);
+    auto candidate = static_cast<std::int32_t>(std::clamp<std::int64_t>(start, 1, INT32_MAX));
     // At most one step while lengths are exact in float, some hundreds at the far end of 32 bits.
     for (;;) {
         const LengthRange range = pyramidUpLengths(candidate, rate);

@@ -39,7 +39,7 @@ template <class T> struct ByteRows {
         store(odd + x, add(b, c), span);
     }
     void pixel(std::ptrdiff_t from, std::ptrdiff_t to) const {
-        const int a = loadScalar(before + from), b = loadScalar(at + from), c = loadScalar(behind + from);
+        const int a = +loadScalar(before + from), b = +loadScalar(at + from), c = +loadScalar(behind + from);
         even[to] = static_cast<std::int16_t>(a + 6 * b + c);
         odd[to] = static_cast<std::int16_t>(b + c);
     }
