@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace flow {
@@ -128,8 +130,10 @@ public:
         for (std::int64_t y = 0; y < level.height; ++y) {
             for (std::int64_t x = 0; x < level.width; ++x) {
                 const double value = factor * levels.back().at(x, y);
-                const T stored = std::is_same_v<T, float> ? static_cast<T>(value)
-                                                          : static_cast<T>(std::clamp(std::round(value), 0.0, 65535.0));
+                const T stored = std::is_same_v<T, float>
+                                     ? static_cast<T>(value)
+                                     : static_cast<T>(std::clamp(std::round(value), 0.0,
+                                                                 static_cast<double>(std::numeric_limits<T>::max())));
                 guarded_.back()->set(x, y, stored);
                 levels.back().at(x, y) = static_cast<double>(stored);
             }
@@ -156,9 +160,10 @@ private:
     std::vector<std::int32_t> steps_;
 };
 
-// The pixel with the largest smaller eigenvalue of the gradient covariance in every cell of a grid.
+// The pixel with the largest smaller eigenvalue of the gradient covariance in every cell of a grid; of these the better
+// two thirds.
 inline std::vector<Point2f> corners(const Image &image, std::int64_t cell, std::int64_t margin) {
-    std::vector<Point2f> found;
+    std::vector<std::pair<double, Point2f>> found;
     const auto measure = [&](std::int64_t x, std::int64_t y) {
         double xx = 0, xy = 0, yy = 0;
         for (std::int64_t j = y - 3; j <= y + 3; ++j) {
@@ -183,10 +188,15 @@ inline std::vector<Point2f> corners(const Image &image, std::int64_t cell, std::
                     }
                 }
             }
-            found.push_back(corner);
+            found.push_back({best, corner});
         }
     }
-    return found;
+    std::sort(found.begin(), found.end(), [](const auto &a, const auto &b) { return a.first > b.first; });
+    std::vector<Point2f> corners;
+    for (std::size_t i = 0; i < found.size() * 2 / 3; ++i) {
+        corners.push_back(found[i].second);
+    }
+    return corners;
 }
 
 } // namespace flow

