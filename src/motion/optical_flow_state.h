@@ -33,11 +33,11 @@ struct FlowWindow {
     }
 };
 
-// The work buffer's size, in floats. That of the 32f member is a contract: two derivative images of the largest level and
-// the scratch of the filter that forms one, beside the window. They are not used: derivatives are formed window by
+// The work buffer's size, in floats. That of the 32f member is a contract: two derivative images of the largest level
+// and the scratch of the filter that forms one, beside the window. They are not used: derivatives are formed window by
 // window, whatever the level's size, from pixels that are sampled anyway. (Sampling two derivative images instead takes
-// as many operations as forming a window's derivatives does, and more loads, before the first image is filtered.) The 8u
-// and 16u members allocate the window alone, and a state of any of them has room for all.
+// as many operations as forming a window's derivatives does, and more loads, before the first image is filtered.) The
+// 8u and 16u members allocate the window alone, and a state of any of them has room for all.
 template <class T> std::int64_t flowWorkFloats(RoiSize maxRoi, std::int32_t winSize) {
     std::int64_t floats = FlowWindow::floats(winSize);
     if constexpr (std::is_same_v<T, float>) {
