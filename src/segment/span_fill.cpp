@@ -25,12 +25,13 @@
 //
 //   members     W <= 8      3 H               + H/8 + 8    <= 6 W H + 8
 //               W <= 64    32 H + 4 H         + H/8 + 8    <= 36.2 H + 8           <= 6 W H + 8
-//               W >  64    32 (k + 1) H + 4 H + H/8 + 8    <= (W/2 + 67.7) H + 8   <= 6 W H + 8
+//               W >  64    32 (k + 1) R + 4 H + H/8 + 8    <= (W + 131.2) H + 8    <= 6 W H + 8
 //   gradient    W <= 8     11 H               + H/8 + 8    <= 16 W H + 8
 //               W <= 64    96 H + 4 H         + H/8 + 8    <= 100.2 H + 8          <= 16 W H + 8
-//               W >  64    96 (k + 1) H + 4 H + H/8 + 8    <= (1.5 W + 195) H + 8  <= 16 W H + 8
+//               W >  64    96 (k + 1) R + 4 H + H/8 + 8    <= (3 W + 385.2) H + 8  <= 16 W H + 8
 //
-// and the 7 bytes that aligning the start may cost come with those 8 out of the 32 (64).
+// where R < 2 H are the rows, of large images in whole tiles of eight. The 7 bytes that aligning the start may cost
+// come with those 8 out of the 32 (64).
 #include "frame/api.h"
 
 #include "segment/pixel_words.h"
@@ -186,9 +187,10 @@ template <class Word, class Rule, bool eight> class SpanFill {
 public:
     SpanFill(const FillImage &image, std::uint8_t *buffer, std::uint64_t bytes)
         : image_(image), words_((std::int64_t{image.roi.width} + wordPixels - 1) / wordPixels), pitch_(words_ | 1),
-          scratch_(buffer, static_cast<std::int64_t>(bytes)), active_(scratch_, image.roi.height),
-          sets_(scratch_.take<Sets<Word>>(pitch_ * image.roi.height)),
-          rule_(image, scratch_, pitch_ * image.roi.height),
+          tile_(tileOf(image.roi.height)), scratch_(buffer, static_cast<std::int64_t>(bytes)),
+          active_(scratch_, image.roi.height),
+          sets_(scratch_.take<Sets<Word>>(rowAt(roundUp(image.roi.height, std::int64_t{1} << tile_)))),
+          rule_(image, scratch_, rowAt(roundUp(image.roi.height, std::int64_t{1} << tile_))),
           lists_(listed ? scratch_.take<std::uint32_t>(image.roi.height) : nullptr) {}
 
     FilledRegion run(Point2i seed) {
@@ -222,6 +224,14 @@ public:
 private:
     static constexpr bool listed = sizeof(Word) > 1;
 
+    // Of large images the words of eight rows follow each other column by column: corridors run down as often as along,
+    // and cross few lines and pages of memory both ways.
+    int tileOf(std::int64_t height) const { return words_ > 1 && height >= 8 && words_ * height >= 1 << 16 ? 3 : 0; }
+    RVX_INLINE std::int64_t rowAt(std::int64_t y) const {
+        return (y >> tile_) * (pitch_ << tile_) + (y & ((1 << tile_) - 1));
+    }
+    RVX_INLINE std::int64_t at(std::int64_t y, std::int64_t column) const { return rowAt(y) + (column << tile_); }
+
     // The next row with pending words in a direction, or -1. When there is just one, it is mostly a neighbour.
     RVX_INLINE std::int64_t ahead(std::int64_t y, bool down) const {
         const std::int64_t there = down ? y + 1 : y - 1, back = down ? y - 1 : y + 1;
@@ -235,7 +245,10 @@ private:
     }
 
     void openRow(std::int64_t y) {
-        std::memset(static_cast<void *>(sets_ + y * pitch_), 0xff, static_cast<std::size_t>(words_) * sizeof(*sets_));
+        Sets<Word> *const row = sets_ + rowAt(y);
+        for (std::int64_t column = 0; column < words_; ++column) {
+            std::memset(static_cast<void *>(row + (column << tile_)), 0xff, sizeof(*row));
+        }
         if constexpr (listed) {
             lists_[y] = lastInList;
         }
@@ -246,7 +259,7 @@ private:
     }
 
     RVX_INLINE Sets<Word> &opened(std::int64_t y, std::int64_t column) {
-        Sets<Word> &sets = sets_[y * pitch_ + column];
+        Sets<Word> &sets = sets_[at(y, column)];
         if ((sets.free & sets.pending) != 0) {
             open(sets, y, column);
         }
@@ -255,7 +268,7 @@ private:
     void open(Sets<Word> &sets, std::int64_t y, std::int64_t column) {
         const int n = pixelsOf(column);
         sets.free =
-            static_cast<Word>(rule_.template open<eight>(y * pitch_ + column, column * wordPixels, y, n) & lowBits(n));
+            static_cast<Word>(rule_.template open<eight>(at(y, column), column * wordPixels, y, n) & lowBits(n));
         sets.pending = sets.reached = 0;
     }
 
@@ -272,7 +285,7 @@ private:
         if (((sets.free | sets.pending) & pixel) == 0) {
             return false;
         }
-        spread(sets, y * pitch_ + column, sets.pending | pixel);
+        spread(sets, at(y, column), sets.pending | pixel);
         return true;
     }
 
@@ -306,10 +319,10 @@ private:
             pixels |=
                 rule_.template leaving<toRight>(word, here) << 1 | rule_.template leaving<toLeft>(word, here) >> 1;
             if (before >> 63 != 0) {
-                pixels |= rule_.template leaving<toRight>(word - 1, before) >> 63;
+                pixels |= rule_.template leaving<toRight>(word - (1 << tile_), before) >> 63;
             }
             if ((after & 1) != 0) {
-                pixels |= rule_.template leaving<toLeft>(word + 1, after) << 63;
+                pixels |= rule_.template leaving<toLeft>(word + (1 << tile_), after) << 63;
             }
         }
         return pixels;
@@ -317,12 +330,12 @@ private:
 
     // Corners of the span's ends that lie in words which the span does not enter.
     template <Direction vertical> RVX_INLINE void reachCorners(std::int64_t y, std::int64_t first, std::int64_t last) {
-        const std::int64_t row = y * pitch_, target = y + rowStep[vertical];
-        if (first > 0 && (sets_[row + first].pending & 1) != 0) {
-            reach(target, first - 1, touched<vertical>(row + first - 1, 0, 0, 1));
+        const std::int64_t target = y + rowStep[vertical];
+        if (first > 0 && (sets_[at(y, first)].pending & 1) != 0) {
+            reach(target, first - 1, touched<vertical>(at(y, first - 1), 0, 0, 1));
         }
-        if (last + 1 < words_ && std::uint64_t{sets_[row + last].pending} >> 63 != 0) {
-            reach(target, last + 1, touched<vertical>(row + last + 1, 1ull << 63, 0, 0));
+        if (last + 1 < words_ && std::uint64_t{sets_[at(y, last)].pending} >> 63 != 0) {
+            reach(target, last + 1, touched<vertical>(at(y, last + 1), 1ull << 63, 0, 0));
         }
     }
 
@@ -338,7 +351,7 @@ private:
             std::uint32_t column = lists_[y];
             lists_[y] = lastInList;
             while (column != lastInList) {
-                Sets<Word> &sets = sets_[y * pitch_ + column];
+                Sets<Word> &sets = sets_[at(y, column)];
                 const std::uint32_t next = sets.nextInList;
                 sets.nextInList = unlisted;
                 if (sets.pending != 0) { // else the span of another word came by
@@ -352,14 +365,13 @@ private:
     }
 
     void take(std::int64_t y, std::int64_t column) {
-        const std::int64_t row = y * pitch_;
         std::int64_t first = column, last = column;
-        spread(sets_[row + column], row + column, sets_[row + column].pending);
-        while (last + 1 < words_ && rule_.template leaving<right>(row + last, sets_[row + last].pending) >> 63 != 0 &&
+        spread(sets_[at(y, column)], at(y, column), sets_[at(y, column)].pending);
+        while (last + 1 < words_ && rule_.template leaving<right>(at(y, last), sets_[at(y, last)].pending) >> 63 != 0 &&
                enter(y, last + 1, 1)) {
             ++last;
         }
-        while (first > 0 && (rule_.template leaving<left>(row + first, sets_[row + first].pending) & 1) != 0 &&
+        while (first > 0 && (rule_.template leaving<left>(at(y, first), sets_[at(y, first)].pending) & 1) != 0 &&
                enter(y, first - 1, 1ull << 63)) {
             --first;
         }
@@ -368,9 +380,9 @@ private:
         filled_.top = std::min(filled_.top, y);
         filled_.bottom = std::max(filled_.bottom, y);
         filled_.left =
-            std::min(filled_.left, first * wordPixels + std::countr_zero(std::uint64_t{sets_[row + first].pending}));
+            std::min(filled_.left, first * wordPixels + std::countr_zero(std::uint64_t{sets_[at(y, first)].pending}));
         filled_.right = std::max(filled_.right, last * wordPixels + wordPixels - 1 -
-                                                    std::countl_zero(std::uint64_t{sets_[row + last].pending}));
+                                                    std::countl_zero(std::uint64_t{sets_[at(y, last)].pending}));
         if constexpr (eight) {
             if (above) {
                 reachCorners<up>(y, first, last);
@@ -381,8 +393,8 @@ private:
         }
         std::uint64_t before = 0;
         for (std::int64_t k = first; k <= last; ++k) {
-            Sets<Word> &sets = sets_[row + k];
-            const std::uint64_t here = sets.pending, after = k < last ? sets_[row + k + 1].pending : 0;
+            Sets<Word> &sets = sets_[at(y, k)];
+            const std::uint64_t here = sets.pending, after = k < last ? sets_[at(y, k + 1)].pending : 0;
             sets.pending = 0;
             sets.reached = static_cast<Word>(sets.reached | here);
             filled_.area += std::popcount(here);
@@ -390,10 +402,10 @@ private:
                 image_.paint(image_, k * wordPixels, y, pixelsOf(k), sets.reached);
             }
             if (above) {
-                reach(y - 1, k, touched<up>(row + k, before, here, after));
+                reach(y - 1, k, touched<up>(at(y, k), before, here, after));
             }
             if (below) {
-                reach(y + 1, k, touched<down>(row + k, before, here, after));
+                reach(y + 1, k, touched<down>(at(y, k), before, here, after));
             }
             before = here;
         }
@@ -404,7 +416,7 @@ private:
         const std::int64_t first = filled_.left / wordPixels, last = filled_.right / wordPixels;
         for (std::int64_t y = filled_.top; y <= filled_.bottom; ++y) {
             for (std::int64_t column = first; column <= last; ++column) {
-                const Sets<Word> &sets = sets_[y * pitch_ + column];
+                const Sets<Word> &sets = sets_[at(y, column)];
                 if (sets.free != 0 && sets.pending == 0 && sets.reached != 0) {
                     image_.paint(image_, column * wordPixels, y, pixelsOf(column), sets.reached);
                 }
@@ -415,6 +427,7 @@ private:
     const FillImage &image_;
     const std::int64_t words_; // of a row
     const std::int64_t pitch_; // odd, so that the words of a column do not compete for a few places in the cache
+    const int tile_;           // the logarithm of the rows in a tile
     Scratch scratch_;
     RowSet active_;
     Sets<Word> *const sets_;

@@ -290,6 +290,20 @@ template <class T, int channels> void checkLarge() {
 TEST(FloodFill, LargeShapes8u) { checkLarge<std::uint8_t, 1>(); }
 TEST(FloodFill, LargeShapes32fC3) { checkLarge<float, 3>(); }
 
+// Beyond four million pixels the engine's scratch is laid out differently.
+TEST(FloodFill, HugeImages) {
+    Rng rng = makeRng("huge");
+    for (const Member<std::uint8_t> &member : members<std::uint8_t, 1>()) {
+        const Picture picture = draw(member.eight ? Shape::half : Shape::crowded, 4170, 1005, rng);
+        auto image = makeImage<std::uint8_t, 1>(4170, 1005, 1);
+        for (std::int64_t i = 0; i < 4170 * 1005; ++i) {
+            image.set(i % 4170, i / 4170, picture.at(i % 4170, i / 4170) || i == 0 ? 20 : 40);
+        }
+        const Values<std::uint8_t> values{{21, 0, 0}, {3, 3, 3}, {3, 3, 3}};
+        ASSERT_NO_FATAL_FAILURE((expectFill<std::uint8_t, 1>(member, image, {0, 0}, values, Guard::behind)));
+    }
+}
+
 template <class T> double areaOf(const Member<T> &member, std::vector<T> row, std::int32_t seed, T newVal, T lo, T hi) {
     ConnectedComponent region{};
     std::vector<std::uint8_t> scratch(4096);
