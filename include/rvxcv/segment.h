@@ -100,7 +100,7 @@ StatusCode rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roi, int32_t
  * painted and the record keeps its contents. The gradient fill has no such exception.
  *
  * The time is proportional to the pixels of the region and their neighbourhood, whatever its shape; a row that the
- * region or its neighbourhood enters costs a further 16 bytes of scratch for every 64 pixels of its width.
+ * region or its neighbourhood enters costs a further 32 bytes of scratch for every 64 pixels of its width.
  *
  * For three channels newVal, minDelta and maxDelta point at three elements each. Mind the order of the arguments: new
  * value first in range fills, deltas first in gradient fills, floats last in the range fill of 32f with one channel.
