@@ -7,8 +7,8 @@
 // Words with pending pixels are listed by row. Sweeps over the rows, down and up in turn, take the words of each row
 // that has any: the pending pixels spread along the row, into the neighbouring words as far as the span goes, and what
 // the span touches in the rows above and below moves from free to pending there. All of this is arithmetic on whole
-// words: a row of a plain region costs some 30 instructions for 64 pixels. In a sweep everything that reaches a row
-// does so before the row is taken, which keeps the visits of noise and ragged regions few.
+// words. In a sweep everything that reaches a row does so before the row is taken, which keeps the visits of noise and
+// ragged regions few.
 //
 // Painting. A word without free pixels is painted when its last pixels are reached, the others after the sweeps: so the
 // image is touched once to learn the members of a word and once to paint it, however often the region comes back.
