@@ -1,35 +1,54 @@
 #include "draw.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace tools {
+namespace {
 
-void drawPoint(Image &image, int x, int y, Rgb colour) {
-    if (x < 0 || y < 0 || x >= image.width || y >= image.height) {
-        return;
-    }
-    std::uint8_t *p = image.pixel(x, y);
-    p[0] = colour.r;
-    p[1] = colour.g;
-    p[2] = colour.b;
-}
-
-// Midpoint circle.
-void drawCircle(Image &image, int cx, int cy, int radius, Rgb colour) {
-    int x = radius, y = 0, error = 1 - radius;
-    while (x >= y) {
-        for (const int sx : {-1, 1}) {
-            for (const int sy : {-1, 1}) {
-                drawPoint(image, cx + sx * x, cy + sy * y, colour);
-                drawPoint(image, cx + sx * y, cy + sy * x, colour);
+// Mixes the colour into every pixel of a box by how far it lies inside a shape: `inside` is a signed distance from the
+// shape's outline.
+template <typename Inside>
+void paint(Image &image, double left, double top, double right, double bottom, Rgb colour, Inside inside) {
+    const auto first = [](double v, int size) {
+        return static_cast<int>(std::clamp(std::floor(v), 0.0, double(size)));
+    };
+    const auto end = [](double v, int size) {
+        return static_cast<int>(std::clamp(std::ceil(v) + 1, 0.0, double(size)));
+    };
+    const int yEnd = end(bottom, image.height), xEnd = end(right, image.width);
+    for (int y = first(top, image.height); y < yEnd; ++y) {
+        for (int x = first(left, image.width); x < xEnd; ++x) {
+            const double part = std::clamp(inside(x, y) + 0.5, 0.0, 1.0);
+            if (part > 0) {
+                std::uint8_t *p = image.pixel(x, y);
+                const std::uint8_t parts[3] = {colour.r, colour.g, colour.b};
+                for (int c = 0; c < 3; ++c) {
+                    p[c] = static_cast<std::uint8_t>(std::lround(p[c] + (parts[c] - p[c]) * part));
+                }
             }
         }
-        ++y;
-        if (error < 0) {
-            error += 2 * y + 1;
-        } else {
-            --x;
-            error += 2 * (y - x) + 1;
-        }
     }
+}
+
+} // namespace
+
+double markUnit(const Image &image) { return std::max(1.0, std::min(image.width, image.height) / 400.0); }
+
+void drawLine(Image &image, Point2f from, Point2f to, double width, Rgb colour) {
+    const double x0 = from.x, y0 = from.y, dx = to.x - x0, dy = to.y - y0, length2 = dx * dx + dy * dy;
+    const double half = width / 2, reach = half + 1;
+    paint(image, std::min(x0, x0 + dx) - reach, std::min(y0, y0 + dy) - reach, std::max(x0, x0 + dx) + reach,
+          std::max(y0, y0 + dy) + reach, colour, [&](double x, double y) {
+              const double along = length2 > 0 ? std::clamp(((x - x0) * dx + (y - y0) * dy) / length2, 0.0, 1.0) : 0;
+              return half - std::hypot(x - x0 - along * dx, y - y0 - along * dy);
+          });
+}
+
+void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb colour) {
+    const double cx = centre.x, cy = centre.y, reach = radius + width / 2 + 1;
+    paint(image, cx - reach, cy - reach, cx + reach, cy + reach, colour,
+          [&](double x, double y) { return width / 2 - std::abs(std::hypot(x - cx, y - cy) - radius); });
 }
 
 } // namespace tools

@@ -1,16 +1,15 @@
-// Drawing of results on a colour picture.
+// Drawing of results on a colour picture, with soft edges. Everything outside the picture is clipped.
 #pragma once
 
-#include "image.h"
+#include "colour.h"
 
 namespace tools {
 
-struct Rgb {
-    std::uint8_t r, g, b;
-};
+// How long a mark's unit is, so that marks are as visible on a large picture as on a small one: 1 up to 400 pixels.
+double markUnit(const Image &image);
 
-// Everything outside the picture is clipped.
-void drawPoint(Image &image, int x, int y, Rgb colour);
-void drawCircle(Image &image, int x, int y, int radius, Rgb colour);
+// A stroke with round ends; of no length, it is a disc.
+void drawLine(Image &image, Point2f from, Point2f to, double width, Rgb colour);
+void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb colour);
 
 } // namespace tools

@@ -75,6 +75,35 @@ void writePng(const std::string &path, const Image &image) {
     }
 }
 
+// The simple interface above takes samples of 16 bits as linear in light and says so in the file. These are plain
+// numbers. The library reports errors by a call that must not return.
+void writePng16(const std::string &path, RoiSize size, const std::vector<std::uint8_t> &bytes) {
+    std::FILE *const file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        throw Failure(path + ": cannot write: " + std::strerror(errno));
+    }
+    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+    if (info == nullptr || setjmp(png_jmpbuf(png)) != 0) {
+        png_destroy_write_struct(&png, &info);
+        std::fclose(file);
+        throw Failure(path + ": cannot write");
+    }
+    png_init_io(png, file);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(size.width), static_cast<png_uint_32>(size.height), 16,
+                 PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png, info);
+    const std::size_t row = 2 * static_cast<std::size_t>(size.width);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(size.height); ++y) {
+        png_write_row(png, &bytes[y * row]);
+    }
+    png_write_end(png, info);
+    png_destroy_write_struct(&png, &info);
+    if (std::fclose(file) != 0) {
+        throw Failure(path + ": cannot write: " + std::strerror(errno));
+    }
+}
+
 // ------------------------------------------------------------------------------------------------------- JPEG
 
 // libjpeg reports errors by a call that must not return; it jumps back to the function that called the library.
@@ -266,22 +295,40 @@ private:
     int max_ = 255;
 };
 
-void writePnm(const std::string &path, const Image &image) {
+void writePnm(const std::string &path, const char *kind, RoiSize size, int largest,
+              const std::vector<std::uint8_t> &bytes) {
     std::ofstream out(path, std::ios::binary);
-    out << (image.channels == 3 ? "P6" : "P5") << '\n' << image.width << ' ' << image.height << "\n255\n";
-    out.write(reinterpret_cast<const char *>(image.data()), static_cast<std::streamsize>(image.pixels.size()));
+    out << kind << '\n' << size.width << ' ' << size.height << '\n' << largest << '\n';
+    out.write(reinterpret_cast<const char *>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     out.close();
     if (!out) {
         throw Failure(path + ": cannot write: " + std::strerror(errno));
     }
 }
 
-std::string ending(const std::string &path) {
+void writePnm(const std::string &path, const Image &image) {
+    writePnm(path, image.channels == 3 ? "P6" : "P5", image.roi(), 255, image.pixels);
+}
+
+enum class Format { Png, Jpeg, Pgm, Ppm, Pnm };
+
+Format formatOf(const std::string &path) {
     const std::size_t dot = path.rfind('.');
-    std::string result = dot == std::string::npos ? "" : path.substr(dot);
-    std::transform(result.begin(), result.end(), result.begin(),
+    std::string ending = dot == std::string::npos ? "" : path.substr(dot);
+    std::transform(ending.begin(), ending.end(), ending.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return result;
+    struct Known {
+        const char *ending;
+        Format format;
+    };
+    constexpr Known known[] = {{".png", Format::Png}, {".jpg", Format::Jpeg}, {".jpeg", Format::Jpeg},
+                               {".pgm", Format::Pgm}, {".ppm", Format::Ppm},  {".pnm", Format::Pnm}};
+    for (const Known &entry : known) {
+        if (ending == entry.ending) {
+            return entry.format;
+        }
+    }
+    throw Failure(path + ": cannot tell the format: end the name in .png, .jpg, .pgm, .ppm or .pnm");
 }
 
 } // namespace
@@ -302,15 +349,41 @@ Image readImage(const std::string &path) {
 }
 
 void writeImage(const std::string &path, const Image &image) {
-    const std::string kind = ending(path);
-    if (kind == ".png") {
+    switch (formatOf(path)) {
+    case Format::Png:
         writePng(path, image);
-    } else if (kind == ".jpg" || kind == ".jpeg") {
+        break;
+    case Format::Jpeg:
         writeJpeg(path, image);
-    } else if (kind == ".pgm" || kind == ".ppm" || kind == ".pnm") {
-        writePnm(path, kind == ".pgm" ? toGrey(image) : kind == ".ppm" ? toColour(image) : image);
+        break;
+    case Format::Pgm:
+        writePnm(path, toGrey(image));
+        break;
+    case Format::Ppm:
+        writePnm(path, toColour(image));
+        break;
+    case Format::Pnm:
+        writePnm(path, image);
+        break;
+    }
+}
+
+void checkPictureName(const std::string &path) { formatOf(path); }
+
+void writeGrey16(const std::string &path, RoiSize size, const std::vector<std::uint16_t> &samples) {
+    const Format format = formatOf(path);
+    std::vector<std::uint8_t> bytes; // both formats store the high byte first
+    bytes.reserve(2 * samples.size());
+    for (const std::uint16_t sample : samples) {
+        bytes.push_back(static_cast<std::uint8_t>(sample >> 8));
+        bytes.push_back(static_cast<std::uint8_t>(sample & 0xff));
+    }
+    if (format == Format::Png) {
+        writePng16(path, size, bytes);
+    } else if (format == Format::Pgm) {
+        writePnm(path, "P5", size, 65535, bytes);
     } else {
-        throw Failure(path + ": cannot tell the format: end the name in .png, .jpg, .pgm, .ppm or .pnm");
+        throw Failure(path + ": samples of 16 bits go to .png or .pgm");
     }
 }
 

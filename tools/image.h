@@ -44,6 +44,12 @@ Image readImage(const std::string &path);
 // Writes by ending: .png, .jpg/.jpeg, .pgm (grey), .ppm (RGB), .pnm.
 void writeImage(const std::string &path, const Image &image);
 
+// Throws a Failure unless the name has one of these endings: what takes long can find out before.
+void checkPictureName(const std::string &path);
+
+// Grey samples of 16 bits as they are, to .png or .pgm. Rows without gaps.
+void writeGrey16(const std::string &path, RoiSize size, const std::vector<std::uint16_t> &samples);
+
 // Luma of a colour image (ITU-R BT.601), or the image itself.
 Image toGrey(const Image &image);
 Image toColour(const Image &image);

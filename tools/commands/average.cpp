@@ -1,5 +1,6 @@
 // rvxcv average FRAMES... -o OUT: the running average of frames, as a background model keeps it.
 #include "command.h"
+#include "film.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,19 +16,14 @@ struct Options {
 };
 
 void run(const Options &options) {
-    Image first = readImage(options.frames.front());
+    Film film(options.frames);
+    const Image first = film.picture();
     // A row of interleaved channels is a row of so many single-channel pixels.
     const RoiSize roi{first.width * first.channels, first.height};
     std::vector<float> average(first.pixels.begin(), first.pixels.end());
     const std::int32_t averageStep = roi.width * static_cast<std::int32_t>(sizeof(float));
-    for (std::size_t i = 1; i < options.frames.size(); ++i) {
-        Image frame = readImage(options.frames[i]);
-        if (frame.width != first.width || frame.height != first.height) {
-            throw Failure(options.frames[i] + " is " + std::to_string(frame.width) + "x" +
-                          std::to_string(frame.height) + ", " + options.frames.front() + " is " +
-                          std::to_string(first.width) + "x" + std::to_string(first.height) +
-                          ": the frames must be of one size");
-        }
+    while (film.next()) {
+        Image frame = film.picture();
         if (frame.channels != first.channels) {
             frame = first.channels == 3 ? toColour(frame) : toGrey(frame);
         }
@@ -45,7 +41,7 @@ void run(const Options &options) {
 void addAverage(CLI::App &program) {
     auto options = std::make_shared<Options>();
     CLI::App *command = program.add_subcommand("average", "Write the running average of frames of one size");
-    command->add_option("FRAMES", options->frames, "Images, oldest first")->required();
+    addFrames(*command, options->frames);
     command->add_option("-o,--output", options->out, "Picture to write")->required();
     command->add_option("--alpha", options->alpha, "Weight of each new frame")
         ->check(CLI::Range(0.0, 1.0))

@@ -1,5 +1,6 @@
 // rvxcv gradient PHOTO -o OUT: a derivative or low-pass filter of a picture's luma, shown as a picture: derivatives
 // with zero in the middle of the grey scale, or, without a filter, the length of the Sobel gradient.
+#include "colour.h"
 #include "command.h"
 #include "derivative.h"
 
@@ -80,20 +81,6 @@ Image lowpass(const Image &grey, int size) {
     return result;
 }
 
-// Values onto the grey scale from `zero`; without a scale the largest one just reaches its end.
-Image shown(const Image &grey, const std::vector<float> &values, float zero, double scale) {
-    float largest = 1;
-    for (const float v : values) {
-        largest = std::max(largest, std::abs(v));
-    }
-    const float factor = scale > 0 ? static_cast<float>(scale) : (255.0f - zero) / largest;
-    Image result(grey.width, grey.height, 1);
-    std::transform(values.begin(), values.end(), result.pixels.begin(), [=](float v) {
-        return static_cast<std::uint8_t>(std::clamp(std::nearbyint(zero + v * factor), 0.0f, 255.0f));
-    });
-    return result;
-}
-
 void run(const Options &options) {
     const Image grey = toGrey(readImage(options.photo));
     if (options.filter == "lowpass") {
@@ -106,12 +93,12 @@ void run(const Options &options) {
         const auto dy = derivative(grey, "sobel-horiz", options.size);
         std::transform(dx.begin(), dx.end(), dy.begin(), values.begin(),
                        [](float x, float y) { return std::hypot(x, y); });
-        writeImage(options.out, shown(grey, values, 0, options.scale));
+        writeImage(options.out, greyPicture(grey.roi(), values, 0, options.scale));
         return;
     }
     const auto sums = derivative(grey, options.filter, options.size);
     std::copy(sums.begin(), sums.end(), values.begin());
-    writeImage(options.out, shown(grey, values, 128, options.scale));
+    writeImage(options.out, greyPicture(grey.roi(), values, 128, options.scale));
 }
 
 } // namespace

@@ -1,0 +1,23 @@
+// Canny edges of a grey picture, for commands that need edges.
+#pragma once
+
+#include "image.h"
+
+#include <optional>
+
+namespace tools {
+
+struct EdgeSettings {
+    std::string norm = "l2", filter = "sobel"; // l1 or l2; sobel or scharr
+    int size = 3;                              // 3 or 5 (Scharr: 3)
+    std::optional<float> low, high;            // what is not given is chosen from the picture
+};
+
+struct Edges {
+    Image image; // 255 on edges, 0 elsewhere
+    float low, high;
+};
+
+Edges findEdges(const Image &grey, const EdgeSettings &settings);
+
+} // namespace tools

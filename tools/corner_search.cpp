@@ -1,0 +1,92 @@
+#include "corner_search.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace tools {
+namespace {
+
+std::vector<float> cornerMeasure(const Image &grey, int block) {
+    constexpr std::int32_t aperture = 3;
+    std::int32_t size = 0;
+    check(rvxiMinEigenValGetBufferSize_8u32f_C1R(grey.roi(), aperture, block, &size), "MinEigenValGetBufferSize");
+    std::vector<std::uint8_t> scratch(static_cast<std::size_t>(size));
+    std::vector<float> measure(grey.pixels.size());
+    check(rvxiMinEigenVal_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
+                                    MinEigenValSobel, aperture, block, scratch.data()),
+          "MinEigenVal");
+    return measure;
+}
+
+std::vector<Corner> peaksOf(const std::vector<float> &measure, RoiSize roi, float threshold) {
+    std::int32_t size = 0, count = 0;
+    check(rvxiFindPeaks3x3GetBufferSize_32f_C1R(roi.width, &size), "FindPeaks3x3GetBufferSize");
+    std::vector<std::uint8_t> scratch(static_cast<std::size_t>(size));
+    std::vector<Point2i> peaks(measure.size());
+    check(rvxiFindPeaks3x3_32f_C1R(measure.data(), 4 * roi.width, roi, threshold, peaks.data(),
+                                   static_cast<std::int32_t>(peaks.size()), &count, PeakSquare, 1, scratch.data()),
+          "FindPeaks3x3");
+    std::vector<Corner> corners;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const Point2i p = peaks[static_cast<std::size_t>(i)];
+        const float strength = measure[static_cast<std::size_t>(p.y) * static_cast<std::size_t>(roi.width) +
+                                       static_cast<std::size_t>(p.x)];
+        if (strength > 0) { // on an edge, rounding may leave a negative smallest value
+            corners.push_back({p, strength});
+        }
+    }
+    return corners;
+}
+
+// The strongest corners; of two that are closer than the distance the stronger one, and none that is close to a taken
+// point.
+std::vector<Corner> strongest(std::vector<Corner> corners, const CornerSettings &settings, std::vector<Point2f> taken) {
+    std::stable_sort(corners.begin(), corners.end(),
+                     [](const Corner &a, const Corner &b) { return a.strength > b.strength; });
+    const double least = settings.distance * settings.distance;
+    std::vector<Corner> kept;
+    for (const Corner &corner : corners) {
+        if (kept.size() == settings.count) {
+            break;
+        }
+        const auto x = static_cast<float>(corner.at.x), y = static_cast<float>(corner.at.y);
+        const bool alone = std::none_of(taken.begin(), taken.end(), [&](const Point2f &other) {
+            const double dx = x - other.x, dy = y - other.y;
+            return dx * dx + dy * dy < least;
+        });
+        if (alone) {
+            kept.push_back(corner);
+            taken.push_back({x, y});
+        }
+    }
+    return kept;
+}
+
+} // namespace
+
+void addCornerOptions(CLI::App &command, CornerSettings &settings) {
+    command.add_option("--count", settings.count, "Most corners to keep")
+        ->check(CLI::Range(1, 1000000))
+        ->capture_default_str();
+    command.add_option("--quality", settings.quality, "Least strength, as a part of the strongest corner's")
+        ->check(CLI::Range(0.0f, 1.0f))
+        ->capture_default_str();
+    command.add_option("--distance", settings.distance, "Least distance between corners, in pixels")
+        ->check(CLI::Range(0.0, 1e6))
+        ->capture_default_str();
+    command.add_option("--block", settings.block, "Side of the block around each pixel")
+        ->check(CLI::IsMember({3, 5}))
+        ->capture_default_str();
+}
+
+std::vector<Corner> findCorners(const Image &grey, const CornerSettings &settings, const std::vector<Point2f> &taken) {
+    if (grey.width < 3 || grey.height < 3) { // no pixel has eight neighbours
+        return {};
+    }
+    const std::vector<float> measure = cornerMeasure(grey, settings.block);
+    const float best = *std::max_element(measure.begin(), measure.end());
+    return strongest(peaksOf(measure, grey.roi(), settings.quality * best), settings, taken);
+}
+
+} // namespace tools

@@ -1,0 +1,31 @@
+// The points of a grey picture that can be tracked best (Shi and Tomasi): the peaks of the corner measure, as long as
+// they are strong enough and far enough from every stronger one.
+#pragma once
+
+#include "image.h"
+
+namespace CLI {
+class App;
+}
+
+namespace tools {
+
+struct CornerSettings {
+    std::size_t count = 200; // most corners to keep
+    float quality = 0.01f;   // least strength, as a part of the strongest corner's
+    double distance = 10;    // least distance between corners, in pixels
+    int block = 3;           // side of the block around each pixel: 3 or 5
+};
+
+void addCornerOptions(CLI::App &command, CornerSettings &settings);
+
+struct Corner {
+    Point2i at;
+    float strength;
+};
+
+// Strongest first; none nearer than the distance to a taken point. A picture below 3x3 has no corners.
+std::vector<Corner> findCorners(const Image &grey, const CornerSettings &settings,
+                                const std::vector<Point2f> &taken = {});
+
+} // namespace tools
