@@ -63,6 +63,19 @@ TEST(ImageFiles, SixteenBitPngKeepsItsScale) {
     EXPECT_EQ(readImage(folder / "a.png").pixels, (std::vector<std::uint8_t>{64, 128, 255}));
 }
 
+TEST(ImageFiles, SixteenBitSamplesAreWrittenAsTheyAre) {
+    const program::Folder folder;
+    const std::vector<std::uint16_t> samples{0, 1, 255, 256, 40000, 65535};
+    writeGrey16(folder / "a.pgm", {3, 2}, samples);
+    writeGrey16(folder / "a.png", {3, 2}, samples);
+    const char high[] = {0, 0, 0, 1, 0, '\xff', 1, 0, '\x9c', '\x40', '\xff', '\xff'};
+    EXPECT_EQ(program::readText(folder / "a.pgm"), "P5\n3 2\n65535\n" + std::string(high, sizeof high));
+    EXPECT_EQ(program::readText(folder / "a.png")[24], 16) << "bits of a sample";
+    EXPECT_EQ(readImage(folder / "a.png").pixels, (std::vector<std::uint8_t>{0, 0, 1, 1, 156, 255}));
+    EXPECT_THROW(writeGrey16(folder / "a.jpg", {3, 2}, samples), Failure);
+    EXPECT_THROW(writeGrey16(folder / "no/such/folder.png", {3, 2}, samples), Failure);
+}
+
 // Every file cut off at any length is refused with a message that names it.
 TEST(ImageFiles, TruncatedFilesAreRefused) {
     const program::Folder folder;
