@@ -15,6 +15,15 @@ void addEdges(CLI::App &program);
 void addGradient(CLI::App &program);
 void addMorph(CLI::App &program);
 void addCorners(CLI::App &program);
+void addDistance(CLI::App &program);
+void addFill(CLI::App &program);
+void addLabel(CLI::App &program);
+void addBlur(CLI::App &program);
+void addDeviation(CLI::App &program);
+void addHistory(CLI::App &program);
+void addProfile(CLI::App &program);
+void addPyramid(CLI::App &program);
+void addTrack(CLI::App &program);
 void addScene(CLI::App &program);
 
 } // namespace tools
