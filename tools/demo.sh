@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs the library on pictures: demo.sh BIN_DIR OUT_DIR [PHOTO]. Without a photo it uses the synthetic street.
+# Runs the library on pictures: demo.sh BIN_DIR OUT_DIR [PHOTO]. Without a photo it uses the synthetic street; what
+# needs a film always does.
 set -eu
 
 bin=$1/rvxcv
@@ -7,7 +8,13 @@ out=$2
 photo=${3:-}
 mkdir -p "$out"
 
-show() { printf '  %-22s %s\n' "$1" "$2"; }
+# Name and meaning of a picture, and what the command had to say.
+show() {
+    printf '  %-22s %s\n' "$1" "$2"
+    if [[ -n ${3:-} ]]; then
+        printf '  %-22s %s\n' '' "$3"
+    fi
+}
 
 "$bin" info
 echo
@@ -22,12 +29,35 @@ show street-0.png "the synthetic street, first of six frames"
 show diff.png "what moved between two frames"
 "$bin" average "$out"/street-[0-5].png -o "$out/average.png" --alpha 0.3
 show average.png "running average of the frames"
+said=$("$bin" history "$out"/street-[0-5].png -o "$out/history.png")
+show history.png "where something moved, and how long ago: bright is new" "$said"
+said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/tracks.csv" --quality 0.005)
+show track.png "corners followed through the frames; as a list: tracks.csv" "$said"
+
 "$bin" gradient "$picture" -o "$out/gradient.png"
 show gradient.png "length of the Sobel gradient"
 "$bin" gradient "$picture" -o "$out/laplacian.png" --filter laplacian --size 5
 show laplacian.png "5x5 Laplacian, zero in the middle of the grey scale"
+"$bin" blur "$picture" -o "$out/blur.png" --sigma 4
+show blur.png "Gaussian blur, sigma 4"
+said=$("$bin" deviation "$picture" -o "$out/deviation.png" --window 9x9)
+show deviation.png "local contrast: deviation in windows of 9x9" "$said"
+said=$("$bin" pyramid "$picture" -o "$out/pyramid.png" --rate 1.5 --levels 6)
+show pyramid.png "the picture and six smaller levels, each 1.5 times smaller" "$said"
+size=${said#*: }
+size=${size%% *} # of the picture, WxH
+width=${size%x*} height=${size#*x}
+"$bin" profile "$picture" --from "0,$((height / 2))" --to "$((width - 1)),$((height / 2))" -o "$out/profile.svg"
+show profile.svg "the pixels of the middle row, as a plot"
+
 "$bin" edges "$picture" -o "$out/edges.png" >/dev/null
 show edges.png "Canny edges, thresholds from the picture"
+said=$("$bin" distance "$picture" -o "$out/distance.png")
+show distance.png "distance to the nearest edge" "$said"
+said=$("$bin" fill "$picture" -o "$out/fill.png" --seed "$((width * 3 / 5)),$((height / 12))" --range 14,14 --gradient)
+show fill.png "a region filled from a seed near the upper edge" "$said"
+said=$("$bin" label "$picture" -o "$out/label.png" --csv "$out/parts.csv" --min-area 20)
+show label.png "bright parts in a colour each; as a list: parts.csv" "$said"
 for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9
     show "morph-$op.png" "morphology: $op with an ellipse of 9x9"
