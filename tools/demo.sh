@@ -29,9 +29,10 @@ show street-0.png "the synthetic street, first of six frames"
 show diff.png "what moved between two frames"
 "$bin" average "$out"/street-[0-5].png -o "$out/average.png" --alpha 0.3
 show average.png "running average of the frames"
-said=$("$bin" history "$out"/street-[0-5].png -o "$out/history.png")
+said=$("$bin" history "$out"/street-[0-5].png -o "$out/history.png" --threshold 20 --duration 5)
 show history.png "where something moved, and how long ago: bright is new" "$said"
-said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/tracks.csv" --quality 0.005)
+said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/tracks.csv" \
+    --count 800 --quality 0.001 --distance 8)
 show track.png "corners followed through the frames; as a list: tracks.csv" "$said"
 
 "$bin" gradient "$picture" -o "$out/gradient.png"
@@ -54,7 +55,7 @@ show profile.svg "the pixels of the middle row, as a plot"
 show edges.png "Canny edges, thresholds from the picture"
 said=$("$bin" distance "$picture" -o "$out/distance.png")
 show distance.png "distance to the nearest edge" "$said"
-said=$("$bin" fill "$picture" -o "$out/fill.png" --seed "$((width * 3 / 5)),$((height / 12))" --range 14,14 --gradient)
+said=$("$bin" fill "$picture" -o "$out/fill.png" --seed "$((width * 3 / 5)),$((height / 12))" --range 40,40)
 show fill.png "a region filled from a seed near the upper edge" "$said"
 said=$("$bin" label "$picture" -o "$out/label.png" --csv "$out/parts.csv" --min-area 20)
 show label.png "bright parts in a colour each; as a list: parts.csv" "$said"

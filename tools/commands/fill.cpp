@@ -20,19 +20,22 @@ struct Deltas {
     std::uint8_t low, high;
 };
 
-using Size = StatusCode (*)(RoiSize, std::int32_t *);
 // A fixed range and a gradient fill differ in the order of their arguments.
 using One = StatusCode (*)(std::uint8_t *, std::int32_t, RoiSize, Point2i, std::uint8_t, std::uint8_t, std::uint8_t,
                            ConnectedComponent *, std::uint8_t *);
 using Three = StatusCode (*)(std::uint8_t *, std::int32_t, RoiSize, Point2i, const std::uint8_t *, const std::uint8_t *,
                              const std::uint8_t *, ConnectedComponent *, std::uint8_t *);
 
+// What the size queries answer, but beyond 32 bits too: a gradient fill of a large picture needs more than they can
+// say.
+std::size_t scratchBytes(RoiSize size, bool gradient) {
+    const auto width = static_cast<std::size_t>(size.width), height = static_cast<std::size_t>(size.height);
+    return gradient ? (width + 2) * (height + 2) + 16 * width * height + 64 : 6 * width * height + 32;
+}
+
 ConnectedComponent fill(Image &image, Point2i seed, Deltas deltas, const std::array<std::uint8_t, 3> &value,
                         bool gradient, bool eight) {
-    std::int32_t bytes = 0;
-    const Size size = gradient ? rvxiFloodFillGetSize_Grad : rvxiFloodFillGetSize;
-    check(size(image.roi(), &bytes), "FloodFillGetSize");
-    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(bytes));
+    std::vector<std::uint8_t> buffer(scratchBytes(image.roi(), gradient));
     ConnectedComponent region{};
     if (image.channels == 1) {
         const One one = gradient ? (eight ? rvxiFloodFill_Grad8Con_8u_C1IR : rvxiFloodFill_Grad4Con_8u_C1IR)
