@@ -20,9 +20,9 @@ namespace rvxcv {
 
 // ---------------------------------------------------------------------------------------- what becomes of a sum
 
-// Sums of less than 2^23 divided by 2^12. Behind the exponent of 2^23 such a sum is a float, and adding a number of which
-// the last place is 2^12 rounds it to nearest even there, into the low bits. 16 bits hold every quotient, so there is
-// nothing to clamp; to a byte it is saturated.
+// Sums of less than 2^23 divided by 2^12. Behind the exponent of 2^23 such a sum is a float, and adding a number of
+// which the last place is 2^12 rounds it to nearest even there, into the low bits. 16 bits hold every quotient, so
+// there is nothing to clamp; to a byte it is saturated.
 template <class D> class ShiftedBy12 {
 public:
     static constexpr bool truncatesLast = true;
