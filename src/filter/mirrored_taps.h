@@ -12,10 +12,7 @@ namespace rvxcv {
 // `taps` is the kernel's length when it is fixed, so that the taps stay in registers, and 0 when it is any.
 template <int taps> class MirroredTaps {
 public:
-    MirroredTaps(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
-        for (int p = 0; p < taps / 4; ++p) {
-            fixed_[p] = splatPair(kernel + 2 * p);
-        }
+    MirroredTaps(const std::int16_t *kernel, std::int32_t kernelSize) : pairs_(kernel, kernelSize) {
         const int reach = kernelSize / 2;
         last_ = reach % 2 != 0 ? splatPair(kernel + reach - 1) : splatPair(loadScalar(kernel + reach), 0);
     }
@@ -24,7 +21,7 @@ public:
     // and under tap i - r of output r.
     template <int outputs, int units, class At>
     RVX_INLINE void sums(InLaneSum (&sum)[outputs][units], const At &at) const {
-        const int reach = count() / 2, end = count() - 1;
+        const int reach = pairs_.count() / 2, end = pairs_.count() - 1;
         const auto both = [&](int i, int r, int u) { return add(at(r + i, u), at(r + end - i, u)); };
         for (auto &output : sum) {
             for (InLaneSum &s : output) {
@@ -32,7 +29,7 @@ public:
             }
         }
         for (int p = 0; p < reach / 2; ++p) {
-            const I16x16 taps2 = pair(p);
+            const I16x16 taps2 = pairs_[p];
             for (int u = 0; u < units; ++u) {
                 for (int r = 0; r < outputs; ++r) {
                     addPair(sum[r][u], both(2 * p, r, u), both(2 * p + 1, r, u), taps2);
@@ -47,19 +44,11 @@ public:
     }
 
 private:
-    RVX_INLINE int count() const { return taps != 0 ? taps : size_; }
-    RVX_INLINE I16x16 pair(int p) const {
-        if constexpr (taps != 0) {
-            return fixed_[p];
-        } else {
-            return splatPair(kernel_ + 2 * p);
-        }
-    }
     template <int outputs, int units, class At, class Partner>
     RVX_INLINE void addLast(InLaneSum (&sum)[outputs][units], const At &at, const Partner &partner) const {
         for (int u = 0; u < units; ++u) {
             for (int r = 0; r < outputs; ++r) {
-                addPair(sum[r][u], partner(r, u), at(r + count() / 2, u), last_);
+                addPair(sum[r][u], partner(r, u), at(r + pairs_.count() / 2, u), last_);
             }
         }
     }
@@ -68,9 +57,7 @@ private:
         sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, b), taps2));
     }
 
-    const std::int16_t *kernel_;
-    int size_;
-    I16x16 fixed_[taps > 3 ? taps / 4 : 1];
+    TapPairs<taps, taps / 4> pairs_;
     I16x16 last_;
 };
 

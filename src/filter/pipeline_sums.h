@@ -175,4 +175,29 @@ struct LowArithmetic {
     }
 };
 
+// A kernel's 16-bit taps in pairs, as the integer multiply-add takes them. `taps` is the kernel's length when it is
+// fixed: the first `pairs` pairs then stay in registers. 0 when it is any.
+template <int taps, int pairs> class TapPairs {
+public:
+    TapPairs(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
+        for (int p = 0; p < pairs; ++p) {
+            fixed_[p] = splatPair(kernel + 2 * p);
+        }
+    }
+
+    RVX_INLINE int count() const { return taps != 0 ? taps : size_; }
+    RVX_INLINE I16x16 operator[](int p) const {
+        if constexpr (taps != 0) {
+            return fixed_[p];
+        } else {
+            return splatPair(kernel_ + 2 * p);
+        }
+    }
+
+private:
+    const std::int16_t *kernel_;
+    int size_;
+    I16x16 fixed_[pairs > 0 ? pairs : 1];
+};
+
 } // namespace rvxcv

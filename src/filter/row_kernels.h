@@ -60,10 +60,7 @@ public:
     using Sum = std::conditional_t<channels == 1, AlternatingSum, InLaneSum>;
     static constexpr int unitsTogether = taps != 0 ? 1 : channels == 1 ? 4 : channels;
 
-    PairRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
-        for (int p = 0; p < taps / 2; ++p) {
-            fixed_[p] = splatPair(kernel + 2 * p);
-        }
+    PairRow(const std::int16_t *kernel, std::int32_t kernelSize) : pairs_(kernel, kernelSize) {
         if (kernelSize % 2 != 0) {
             const std::int16_t last = loadScalar(kernel + kernelSize - 1);
             lastEven_ = splatPair(last, 0);
@@ -75,14 +72,14 @@ public:
         for (int u = 0; u < units; ++u) {
             sum[u] = {splat(0), splat(0)};
         }
-        for (int p = 0; p < count() / 2; ++p) {
-            const I16x16 taps2 = pair(p);
+        for (int p = 0; p < pairs_.count() / 2; ++p) {
+            const I16x16 taps2 = pairs_[p];
             for (int u = 0; u < units; ++u) {
                 addPair(sum[u], e + u * unit, taps2);
             }
             e += 2 * channels;
         }
-        if (count() % 2 != 0) {
+        if (pairs_.count() % 2 != 0) {
             for (int u = 0; u < units; ++u) {
                 addLast(sum[u], loadI16(e + u * unit, Full{}));
             }
@@ -90,15 +87,6 @@ public:
     }
 
 private:
-    RVX_INLINE int count() const { return taps != 0 ? taps : size_; }
-    RVX_INLINE I16x16 pair(int p) const {
-        if constexpr (taps != 0) {
-            return fixed_[p];
-        } else {
-            return splatPair(kernel_ + 2 * p);
-        }
-    }
-
     template <class E> static RVX_INLINE void addPair(AlternatingSum &sum, const E *e, I16x16 taps2) {
         sum.even = add(sum.even, mulAddPairs(loadI16(e, Full{}), taps2));
         sum.odd = add(sum.odd, mulAddPairs(loadI16(e + 1, Full{}), taps2));
@@ -118,9 +106,7 @@ private:
         sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, a), lastEven_));
     }
 
-    const std::int16_t *kernel_;
-    int size_;
-    I16x16 fixed_[taps > 1 ? taps / 2 : 1];
+    TapPairs<taps, taps / 2> pairs_;
     I16x16 lastEven_, lastOdd_;
 };
 
