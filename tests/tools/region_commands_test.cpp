@@ -100,6 +100,7 @@ TEST(DistanceCommand, ThresholdsAndMistakes) {
     writeImage(folder / "flat.png", flat(9, 9, 1, 80));
     const std::string call = "distance " + folder / "a.png" + " -o " + folder / "out.png ";
     for (const auto &[options, dark] : std::map<std::string, std::size_t>{{"--to dark --raw --threshold 100", 9},
+                                                                          {"--to dark --raw --threshold 150", 9},
                                                                           {"--to dark --raw --threshold 151", 18},
                                                                           {"--to dark --raw", 18}}) {
         // Reading reduces to 8 bits: what is small becomes 0, so every distance is scaled beyond that.
@@ -187,6 +188,13 @@ TEST(FillCommand, GradientFollowsSlopes) {
     EXPECT_EQ(Fill(folder, "--seed 10,5 --range 3,3 --gradient").output, "area 300 pixels, rectangle 0,0 30x10\n");
     EXPECT_EQ(Fill(folder, "--seed 10,5 --range 2,3 --gradient --neighbours 8").output,
               "area 10 pixels, rectangle 10,0 1x10\n");
+    Image grey(40, 10, 1); // rises to the right: by 3 is not downhill by 3
+    for (int i = 0; i < 400; ++i) {
+        grey.pixels[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(20 + 3 * (i % 40));
+    }
+    writeImage(folder / "a.png", grey);
+    EXPECT_EQ(Fill(folder, "--seed 10,5 --range 0,3 --gradient").output, "area 300 pixels, rectangle 10,0 30x10\n");
+    EXPECT_EQ(Fill(folder, "--seed 10,5 --range 3,0").output, "area 20 pixels, rectangle 9,0 2x10\n");
 }
 
 TEST(FillCommand, MistakesAreRefused) {

@@ -60,8 +60,8 @@ std::vector<float> upright(const Image &grey, RoiSize window) {
 // A turned window hangs from its topmost corner: it reaches `height` pixels to the left of it, `width` to the right and
 // the sum of both down.
 std::vector<float> tilted(const Image &grey, RoiSize window) {
-    const int reach = window.width + window.height, middle = reach / 2;
-    const Image image = padded(grey, middle, middle, reach - middle, reach - middle);
+    const int reach = window.width + window.height, left = (reach + 1) / 2, top = reach / 2;
+    const Image image = padded(grey, left, top, reach - left, reach - top);
     Integrals integrals(image, 2);
     check(rvxiTiltedSqrIntegral_8u32s64f_C1R(image.data(), image.step(), integrals.sum.data(), integrals.sumStep,
                                              integrals.square.data(), integrals.squareStep, image.roi(), 0, 0),
