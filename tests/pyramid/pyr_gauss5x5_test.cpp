@@ -16,11 +16,6 @@ template <class T>
 using Step = StatusCode (*)(const T *, std::int32_t, T *, std::int32_t, RoiSize, std::uint8_t *buffer);
 using Query = StatusCode (*)(std::int32_t, PixelTypeCode, std::int32_t, std::int32_t *);
 
-template <class T>
-constexpr PixelTypeCode typeCode = std::is_same_v<T, float>         ? PixelType32f
-                                   : std::is_same_v<T, std::int8_t> ? PixelType8s
-                                                                    : PixelType8u;
-
 template <class T> struct Member {
     const char *name;
     Step<T> step;
