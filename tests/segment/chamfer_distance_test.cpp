@@ -300,7 +300,7 @@ TEST(ChamferDistance, FloatCostsWithoutMeasure) {
                 const auto want = cheapestPaths(pixels, width, height, maskSize,
                                                 {double(costs[0]), double(costs[1]), double(costs[2])});
                 ASSERT_TRUE(imageIs(distances<float>(src, maskSize, costs), [&](auto x, auto y) {
-                    return limited<float>(want[static_cast<std::size_t>(y * width + x)]);
+                    return limited<float>(want[static_cast<std::size_t>(y * src.width() + x)]);
                 })) << named<float>(maskSize, costs);
             }
         }
