@@ -30,29 +30,31 @@ std::vector<Step> steps(int maskSize) {
     return all;
 }
 
-// The cost of the cheapest path to every pixel, in doubles: exact for integer costs. -1: none leads there. Relaxes
-// every step until nothing changes, in alternating directions of both axes so that this ends soon.
+// The cost of the cheapest path to every pixel, in doubles: exact for integer costs. -1: none leads there.
 std::vector<double> cheapestPaths(const Picture &pixels, std::int64_t width, std::int64_t height, int maskSize,
                                   const std::array<double, 3> &costs) {
     constexpr double never = std::numeric_limits<double>::infinity();
     std::vector<double> cost(pixels.size());
     std::transform(pixels.begin(), pixels.end(), cost.begin(), [](auto p) { return p == 0 ? 0 : never; });
     const std::vector<Step> all = steps(maskSize);
-    bool changed = true;
-    for (int turn = 0; changed || turn % 4 != 0; ++turn) {
-        changed = turn % 4 != 0 && changed;
-        for (std::int64_t i = 0; i < height; ++i) {
-            for (std::int64_t j = 0; j < width; ++j) {
-                const std::int64_t y = turn & 1 ? height - 1 - i : i, x = turn & 2 ? width - 1 - j : j;
-                double &here = cost[static_cast<std::size_t>(y * width + x)];
-                for (const Step &s : all) {
-                    const std::int64_t u = x - s.dx, v = y - s.dy;
-                    if (u >= 0 && u < width && v >= 0 && v < height) {
-                        const double with =
-                            cost[static_cast<std::size_t>(v * width + u)] + costs[static_cast<std::size_t>(s.kind)];
-                        changed |= with < here;
-                        here = std::min(here, with);
-                    }
+    // From every corner in turn, until nothing changes.
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (std::int64_t i = 0; i < 4 * height * width; ++i) {
+            const std::int64_t turn = i / (height * width), at = i % (height * width);
+            const std::int64_t y = turn & 1 ? height - 1 - at / width : at / width;
+            const std::int64_t x = turn & 2 ? width - 1 - at % width : at % width;
+            double &here = cost[static_cast<std::size_t>(y * width + x)];
+            for (const Step &s : all) {
+                const std::int64_t u = x - s.dx, v = y - s.dy;
+                if (u < 0 || u >= width || v < 0 || v >= height) {
+                    continue;
+                }
+                const double with =
+                    cost[static_cast<std::size_t>(v * width + u)] + costs[static_cast<std::size_t>(s.kind)];
+                if (with < here) {
+                    here = with;
+                    changed = true;
                 }
             }
         }
