@@ -9,6 +9,7 @@
 
 #include "filter/tap_chain.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace rvxcv {
@@ -197,7 +198,7 @@ public:
 private:
     const std::int16_t *kernel_;
     int size_;
-    I16x16 fixed_[pairs > 0 ? pairs : 1];
+    I16x16 fixed_[std::max(pairs, 1)];
 };
 
 } // namespace rvxcv
