@@ -1,4 +1,4 @@
-// What a Gaussian filter is set up from: the kernel, the specification record that holds it, and the scratch sizes,
+// What a Gaussian filter is set up from: the kernel, the record that holds it, and the scratch sizes,
 // which are contracts, fixed to the byte.
 #pragma once
 
