@@ -25,9 +25,6 @@ RVX_INLINE I32x8 select(Mask32x8 mask, I32x8 set, I32x8 clear) {
     return {{_mm256_blendv_epi8(clear.v, set.v, _mm256_castps_si256(mask.v))}};
 }
 
-// -1 in the lanes of the mask, 0 in the others.
-RVX_INLINE I32x8 allBits(Mask32x8 mask) { return {{_mm256_castps_si256(mask.v)}}; }
-
 // Bit i tells lane i; only the lanes of the span.
 RVX_INLINE std::uint32_t laneBits(Mask32x8 mask, Full = {}) {
     return static_cast<std::uint32_t>(_mm256_movemask_ps(mask.v));
