@@ -17,8 +17,10 @@
 #include "rvxcv/types.h"
 
 #include "rvxcv/arith.h"
+#include "rvxcv/detect.h"
 #include "rvxcv/feature.h"
 #include "rvxcv/filter.h"
+#include "rvxcv/geometry.h"
 #include "rvxcv/morph.h"
 #include "rvxcv/motion.h"
 #include "rvxcv/pyramid.h"
