@@ -1,4 +1,4 @@
-/* Statistics: integral images and the deviations read from them. */
+/* Statistics: integral images and the deviations read from them; norms, means, deviations and extrema under masks. */
 #ifndef RVXCV_STATS_H
 #define RVXCV_STATS_H
 
@@ -110,6 +110,281 @@ StatusCode rvxiTiltedRectStdDev_32s32f_C1R(const int32_t *sum, int32_t sumStep, 
 StatusCode rvxiTiltedRectStdDev_32s_C1RSfs(const int32_t *sum, int32_t sumStep, const int32_t *sqr, int32_t sqrStep,
                                            int32_t *dst, int32_t dstStep, RoiSize roi, Rect2i rect,
                                            int32_t scaleFactor);
+
+/* ------------------------------------------------------------------------------------------------ Norms under masks */
+
+/* Size of an image, of a difference of two images, or of a difference relative to its second image. A pixel takes part
+ * when its mask byte is not zero; what lies under a zero byte has no effect, a NaN neither. C3C members look at one
+ * channel (1, 2 or 3) of three; the mask has one byte a pixel. With v a selected pixel (its difference src1 - src2):
+ *
+ *     Inf   largest |v|: exact for integers; 32f: m = 0, then m = |v| wherever |v| > m, so NaN is passed over
+ *     L1    sum of |v|: exact in 64 bits for integers and converted once; 32f: lane sum of (double)|v|
+ *     L2    square root of the sum of v * v: exact in 64 bits below 2^32 pixels and converted once; 32f: lane sum of
+ *           the squares, which are exact in double
+ *
+ * 32f differences are rounded to float, those of integers are exact. Among 32f pixels a NaN makes L1 and L2 NaN,
+ * otherwise an infinity makes them infinite. With nothing selected a norm is 0 and the status StatusOk. The two sources
+ * may be the same image.
+ *
+ * Lane sums: sixteen sums start at +0.0; the pixel in column x is added to sum x mod 16, rows from top to bottom. Then
+ * sum i takes sum i + 8 (i < 8), i + 4 (i < 4), i + 2 (i < 2), i + 1 (i < 1), in this order.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height below 1); StatusBadStep
+ * (a step that does not cover its row, all channels counted); StatusStepNotMultiple (a 16u or 32f image's step is not a
+ * multiple of the element size); StatusBadChannel. */
+StatusCode rvxiNorm_Inf_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                double *norm);
+StatusCode rvxiNorm_Inf_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                double *norm);
+StatusCode rvxiNorm_Inf_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                 RoiSize roi, double *norm);
+StatusCode rvxiNorm_Inf_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                 double *norm);
+StatusCode rvxiNorm_Inf_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                 RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNorm_Inf_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                 int32_t channel, double *norm);
+StatusCode rvxiNorm_Inf_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                  RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNorm_Inf_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                  int32_t channel, double *norm);
+StatusCode rvxiNorm_L1_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                               double *norm);
+StatusCode rvxiNorm_L1_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                               double *norm);
+StatusCode rvxiNorm_L1_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                RoiSize roi, double *norm);
+StatusCode rvxiNorm_L1_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                double *norm);
+StatusCode rvxiNorm_L1_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                int32_t channel, double *norm);
+StatusCode rvxiNorm_L1_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                int32_t channel, double *norm);
+StatusCode rvxiNorm_L1_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                 RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNorm_L1_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                 int32_t channel, double *norm);
+StatusCode rvxiNorm_L2_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                               double *norm);
+StatusCode rvxiNorm_L2_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                               double *norm);
+StatusCode rvxiNorm_L2_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                RoiSize roi, double *norm);
+StatusCode rvxiNorm_L2_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                double *norm);
+StatusCode rvxiNorm_L2_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                int32_t channel, double *norm);
+StatusCode rvxiNorm_L2_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                int32_t channel, double *norm);
+StatusCode rvxiNorm_L2_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                 RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNorm_L2_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                                 int32_t channel, double *norm);
+
+/* Of the difference src1 - src2. */
+StatusCode rvxiNormDiff_Inf_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_Inf_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_Inf_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_Inf_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_Inf_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_Inf_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_Inf_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                      const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel,
+                                      double *norm);
+StatusCode rvxiNormDiff_Inf_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                      const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel,
+                                      double *norm);
+StatusCode rvxiNormDiff_L1_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L1_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L1_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L1_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L1_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L1_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L1_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L1_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L2_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L2_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L2_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L2_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormDiff_L2_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L2_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L2_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormDiff_L2_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+
+/* NormDiff(src1, src2) / Norm(src2), a division of doubles. 0 / 0 is 0: equal images, or nothing selected. */
+StatusCode rvxiNormRel_Inf_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_Inf_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_Inf_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_Inf_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_Inf_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_Inf_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_Inf_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_Inf_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L1_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                  const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L1_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                  const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L1_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L1_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L1_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L1_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L1_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L1_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L2_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                  const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L2_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                  const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L2_16u_C1MR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L2_32f_C1MR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
+StatusCode rvxiNormRel_L2_8u_C3CMR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L2_8s_C3CMR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
+                                   const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L2_16u_C3CMR(const uint16_t *src1, int32_t src1Step, const uint16_t *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+StatusCode rvxiNormRel_L2_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
+                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+
+/* ------------------------------------------------------------------------------------------ Means, deviations, extrema
+ */
+
+/* Mean and standard deviation (of the population: divided by n) of the n selected pixels; without a mask, of all. With
+ * nothing selected everything is 0 and the status StatusOk. Masks, channels, lane sums and status codes as for norms.
+ *
+ * Integers: S and Q are the exact sums of v and v * v (64 bits; Q below 2^32 pixels).
+ *
+ *     mean = S / n,  stdDev = sqrt(V) / n,  V = n * Q - S * S exactly, in 128 bits, converted once
+ *
+ * 32f: p is the first selected pixel, from the top left row by row, and d = (double)v - (double)p. D is the lane sum of
+ * d; the lanes of E take fma(d, d, lane) and are joined like a lane sum.
+ *
+ *     q = D / n,  mean = p + q,  var = (E - D * q) / n, a negative one becomes 0,  stdDev = sqrt(var)
+ *
+ * Every operation rounds in double. NaN and infinity go through the formulas. Mean and Mean_StdDev give the same mean,
+ * to the bit. The relative error of var is below n * (n + 16) * 2^-54, and near 2^-50 on pictures. */
+StatusCode rvxiMean_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                            double *mean);
+StatusCode rvxiMean_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                            double *mean);
+StatusCode rvxiMean_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                             double *mean);
+StatusCode rvxiMean_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                             double *mean);
+StatusCode rvxiMean_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                             int32_t channel, double *mean);
+StatusCode rvxiMean_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                             int32_t channel, double *mean);
+StatusCode rvxiMean_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                              int32_t channel, double *mean);
+StatusCode rvxiMean_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
+                              int32_t channel, double *mean);
+StatusCode rvxiMean_StdDev_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_8s_C1R(const int8_t *src, int32_t srcStep, RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_16u_C1R(const uint16_t *src, int32_t srcStep, RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_32f_C1R(const float *src, int32_t srcStep, RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_8u_C3CR(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *mean,
+                                   double *stdDev);
+StatusCode rvxiMean_StdDev_8s_C3CR(const int8_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *mean,
+                                   double *stdDev);
+StatusCode rvxiMean_StdDev_16u_C3CR(const uint16_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *mean,
+                                    double *stdDev);
+StatusCode rvxiMean_StdDev_32f_C3CR(const float *src, int32_t srcStep, RoiSize roi, int32_t channel, double *mean,
+                                    double *stdDev);
+StatusCode rvxiMean_StdDev_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, int32_t channel, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, int32_t channel, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                     RoiSize roi, int32_t channel, double *mean, double *stdDev);
+StatusCode rvxiMean_StdDev_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                     RoiSize roi, int32_t channel, double *mean, double *stdDev);
+
+/* The smallest and the largest selected pixel and their positions (x, y), x counting pixels: of equal ones the first,
+ * from the top left row by row. -0.0 and +0.0 are equal: the value is that of the first one. NaN is passed over. With
+ * nothing selected, or nothing but NaN, both values are 0.0, both positions (-1, -1) and the status StatusOk. Masks,
+ * channels and status codes as for norms. */
+StatusCode rvxiMinMaxIndx_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
+                                 Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8s_C1R(const int8_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
+                                 Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_16u_C1R(const uint16_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
+                                  Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_32f_C1R(const float *src, int32_t srcStep, RoiSize roi, double *min, double *max,
+                                  Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                  RoiSize roi, double *min, double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                  RoiSize roi, double *min, double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_16u_C1MR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, double *min, double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, double *min, double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8u_C3CR(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *min,
+                                  double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8s_C3CR(const int8_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *min,
+                                  double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_16u_C3CR(const uint16_t *src, int32_t srcStep, RoiSize roi, int32_t channel, double *min,
+                                   double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_32f_C3CR(const float *src, int32_t srcStep, RoiSize roi, int32_t channel, double *min,
+                                   double *max, Point2i *minIndex, Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8u_C3CMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, int32_t channel, double *min, double *max, Point2i *minIndex,
+                                   Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_8s_C3CMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                   RoiSize roi, int32_t channel, double *min, double *max, Point2i *minIndex,
+                                   Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, int32_t channel, double *min, double *max, Point2i *minIndex,
+                                    Point2i *maxIndex);
+StatusCode rvxiMinMaxIndx_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
+                                    RoiSize roi, int32_t channel, double *min, double *max, Point2i *minIndex,
+                                    Point2i *maxIndex);
 
 #ifdef __cplusplus
 }

@@ -19,6 +19,7 @@
 namespace rvxcv {
 
 template <class V> struct ThreeChannels { V c0, c1, c2; };
+template <class V> struct ThreeVectors { V first, second, third; };
 
 namespace detail {
 
@@ -68,6 +69,26 @@ template <int channel, class V> RVX_INLINE V collectChannel(V r0, V r1, V r2) {
     }
 }
 
+// Elements 0, 3, 6 ... of each half, from where its first one lies on: three registers, the last one moved back to end
+// with the last element. Elements of two bytes lie apart by seven each time and so in eight different places.
+template <class V, int... i>
+RVX_INLINE V collectEveryThird(const typename V::Element *low, const typename V::Element *high,
+                               std::integer_sequence<int, i...>) {
+    constexpr int n = halfLanes<V>;
+    if constexpr (n == 8) {
+        const V r0 = loadHalves<V>(low, high), r1 = loadHalves<V>(low + n - 1, high + n - 1),
+                r2 = loadHalves<V>(low + 2 * n - 2, high + 2 * n - 2);
+        return reorderedInHalves<3 * i % (n - 1) + (3 * i == 3 * (n - 1) ? n - 1 : 0)...>(
+            mixedInHalves<0x92>(mixedInHalves<0x24>(r0, r1), r2));
+    } else {
+        const V r0 = loadHalves<V>(low, high), r1 = loadHalves<V>(low + n, high + n),
+                r2 = loadHalves<V>(low + 2 * n - 2, high + 2 * n - 2);
+        return bitsOfAny(reorderedInHalves<(3 * i < n ? 3 * i : -1)...>(r0),
+                         reorderedInHalves<(3 * i >= n && 3 * i < 2 * n ? 3 * i - n : -1)...>(r1),
+                         reorderedInHalves<(3 * i >= 2 * n ? 3 * i - 2 * n + 2 : -1)...>(r2));
+    }
+}
+
 template <class V> RVX_INLINE void spreadChannels(V c0, V c1, V c2, V *r0, V *r1, V *r2) {
     constexpr std::make_integer_sequence<int, halfLanes<V>> lanes;
     if constexpr (sizeof(typename V::Element) == 1) {
@@ -91,8 +112,6 @@ template <class V> RVX_INLINE ThreeChannels<V> separated(V first, V second, V th
             detail::collectChannel<2>(r0, r1, r2)};
 }
 
-template <class V> struct ThreeVectors { V first, second, third; };
-
 template <class V> RVX_INLINE ThreeVectors<V> interleaved(const ThreeChannels<V> &a) {
     V r0, r1, r2;
     detail::spreadChannels(a.c0, a.c1, a.c2, &r0, &r1, &r2);
@@ -105,24 +124,55 @@ template <class V> RVX_INLINE ThreeChannels<V> loadChannels(const typename V::El
     return separated(load<V>(p), load<V>(p + V::lanes), load<V>(p + 2 * V::lanes));
 }
 
-template <class V> RVX_INLINE ThreeChannels<V> loadChannels(const typename V::Element *p, Part part) {
+namespace detail {
+// The first elements of three vectors, from one on and less than all; zero behind them.
+template <class V> RVX_INLINE ThreeVectors<V> loadElements(const typename V::Element *p, int elements) {
     // Whole vectors first; only the last one is partial.
-    const int elements = 3 * part.n, whole = elements / V::lanes, rest = elements % V::lanes;
-    const V zero = detail::fromRaw<V>(_mm256_setzero_si256());
+    const int whole = elements / V::lanes, rest = elements % V::lanes;
+    const V zero = fromRaw<V>(_mm256_setzero_si256());
     const V last = rest != 0 ? load<V>(p + whole * V::lanes, Part{rest}) : zero;
-    V v[3] = {last, zero, zero};
+    ThreeVectors<V> v{last, zero, zero};
     if (whole >= 1) {
-        v[0] = load<V>(p);
-        v[1] = last;
+        v.first = load<V>(p);
+        v.second = last;
     }
     if (whole >= 2) {
-        v[1] = load<V>(p + V::lanes);
-        v[2] = last;
+        v.second = load<V>(p + V::lanes);
+        v.third = last;
     }
-    if (whole >= 3) {
-        v[2] = load<V>(p + 2 * V::lanes);
+    return v;
+}
+} // namespace detail
+
+template <class V> RVX_INLINE ThreeChannels<V> loadChannels(const typename V::Element *p, Part part) {
+    if (part.n == V::lanes) {
+        return loadChannels<V>(p);
     }
-    return separated(v[0], v[1], v[2]);
+    const ThreeVectors<V> v = detail::loadElements<V>(p, 3 * part.n);
+    return separated(v.first, v.second, v.third);
+}
+
+// One channel alone, of the pixels of the span. p points to that channel of the first pixel, and nothing behind the
+// same channel of the last one is read: of three vectors two elements less.
+template <class V> RVX_INLINE V loadChannel(const typename V::Element *p, Full = {}) {
+    constexpr int n = V::lanes;
+    if constexpr (std::is_same_v<V, F32x8>) {
+        // The same with whole vectors of eight.
+        static constexpr std::int32_t places[] = {0, 3, 6, 2, 5, 1, 4, 7};
+        const V mixed = blended<0x92>(blended<0x24>(load<V>(p), load<V>(p + n - 1)), load<V>(p + 2 * n - 2));
+        return permuted(mixed, load<I32x8>(places));
+    } else {
+        constexpr int half = n / 2;
+        return detail::collectEveryThird<V>(p, p + 3 * half, std::make_integer_sequence<int, half>{});
+    }
+}
+
+template <class V> RVX_INLINE V loadChannel(const typename V::Element *p, Part part) {
+    if (part.n == V::lanes) {
+        return loadChannel<V>(p);
+    }
+    const ThreeVectors<V> v = detail::loadElements<V>(p, 3 * part.n - 2);
+    return separated(v.first, v.second, v.third).c0;
 }
 
 // The pixels of the span to p on; nothing else is written.

@@ -11,3 +11,4 @@
 #include "kernel/vec/double.h"
 #include "kernel/vec/lanes.h"
 #include "kernel/vec/memory.h"
+#include "kernel/vec/sums.h"

@@ -85,12 +85,17 @@ RVX_INLINE U8x32 subSaturated(U8x32 a, U8x32 b) { return {{_mm256_subs_epu8(a.v,
 RVX_INLINE U8x32 min(U8x32 a, U8x32 b) { return {{_mm256_min_epu8(a.v, b.v)}}; }
 RVX_INLINE U8x32 max(U8x32 a, U8x32 b) { return {{_mm256_max_epu8(a.v, b.v)}}; }
 
+// Of -128, too: 128.
+RVX_INLINE U8x32 abs(I8x32 a) { return {{_mm256_abs_epi8(a.v)}}; }
 // |a - b|: one of the two saturated differences is zero.
 RVX_INLINE U8x32 absDiff(U8x32 a, U8x32 b) {
     return {{_mm256_or_si256(_mm256_subs_epu8(a.v, b.v), _mm256_subs_epu8(b.v, a.v))}};
 }
 RVX_INLINE U16x16 absDiff(U16x16 a, U16x16 b) {
     return {{_mm256_or_si256(_mm256_subs_epu16(a.v, b.v), _mm256_subs_epu16(b.v, a.v))}};
+}
+RVX_INLINE U8x32 absDiff(I8x32 a, I8x32 b) {
+    return {{_mm256_sub_epi8(_mm256_max_epi8(a.v, b.v), _mm256_min_epi8(a.v, b.v))}};
 }
 RVX_INLINE F32x8 absDiff(F32x8 a, F32x8 b) { return abs(sub(a, b)); }
 
