@@ -13,6 +13,17 @@ struct F32x16 {
     static constexpr int lanes = 16;
     F32x8 low, high;
 };
+// The same, still in memory: what widens them to doubles loads them on the way, which spares the shuffles.
+struct F32x16At {
+    const float *p;
+
+    RVX_INLINE operator F32x16() const { return {load<F32x8>(p), load<F32x8>(p + 8)}; }
+};
+
+RVX_INLINE F64x8 lowToF64(F32x16 a) { return toF64(a.low); }
+RVX_INLINE F64x8 highToF64(F32x16 a) { return toF64(a.high); }
+RVX_INLINE F64x8 lowToF64(F32x16At a) { return loadF64(a.p); }
+RVX_INLINE F64x8 highToF64(F32x16At a) { return loadF64(a.p + 8); }
 
 class LaneSum {
 public:

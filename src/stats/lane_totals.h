@@ -65,15 +65,16 @@ private:
 // 2^30. The sum of two squares w^2 reaches 2^31 and counts as unsigned. What a lane without a pixel adds comes to
 // nothing.
 template <bool first, bool second> struct Sums<U16x16, first, second> {
-    I32x8 lanes{};
-    I64x4 squareLanes{};
+    I32x8 lanes{}, squareLanes{}, upperLanes{};
     std::uint64_t values = 0, squares = 0;
 
     RVX_INLINE void add(U16x16 a) {
         const I16x16 w{{bitXor(a, splat(std::uint16_t{0x8000})).v}};
         lanes = rvxcv::add(lanes, mulAddPairs(w, splat(std::int16_t{1})));
         if constexpr (second) {
-            squareLanes = rvxcv::add(squareLanes, pairSumsUnsigned(mulAddPairs(w, w)));
+            const I32x8 pair = mulAddPairs(w, w);
+            squareLanes = rvxcv::add(squareLanes, pair);
+            upperLanes = rvxcv::add(upperLanes, shiftRightLogical<16>(pair));
         }
     }
     RVX_INLINE void flush(std::int64_t blocks) {
@@ -82,8 +83,10 @@ template <bool first, bool second> struct Sums<U16x16, first, second> {
         values += linear + (count << 15);
         lanes = I32x8{};
         if constexpr (second) {
-            squares += static_cast<std::uint64_t>(total(squareLanes)) + (linear << 16) + (count << 30);
-            squareLanes = decltype(squareLanes){};
+            const I32x8 lower = sub(squareLanes, shiftLeft<16>(upperLanes));
+            squares += static_cast<std::uint64_t>(total(pairSumsUnsigned(lower))) + (linear << 16) + (count << 30) +
+                       (static_cast<std::uint64_t>(total(pairSumsUnsigned(upperLanes))) << 16);
+            squareLanes = upperLanes = I32x8{};
         }
     }
     RVX_INLINE std::uint64_t sum() const { return values; }
@@ -93,7 +96,7 @@ template <bool first, bool second> struct Sums<U16x16, first, second> {
 template <bool first, bool second> struct Sums<F32x16, first, second> {
     LaneSum lanes, squareLanes;
 
-    RVX_INLINE void add(F32x16 a) { add(toF64(a.low), toF64(a.high)); }
+    template <class B> RVX_INLINE void add(B a) { add(lowToF64(a), highToF64(a)); }
     RVX_INLINE void add(F64x8 low, F64x8 high) {
         if constexpr (first) {
             lanes.add(low, high);

@@ -69,14 +69,14 @@ template <Layout layout, bool deviation> struct PivotSums {
     Selected<float> selection;
     std::int64_t blocks = 0;
 
-    RVX_INLINE F32x16 orPivot(F32x16 a, Nothing) const { return a; }
+    template <class B> RVX_INLINE B orPivot(B a, Nothing) const { return a; }
     RVX_INLINE F32x16 orPivot(F32x16 a, Mask32x16 out) const {
         return {select(out.low, splat(pivot), a.low), select(out.high, splat(pivot), a.high)};
     }
-    template <class O> RVX_INLINE void add(F32x16 a, F32x16, O out) {
-        const F32x16 v = orPivot(a, out);
+    template <class B, class O> RVX_INLINE void add(B a, B, O out) {
+        const auto v = orPivot(a, out);
         const F64x8 p = splatEight(pivot);
-        sums.add(sub(toF64(v.low), p), sub(toF64(v.high), p));
+        sums.add(sub(lowToF64(v), p), sub(highToF64(v), p));
         if constexpr (layout.masked) {
             selection.add(out);
         }

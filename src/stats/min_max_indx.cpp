@@ -125,7 +125,8 @@ struct Found {
 // The lanes of a block that are equal to a value, as bits.
 template <Layout layout, class T, class Span>
 RVX_INLINE std::uint32_t matches(const T *row, const std::uint8_t *mask, std::int64_t x, Span span, Ordered<T> value) {
-    const Ordered<T> pixels = ordered(loadBlock<layout>(row, x, span));
+    const Block<T> block = loadBlock<layout>(row, x, span);
+    const Ordered<T> pixels = ordered(block);
     const auto out = lanesOut<layout, T>(mask, x, span);
     const std::uint32_t same = sameLanes(pixels, value);
     if constexpr (std::is_same_v<decltype(out), const Nothing>) {

@@ -10,19 +10,33 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------------ magnitudes
 
-RVX_INLINE U8x32 magnitude(U8x32 a) { return a; }
+// Of integers, so that signed and unsigned ones are the same from here on. Floats keep their signs, which only some
+// norms have to take away.
+template <class V> RVX_INLINE V magnitude(V a) { return a; }
 RVX_INLINE U8x32 magnitude(I8x32 a) { return abs(a); }
-RVX_INLINE U16x16 magnitude(U16x16 a) { return a; }
-RVX_INLINE F32x16 magnitude(F32x16 a) { return {abs(a.low), abs(a.high)}; }
 
-RVX_INLINE F32x16 absDiff(F32x16 a, F32x16 b) { return {rvxcv::absDiff(a.low, b.low), rvxcv::absDiff(a.high, b.high)}; }
+template <class V> RVX_INLINE auto difference(V a, V b) { return absDiff(a, b); }
+RVX_INLINE F32x16 difference(F32x16 a, F32x16 b) { return {sub(a.low, b.low), sub(a.high, b.high)}; }
+RVX_INLINE F32x16 difference(F32x16At a, F32x16At b) {
+    const F32x16 first = a, second = b;
+    return difference(first, second);
+}
+
+RVX_INLINE F32x16 abs(F32x16 a) { return {rvxcv::abs(a.low), rvxcv::abs(a.high)}; }
 
 // ----------------------------------------------------------------------------------------------------------- norms
 
 template <class V> struct Inf : Largest<V> {};
+template <> struct Inf<F32x16> : Largest<F32x16> {
+    RVX_INLINE void add(F32x16 a) { Largest<F32x16>::add(abs(a)); }
+};
 
 template <class V> struct L1 : Sums<V, true, false> {
     double value() const { return static_cast<double>(this->sum()); }
+};
+template <> struct L1<F32x16> : Sums<F32x16, true, false> {
+    template <class B> RVX_INLINE void add(B a) { Sums::add(rvxcv::abs(lowToF64(a)), rvxcv::abs(highToF64(a))); }
+    double value() const { return sum(); }
 };
 
 template <class V> struct L2 : Sums<V, false, true> {
@@ -35,7 +49,7 @@ template <class T, template <class> class Norm> struct NormOf {
     static constexpr int sources = 1;
     Norm<Magnitudes<T>> norm;
 
-    template <class O> RVX_INLINE void add(Block<T> a, Block<T>, O out) { norm.add(selected(magnitude(a), out)); }
+    template <class B, class O> RVX_INLINE void add(B a, B, O out) { norm.add(selected(magnitude(a), out)); }
     RVX_INLINE void flush(std::int64_t blocks) { norm.flush(blocks); }
     double value() const { return norm.value(); }
 };
@@ -44,25 +58,25 @@ template <class T, template <class> class Norm> struct NormOfDifference {
     static constexpr int sources = 2;
     Norm<Magnitudes<T>> norm;
 
-    template <class O> RVX_INLINE void add(Block<T> a, Block<T> b, O out) { norm.add(selected(absDiff(a, b), out)); }
+    template <class B, class O> RVX_INLINE void add(B a, B b, O out) { norm.add(selected(difference(a, b), out)); }
     RVX_INLINE void flush(std::int64_t blocks) { norm.flush(blocks); }
     double value() const { return norm.value(); }
 };
 
 template <class T, template <class> class Norm> struct NormRelative {
     static constexpr int sources = 2;
-    Norm<Magnitudes<T>> difference, reference;
+    Norm<Magnitudes<T>> differences, reference;
 
-    template <class O> RVX_INLINE void add(Block<T> a, Block<T> b, O out) {
-        difference.add(selected(absDiff(a, b), out));
+    template <class B, class O> RVX_INLINE void add(B a, B b, O out) {
+        differences.add(selected(difference(a, b), out));
         reference.add(selected(magnitude(b), out));
     }
     RVX_INLINE void flush(std::int64_t blocks) {
-        difference.flush(blocks);
+        differences.flush(blocks);
         reference.flush(blocks);
     }
     double value() const {
-        const double d = difference.value(), r = reference.value();
+        const double d = differences.value(), r = reference.value();
         return d == 0 && r == 0 ? 0 : d / r;
     }
 };

@@ -45,6 +45,8 @@ RVX_INLINE I32x8 add(I32x8 a, I32x8 b) { return {{_mm256_add_epi32(a.v, b.v)}}; 
 RVX_INLINE I32x8 sub(I32x8 a, I32x8 b) { return {{_mm256_sub_epi32(a.v, b.v)}}; }
 RVX_INLINE I32x8 mulLow(I32x8 a, I32x8 b) { return {{_mm256_mullo_epi32(a.v, b.v)}}; }
 template <int bits> RVX_INLINE I32x8 shiftRight(I32x8 a) { return {{_mm256_srai_epi32(a.v, bits)}}; }
+template <int bits> RVX_INLINE I32x8 shiftRightLogical(I32x8 a) { return {{_mm256_srli_epi32(a.v, bits)}}; }
+template <int bits> RVX_INLINE I32x8 shiftLeft(I32x8 a) { return {{_mm256_slli_epi32(a.v, bits)}}; }
 RVX_INLINE I32x8 abs(I32x8 a) { return {{_mm256_abs_epi32(a.v)}}; }
 RVX_INLINE I32x8 min(I32x8 a, I32x8 b) { return {{_mm256_min_epi32(a.v, b.v)}}; }
 RVX_INLINE I32x8 max(I32x8 a, I32x8 b) { return {{_mm256_max_epi32(a.v, b.v)}}; }

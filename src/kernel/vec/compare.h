@@ -57,6 +57,10 @@ RVX_INLINE std::uint32_t laneBits(U16x16 mask) {
     const __m128i bytes = _mm_packs_epi16(_mm256_castsi256_si128(mask.v), _mm256_extracti128_si256(mask.v, 1));
     return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes));
 }
+// The bytes of half a vector that are zero, as bits.
+RVX_INLINE std::uint32_t zeroBytes(U8x16 a) {
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_setzero_si128())));
+}
 // Lanes with low <= a <= high, where low <= high; of floats with any bounds, and never for a NaN.
 RVX_INLINE U8x32 inRange(U8x32 a, U8x32 low, U8x32 high) { return equal(min(max(a, low), high), a); }
 RVX_INLINE U16x16 inRange(U16x16 a, U16x16 low, U16x16 high) {

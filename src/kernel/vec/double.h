@@ -37,6 +37,14 @@ RVX_INLINE F64x4 lowToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_castsi256
 RVX_INLINE F64x4 highToF64(I32x8 a) { return {_mm256_cvtepi32_pd(_mm256_extracti128_si256(a.v, 1))}; }
 RVX_INLINE F64x8 toF64(I32x8 a) { return {lowToF64(a), highToF64(a)}; }
 RVX_INLINE F64x8 toF64(F32x8 a) { return {widenLow(a), widenHigh(a)}; }
+// Eight floats in memory as doubles.
+RVX_INLINE F64x8 loadF64(const float *p) {
+    return {{_mm256_cvtps_pd(_mm_loadu_ps(p))}, {_mm256_cvtps_pd(_mm_loadu_ps(p + 4))}};
+}
+RVX_INLINE F64x8 abs(F64x8 a) {
+    const __m256d sign = _mm256_set1_pd(-0.0);
+    return {{_mm256_andnot_pd(sign, a.low.v)}, {_mm256_andnot_pd(sign, a.high.v)}};
+}
 // Rounded to nearest even.
 RVX_INLINE F32x8 toF32(F64x8 a) { return {_mm256_set_m128(_mm256_cvtpd_ps(a.high.v), _mm256_cvtpd_ps(a.low.v))}; }
 // Toward zero; what does not fit, and NaN, gives the smallest integer.
