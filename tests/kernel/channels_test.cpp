@@ -29,6 +29,16 @@ template <class V> void checkSpan(int n, Guard guard, auto span) {
     storeChannels(dst.data(), channels, span);
     ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return src.at(x, y); }));
 
+    // One channel alone, of an image that ends with its last element.
+    GuardedImage<T> alone(3 * n - 2, 1, {.guard = guard});
+    for (int e = 0; e < 3 * n - 2; ++e) {
+        alone.set(e, 0, src.at(e, 0));
+    }
+    store(lanes[1], loadChannel<V>(alone.data(), span));
+    for (int x = 0; x < V::lanes; ++x) {
+        ASSERT_EQ(lanes[1][x], x < n ? src.at(3 * x, 0) : T{}) << "one channel, pixel " << x << " of " << n;
+    }
+
     // In the middle of other data: nothing before or behind the span changes.
     GuardedImage<T> longer(3 * V::lanes + 6, 1);
     for (int e = 0; e < longer.width(); ++e) {
