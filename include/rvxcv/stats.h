@@ -233,7 +233,8 @@ StatusCode rvxiNormDiff_L2_16u_C3CMR(const uint16_t *src1, int32_t src1Step, con
 StatusCode rvxiNormDiff_L2_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
                                      const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
 
-/* NormDiff(src1, src2) / Norm(src2), a division of doubles. 0 / 0 is 0: equal images, or nothing selected. */
+/* NormDiff(src1, src2) / Norm(src2), a division of doubles. 0 / 0 is 0: equal images, or nothing selected. Any other
+ * difference from an image of norm 0 is infinite, or NaN where the difference is. */
 StatusCode rvxiNormRel_Inf_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
 StatusCode rvxiNormRel_Inf_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
