@@ -81,10 +81,11 @@ template <class T, template <class> class Norm> struct NormRelative {
     }
 };
 
-template <class Statistic, Layout layout, class T> StatusCode norm(const MaskedImage<T> &image, double *result) {
+template <Layout layout, template <class, template <class> class> class Statistic, template <class> class Norm, class T>
+StatusCode norm(const MaskedImage<T> &image, double *result) {
     const StatusCode status = checkMasked<layout>(image, result);
     if (status == StatusOk) {
-        *result = measure<layout>(image, Statistic{}).value();
+        *result = measure<layout>(image, Statistic<T, Norm>{}).value();
     }
     return status;
 }
@@ -97,25 +98,24 @@ using namespace rvxcv;
 // Members: the name, what is measured, the norm, the pixel type.
 #define NORM_C1(NAME, STATISTIC, NORM, T)                                                                              \
     StatusCode NAME(const T *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm) { \
-        return rvxcv::norm<STATISTIC<T, NORM>, C1MR, T>({src, srcStep, src, srcStep, mask, maskStep, roi, 1}, norm);   \
+        return rvxcv::norm<C1MR, STATISTIC, NORM, T>({src, srcStep, src, srcStep, mask, maskStep, roi, 1}, norm);      \
     }
 #define NORM_C3(NAME, STATISTIC, NORM, T)                                                                              \
     StatusCode NAME(const T *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,                 \
                     int32_t channel, double *norm) {                                                                   \
-        return rvxcv::norm<STATISTIC<T, NORM>, C3CMR, T>({src, srcStep, src, srcStep, mask, maskStep, roi, channel},   \
-                                                         norm);                                                        \
+        return rvxcv::norm<C3CMR, STATISTIC, NORM, T>({src, srcStep, src, srcStep, mask, maskStep, roi, channel},      \
+                                                      norm);                                                           \
     }
 #define NORM_OF_TWO_C1(NAME, STATISTIC, NORM, T)                                                                       \
     StatusCode NAME(const T *src1, int32_t src1Step, const T *src2, int32_t src2Step, const uint8_t *mask,             \
                     int32_t maskStep, RoiSize roi, double *norm) {                                                     \
-        return rvxcv::norm<STATISTIC<T, NORM>, C1MR, T>({src1, src1Step, src2, src2Step, mask, maskStep, roi, 1},      \
-                                                        norm);                                                         \
+        return rvxcv::norm<C1MR, STATISTIC, NORM, T>({src1, src1Step, src2, src2Step, mask, maskStep, roi, 1}, norm);  \
     }
 #define NORM_OF_TWO_C3(NAME, STATISTIC, NORM, T)                                                                       \
     StatusCode NAME(const T *src1, int32_t src1Step, const T *src2, int32_t src2Step, const uint8_t *mask,             \
                     int32_t maskStep, RoiSize roi, int32_t channel, double *norm) {                                    \
-        return rvxcv::norm<STATISTIC<T, NORM>, C3CMR, T>(                                                              \
-            {src1, src1Step, src2, src2Step, mask, maskStep, roi, channel}, norm);                                     \
+        return rvxcv::norm<C3CMR, STATISTIC, NORM, T>({src1, src1Step, src2, src2Step, mask, maskStep, roi, channel},  \
+                                                      norm);                                                           \
     }
 
 NORM_C1(rvxiNorm_Inf_8u_C1MR, NormOf, Inf, uint8_t)
