@@ -9,6 +9,7 @@
 #include "kernel/vec/compare.h"
 #include "kernel/vec/convert.h"
 #include "kernel/vec/double.h"
+#include "kernel/vec/gather.h"
 #include "kernel/vec/lanes.h"
 #include "kernel/vec/memory.h"
 #include "kernel/vec/sums.h"

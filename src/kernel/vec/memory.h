@@ -210,6 +210,15 @@ template <class V> RVX_INLINE void storeStreamed(typename V::Element *p, V a) {
         store(p, a);
     }
 }
+// Where the address is known to be a multiple of 16.
+template <class V> RVX_INLINE void storeStreamedHalves(typename V::Element *p, V a) {
+    if ((reinterpret_cast<std::uintptr_t>(p) & 16) == 0) {
+        _mm256_stream_si256(reinterpret_cast<__m256i *>(p), detail::raw(a));
+    } else {
+        _mm_stream_si128(reinterpret_cast<__m128i *>(p), _mm256_castsi256_si128(detail::raw(a)));
+        _mm_stream_si128(reinterpret_cast<__m128i *>(p) + 1, _mm256_extracti128_si256(detail::raw(a), 1));
+    }
+}
 RVX_INLINE void endStreaming() { _mm_sfence(); }
 
 // A hint that never faults, whatever the address.
