@@ -17,8 +17,6 @@
 
 namespace rvxcv {
 
-template <int channels> struct SampledPairs { F32x8 left[channels], right[channels]; };
-
 namespace detail {
 
 // One axis of an image: where samples lie inside, and the last pixel that has a neighbour (0 when there is only one).
@@ -39,16 +37,6 @@ struct SampledAxis {
 };
 
 } // namespace detail
-
-// Joins neighbours a part of the way from the first to the second. Integers are exact at both ends by themselves.
-template <class T> RVX_INLINE F32x8 joinedSamples(F32x8 part, F32x8 first, F32x8 second) {
-    const F32x8 value = fma(part, sub(second, first), first);
-    if constexpr (std::is_floating_point_v<T>) {
-        return select(equal(part, splat(0.0f)), first, select(equal(part, splat(1.0f)), second, value));
-    } else {
-        return value;
-    }
-}
 
 template <class T, int channels> class SampledImage {
 public:
@@ -75,99 +63,130 @@ public:
         y = keep(inside, y);
         const I32x8 column = min(truncate(x), columns_.lastPair), row = min(truncate(y), rows_.lastPair);
         const F32x8 a = sub(x, toF32(column)), b = sub(y, toF32(row));
-        SampledPairs<channels> upper, lower;
-        pairs<Places>(row, column, size_.height > 1 ? plane_.step : 0, upper, lower);
-        for (int c = 0; c < channels; ++c) {
-            value[c] = keep(inside, joinedSamples<T>(b, joinedSamples<T>(a, upper.left[c], upper.right[c]),
-                                                     joinedSamples<T>(a, lower.left[c], lower.right[c])));
+        Pairs upper, lower;
+        if constexpr (std::is_void_v<Places>) {
+            onePixelEach(row, column, upper, lower);
+        } else {
+            gathered<Places>(row, column, upper, lower);
+        }
+        // Samples on a row or a column of pixels are rare, but for a lens that leaves everything where it is.
+        if (!std::is_floating_point_v<T> || laneBits(both(inside, either(atEnd(a), atEnd(b)))) == 0) {
+            join<false>(inside, a, b, upper, lower, value);
+        } else {
+            join<true>(inside, a, b, upper, lower, value);
         }
     }
 
 private:
-    static constexpr std::int64_t pixelBytes = channels * static_cast<std::int64_t>(sizeof(T));
+    static constexpr int pixelBytes = channels * static_cast<int>(sizeof(T));
+    static constexpr int wordCount = (2 * pixelBytes + 3) / 4;
 
-    // The pixels at eight places and their right neighbours, in the places' rows and in those `below` bytes further.
-    template <class Places>
-    RVX_INLINE void pairs(I32x8 row, I32x8 column, std::int64_t below, SampledPairs<channels> &upper,
-                          SampledPairs<channels> &lower) const {
-        if constexpr (std::is_void_v<Places>) {
-            onePixelEach(row, column, below, upper, lower);
-        } else if constexpr (sizeof(T) == 1) {
-            // More bytes are read than a pair has; in the last columns those before it.
-            const I32x8 bytes = mulLow(column, splat(std::int32_t{channels}));
-            const I32x8 from = min(bytes, splat(size_.width * channels - (channels == 1 ? 4 : 8)));
-            const I32x8 skip = mulLow(sub(bytes, from), splat(8));
-            const Places places(row, plane_.step, from);
-            bytePairs(places, plane_.base, skip, upper);
-            bytePairs(places, byteOffset(plane_.base, below), skip, lower);
+    struct Pairs {
+        F32x8 left[channels], right[channels];
+    };
+    // The same as they lie in memory, four bytes to a word; bytes behind the pairs are of no use.
+    struct Words {
+        I32x8 word[wordCount];
+    };
+
+    // Neighbours joined a part of the way from the first to the second. Both ends are what they are: integers by
+    // themselves, floats where they are looked at.
+    static RVX_INLINE Mask32x8 atEnd(F32x8 part) { return either(equal(part, splat(0.0f)), equal(part, splat(1.0f))); }
+    template <bool ends> static RVX_INLINE F32x8 joined(F32x8 part, F32x8 first, F32x8 second) {
+        const F32x8 value = fma(part, sub(second, first), first);
+        if constexpr (ends) {
+            return select(equal(part, splat(0.0f)), first, select(equal(part, splat(1.0f)), second, value));
         } else {
-            const Places places(row, plane_.step, mulLow(column, splat(static_cast<std::int32_t>(pixelBytes))));
-            wordPairs(places, plane_.base, upper);
-            wordPairs(places, byteOffset(plane_.base, below), lower);
+            return value;
+        }
+    }
+    template <bool ends>
+    static RVX_INLINE void join(Mask32x8 inside, F32x8 a, F32x8 b, const Pairs &upper, const Pairs &lower,
+                                F32x8 (&value)[channels]) {
+        for (int c = 0; c < channels; ++c) {
+            const F32x8 above = joined<ends>(a, upper.left[c], upper.right[c]);
+            const F32x8 beneath = joined<ends>(a, lower.left[c], lower.right[c]);
+            value[c] = keep(inside, joined<ends>(b, above, beneath));
         }
     }
 
+    std::int64_t below() const { return size_.height > 1 ? plane_.step : 0; }
+    static RVX_INLINE I32x8 bytesOf(I32x8 column) {
+        if constexpr (pixelBytes == 3) {
+            return add(column, add(column, column));
+        } else if constexpr (pixelBytes == 6 || pixelBytes == 12) {
+            return shiftLeft<pixelBytes / 6>(add(column, add(column, column)));
+        } else {
+            return shiftLeft<pixelBytes / 2>(column); // 1, 2, 4
+        }
+    }
+
+    template <class Places> RVX_INLINE void gathered(I32x8 row, I32x8 column, Pairs &upper, Pairs &lower) const {
+        Words above, beneath;
+        const I32x8 bytes = bytesOf(column);
+        const T *const next = byteOffset(plane_.base, below());
+        if constexpr (sizeof(T) == 1) {
+            // More bytes are read than a pair has; in the last columns those before it.
+            const I32x8 from = min(bytes, splat(size_.width * channels - (channels == 1 ? 4 : 8)));
+            const I32x8 skip = shiftLeft<3>(sub(bytes, from));
+            const Places places(row, plane_.step, from);
+            gatheredBytes(places, plane_.base, skip, above);
+            gatheredBytes(places, next, skip, beneath);
+        } else {
+            const Places places(row, plane_.step, bytes);
+            gatheredWords(places, plane_.base, above);
+            gatheredWords(places, next, beneath);
+        }
+        upper = pairs(above);
+        lower = pairs(beneath);
+    }
+
     template <class Places>
-    static RVX_INLINE void bytePairs(const Places &places, const T *base, I32x8 skip, SampledPairs<channels> &pair) {
+    static RVX_INLINE void gatheredBytes(const Places &places, const T *base, I32x8 skip, Words &words) {
         if constexpr (channels == 1) {
-            const I32x8 bits = shiftRightEach(places.gather32(base), skip);
-            pair.left[0] = byteOf<0>(bits);
-            pair.right[0] = byteOf<1>(bits);
+            words.word[0] = shiftRightEach(places.gather32(base), skip);
         } else {
             F32x8 low, high;
             places.gather64(base, &low, &high);
             shiftRightEach64(&low, &high, skip);
-            const I32x8 first = asInt(evenInLane(low, high)), second = asInt(oddInLane(low, high));
-            pair.left[0] = byteOf<0>(first);
-            pair.left[1] = byteOf<1>(first);
-            pair.left[2] = byteOf<2>(first);
-            pair.right[0] = byteOf<3>(first);
-            pair.right[1] = byteOf<0>(second);
-            pair.right[2] = byteOf<1>(second);
+            words.word[0] = asInt(evenInLane(low, high));
+            words.word[1] = asInt(oddInLane(low, high));
         }
     }
 
-    template <class Places>
-    static RVX_INLINE void wordPairs(const Places &places, const T *base, SampledPairs<channels> &pair) {
-        F32x8 low, high;
-        if constexpr (sizeof(T) == 2 && channels == 1) {
-            const I32x8 both = places.gather32(base);
-            pair.left[0] = halfOf<0>(both);
-            pair.right[0] = halfOf<1>(both);
+    // Two words at a time from the end; an odd first one alone.
+    template <class Places> static RVX_INLINE void gatheredWords(const Places &places, const T *base, Words &words) {
+        if constexpr (wordCount % 2 != 0) {
+            words.word[0] = places.gather32(base);
+        }
+        for (int i = wordCount % 2; i < wordCount; i += 2) {
+            F32x8 low, high;
+            places.gather64(byteOffset(base, 4 * i), &low, &high);
+            words.word[i] = asInt(evenInLane(low, high));
+            words.word[i + 1] = asInt(oddInLane(low, high));
+        }
+    }
+
+    template <int element> static RVX_INLINE F32x8 elementOf(const Words &words) {
+        constexpr int bit = 8 * element * static_cast<int>(sizeof(T)) % 32;
+        const I32x8 word = words.word[element * sizeof(T) / 4];
+        if constexpr (sizeof(T) == 4) {
+            return asFloat(word);
         } else if constexpr (sizeof(T) == 2) {
-            const I32x8 start = places.gather32(base);
-            places.gather64(base + 2, &low, &high);
-            const I32x8 middle = asInt(evenInLane(low, high)), end = asInt(oddInLane(low, high));
-            pair.left[0] = halfOf<0>(start);
-            pair.left[1] = halfOf<1>(start);
-            pair.left[2] = halfOf<0>(middle);
-            pair.right[0] = halfOf<1>(middle);
-            pair.right[1] = halfOf<0>(end);
-            pair.right[2] = halfOf<1>(end);
+            return toF32(bit == 0 ? lowHalves(word) : shiftRightBits<bit>(word));
         } else {
-            F32x8 values[2 * channels];
-            for (int i = 0; i < channels; ++i) {
-                places.gather64(base + 2 * i, &low, &high);
-                values[2 * i] = evenInLane(low, high);
-                values[2 * i + 1] = oddInLane(low, high);
-            }
-            for (int c = 0; c < channels; ++c) {
-                pair.left[c] = values[c];
-                pair.right[c] = values[channels + c];
-            }
+            return toF32(bit == 24 ? shiftRightBits<bit>(word) : bitAnd(shiftRightBits<bit>(word), splat(0xff)));
         }
     }
-
-    template <int i> static RVX_INLINE F32x8 byteOf(I32x8 a) {
-        return toF32(bitAnd(shiftRightBits<8 * i>(a), splat(0xff)));
-    }
-    template <int i> static RVX_INLINE F32x8 halfOf(I32x8 a) {
-        return toF32(i == 0 ? lowHalves(a) : shiftRightBits<16>(a));
+    static RVX_INLINE Pairs pairs(const Words &words) {
+        return [&]<int... c>(std::integer_sequence<int, c...>) {
+            return Pairs{{elementOf<c>(words)...}, {elementOf<channels + c>(words)...}};
+        }
+        (std::make_integer_sequence<int, channels>{});
     }
 
     // For images of a few columns.
-    RVX_INLINE void onePixelEach(I32x8 row, I32x8 column, std::int64_t below, SampledPairs<channels> &upper,
-                                 SampledPairs<channels> &lower) const {
+    RVX_INLINE void onePixelEach(I32x8 row, I32x8 column, Pairs &upper, Pairs &lower) const {
         alignas(32) std::int32_t rows[8], columns[8];
         alignas(32) float values[4 * channels][8];
         store(rows, row);
@@ -175,7 +194,7 @@ private:
         const std::ptrdiff_t right = size_.width > 1 ? channels : 0;
         for (int i = 0; i < 8; ++i) {
             const T *above = plane_.row(rows[i]) + std::ptrdiff_t{columns[i]} * channels;
-            const T *beneath = byteOffset(above, below);
+            const T *beneath = byteOffset(above, below());
             for (int c = 0; c < channels; ++c) {
                 values[4 * c][i] = static_cast<float>(loadScalar(above + c));
                 values[4 * c + 1][i] = static_cast<float>(loadScalar(above + right + c));

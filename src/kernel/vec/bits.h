@@ -14,6 +14,8 @@ RVX_INLINE U16x16 bitAndNot(U16x16 a, U16x16 b) { return {{_mm256_andnot_si256(b
 RVX_INLINE U16x16 bitOr(U16x16 a, U16x16 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 RVX_INLINE U16x16 bitXor(U16x16 a, U16x16 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
 RVX_INLINE I32x8 bitAnd(I32x8 a, I32x8 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
+RVX_INLINE I32x8 bitOr(I32x8 a, I32x8 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
+template <int bits> RVX_INLINE I32x8 shiftLeft(I32x8 a) { return {{_mm256_slli_epi32(a.v, bits)}}; }
 template <int bits> RVX_INLINE I32x8 shiftRightBits(I32x8 a) { return {{_mm256_srli_epi32(a.v, bits)}}; } // zeros in
 RVX_INLINE bool anyBit(U8x32 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
 RVX_INLINE bool anyBit(U16x16 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
