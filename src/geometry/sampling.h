@@ -34,6 +34,12 @@ struct SampledAxis {
         lastPair = splat(std::max(length - 2, 0));
     }
     RVX_INLINE Mask32x8 inside(F32x8 position) const { return inRange(position, splat(0.0f), end); }
+    // Where the pair of a position inside begins, and what is left of the position. Both are exact, also beyond 2^24.
+    RVX_INLINE F32x8 split(F32x8 position, I32x8 *pair) const {
+        const I32x8 whole = truncate(position);
+        *pair = min(whole, lastPair);
+        return add(sub(position, toF32(whole)), toF32(sub(whole, *pair)));
+    }
 };
 
 } // namespace detail
@@ -61,8 +67,8 @@ public:
         }
         x = keep(inside, x);
         y = keep(inside, y);
-        const I32x8 column = min(truncate(x), columns_.lastPair), row = min(truncate(y), rows_.lastPair);
-        const F32x8 a = sub(x, toF32(column)), b = sub(y, toF32(row));
+        I32x8 column, row;
+        const F32x8 a = columns_.split(x, &column), b = rows_.split(y, &row);
         Pairs upper, lower;
         if constexpr (std::is_void_v<Places>) {
             onePixelEach(row, column, upper, lower);
