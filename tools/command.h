@@ -25,5 +25,8 @@ void addProfile(CLI::App &program);
 void addPyramid(CLI::App &program);
 void addTrack(CLI::App &program);
 void addScene(CLI::App &program);
+void addUndistort(CLI::App &program);
+void addStats(CLI::App &program);
+void addCompare(CLI::App &program);
 
 } // namespace tools

@@ -65,3 +65,15 @@ for op in open tophat gradient; do
 done
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
+
+# A wide-angle lens, in pixels of the pictures that it bends.
+lens=(--focal 450,450 --k -0.28,0.06)
+"$bin" undistort --grid 640x480 "${lens[@]}" --bend -o "$out/grid-bent.png" >/dev/null
+show grid-bent.png "a grid of straight lines as a wide-angle lens shows it"
+said=$("$bin" undistort "$out/grid-bent.png" "${lens[@]}" -o "$out/grid.png")
+show grid.png "the same without the distortion: straight again" "$said"
+
+echo
+echo "The first frame of the street in numbers, and what the second one changes:"
+"$bin" stats "$out/street-0.png" | sed 's/^/  /'
+"$bin" compare "$out/street-1.png" "$out/street-0.png" | sed 's/^/  /'

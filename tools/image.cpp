@@ -410,6 +410,23 @@ Image toColour(const Image &image) {
     return colour;
 }
 
+void checkSameSize(const std::string &firstName, const Image &first, const std::string &secondName,
+                   const Image &second) {
+    if (first.width != second.width || first.height != second.height) {
+        throw Failure(firstName + " is " + std::to_string(first.width) + "x" + std::to_string(first.height) + ", " +
+                      secondName + " is " + std::to_string(second.width) + "x" + std::to_string(second.height) +
+                      ": the images must be of one size");
+    }
+}
+
+void matchShapes(const std::string &firstName, Image &first, const std::string &secondName, Image &second) {
+    checkSameSize(firstName, first, secondName, second);
+    if (first.channels != second.channels) {
+        first = toColour(first);
+        second = toColour(second);
+    }
+}
+
 void check(StatusCode status, const char *function) {
     struct Name {
         StatusCode status;

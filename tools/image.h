@@ -54,6 +54,12 @@ void writeGrey16(const std::string &path, RoiSize size, const std::vector<std::u
 Image toGrey(const Image &image);
 Image toColour(const Image &image);
 
+// Throws a Failure that names both unless they are of one size.
+void checkSameSize(const std::string &firstName, const Image &first, const std::string &secondName,
+                   const Image &second);
+// The same, and where one is grey and the other is not, both become colour.
+void matchShapes(const std::string &firstName, Image &first, const std::string &secondName, Image &second);
+
 // Throws a Failure that names the library's status unless it is StatusOk.
 void check(StatusCode status, const char *function);
 

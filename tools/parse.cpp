@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <charconv>
+#include <cmath>
 
 namespace tools {
 namespace {
@@ -34,6 +35,20 @@ Point2i parsePoint(const std::string &option, const std::string &text) {
     const std::vector<int> values = integers(text, ',');
     if (values.size() != 2) {
         throw CLI::ValidationError(option, text + " is not a point X,Y");
+    }
+    return {values[0], values[1]};
+}
+
+Point2f parseNumbers(const std::string &option, const std::string &text) {
+    float values[2] = {};
+    const char *at = text.data(), *const end = at + text.size();
+    for (int i = 0; i < 2; ++i) {
+        const auto [next, error] = std::from_chars(at, end, values[i]);
+        const bool endsWell = i == 0 ? next != end && *next == ',' : next == end;
+        if (error != std::errc() || !endsWell || !std::isfinite(values[i])) {
+            throw CLI::ValidationError(option, text + " is not a pair of numbers X,Y");
+        }
+        at = next + 1;
     }
     return {values[0], values[1]};
 }

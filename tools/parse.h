@@ -7,6 +7,8 @@ namespace tools {
 
 // "X,Y". The option's name is for the message.
 Point2i parsePoint(const std::string &option, const std::string &text);
+// "X,Y" with decimals; neither is infinite.
+Point2f parseNumbers(const std::string &option, const std::string &text);
 // "WxH", both from 1 to `largest`.
 RoiSize parseSize(const std::string &option, const std::string &text, int largest);
 // Numbers from 0 to 255 with commas between them, one or three.

@@ -12,15 +12,7 @@ struct Options {
 
 void run(const Options &options) {
     Image a = readImage(options.first), b = readImage(options.second);
-    if (a.width != b.width || a.height != b.height) {
-        throw Failure(options.first + " is " + std::to_string(a.width) + "x" + std::to_string(a.height) + ", " +
-                      options.second + " is " + std::to_string(b.width) + "x" + std::to_string(b.height) +
-                      ": the images must be of one size");
-    }
-    if (a.channels != b.channels) { // grey with colour
-        a = toColour(a);
-        b = toColour(b);
-    }
+    matchShapes(options.first, a, options.second, b);
     Image difference(a.width, a.height, a.channels);
     const auto absDiff = a.channels == 3 ? rvxiAbsDiff_8u_C3R : rvxiAbsDiff_8u_C1R;
     check(absDiff(a.data(), a.step(), b.data(), b.step(), difference.data(), difference.step(), a.roi()), "AbsDiff");
