@@ -67,7 +67,7 @@ done
 show corners.png "the corners that can be tracked best"
 
 # A wide-angle lens, in pixels of the pictures that it bends.
-lens=(--focal 450,450 --k -0.28,0.06)
+lens=(--focal "450,450" --k "-0.28,0.06")
 "$bin" undistort --grid 640x480 "${lens[@]}" --bend -o "$out/grid-bent.png" >/dev/null
 show grid-bent.png "a grid of straight lines as a wide-angle lens shows it"
 said=$("$bin" undistort "$out/grid-bent.png" "${lens[@]}" -o "$out/grid.png")

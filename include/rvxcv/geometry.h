@@ -51,9 +51,9 @@ StatusCode rvxiCreateMapCameraUndistort_32f_C1R(float *xMap, int32_t xMapStep, f
  * distortion leaves every pixel as it is. A pixel becomes 0 unless 0 <= sx <= width - 1 and 0 <= sy <= height - 1, so
  * NaN positions give 0. src and dst must not overlap.
  *
- * Status codes, in the order of the checks: StatusNullPointer (src or dst is null); StatusBadSize (width or height below
- * 1); StatusBadStep (a step does not cover its row); 32f: StatusStepNotMultiple (a step is not a multiple of 4; steps of
- * 16u images may be odd); StatusBadArgument (fx or fy is zero, of either sign; a NaN passes). */
+ * Status codes, in the order of the checks: StatusNullPointer (src or dst is null); StatusBadSize (width or height
+ * below 1); StatusBadStep (a step does not cover its row); 32f: StatusStepNotMultiple (a step is not a multiple of 4;
+ * steps of 16u images may be odd); StatusBadArgument (fx or fy is zero, of either sign; a NaN passes). */
 StatusCode rvxiUndistortRadial_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
                                       uint8_t *buffer, float fx, float fy, float cx, float cy, float k1, float k2);
 StatusCode rvxiUndistortRadial_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,

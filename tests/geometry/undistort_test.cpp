@@ -241,8 +241,8 @@ TEST(UndistortRadialWide, ColumnsBeyondExactFloats) {
         GuardedImage<std::uint8_t> src(width, 2), dst(width, 2);
         src.fill(rng, Contents::random);
         const Lens lens{3e6f, 2e6f, 8e6f, 1, width % 2 != 0 ? 0.0f : -1e-8f, 0};
-        ASSERT_EQ(rvxiUndistortRadial_8u_C1R(src.data(), src.step(), dst.data(), dst.step(), src.roi(), nullptr, lens.fx,
-                                             lens.fy, lens.cx, lens.cy, lens.k1, lens.k2),
+        ASSERT_EQ(rvxiUndistortRadial_8u_C1R(src.data(), src.step(), dst.data(), dst.step(), src.roi(), nullptr,
+                                             lens.fx, lens.fy, lens.cx, lens.cy, lens.k1, lens.k2),
                   StatusOk);
         for (std::int64_t i = 0; i < 80; ++i) {
             const std::int64_t x = width - 1 - i / 2, y = i % 2;
