@@ -124,6 +124,10 @@ template <class V> RVX_INLINE V load(const float *p, Lanes lanes) {
     static_assert(std::is_same_v<V, F32x8>);
     return {_mm256_maskload_ps(p, lanes.mask)};
 }
+template <class V> RVX_INLINE V load(const std::int32_t *p, Lanes lanes) {
+    static_assert(std::is_same_v<V, I32x8>);
+    return {{_mm256_maskload_epi32(p, lanes.mask)}};
+}
 RVX_INLINE void store(float *p, F32x8 a, Lanes lanes) { _mm256_maskstore_ps(p, lanes.mask, a.v); }
 
 // Eight pixels of any type as floats; exact.
