@@ -1,7 +1,7 @@
-// A stage of Haar features at every selected pixel of an image. Selected pixels are gathered into blocks of eight
-// neighbours, wherever one begins, and blocks from all rows into groups that read a feature's record once: a full mask
-// gives blocks side by side, a sparse one a block for every few survivors, and stretches without any cost a look at
-// their mask bytes.
+// A stage of Haar features at every selected pixel of an image. Features are evaluated for groups of four blocks of
+// eight neighbouring pixels, so that a feature's record is read once for all of them. Where most pixels are selected a
+// group is a stretch of 32; elsewhere blocks begin wherever a selected pixel lies, and a group takes the next four,
+// whatever their rows. Stretches without any cost a look at their mask bytes.
 #include "detect/haar_record.h"
 #include "frame/api.h"
 #include "kernel/checks.h"
@@ -19,6 +19,7 @@ namespace {
 
 constexpr int blockPixels = 8;
 constexpr int groupBlocks = 4;
+constexpr int stretch = groupBlocks * blockPixels;
 
 // ------------------------------------------------------------------------------------------------- the members' rules
 
@@ -35,14 +36,22 @@ template <class T> struct InFloat {
 
     explicit InFloat(float threshold) : stageThreshold(splat(threshold)) {}
 
-    RVX_INLINE Total none() const { return splat(0.0f); }
-    RVX_INLINE Total weighted(Vec<T> sum, HaarNumber weight) const { return mul(asFloats(sum), splat(weight.f32)); }
-    RVX_INLINE Total value(Total sum, F32x8 norm, const HaarFeature &feature) const {
-        const Mask32x8 below = greater(mul(splat(feature.threshold.f32), norm), sum);
-        return select(below, splat(feature.value1.f32), splat(feature.value2.f32));
-    }
-    RVX_INLINE std::uint32_t below(Total stage) const { return laneBits(greater(stageThreshold, stage)); }
-    RVX_INLINE std::uint32_t above(Total stage) const { return laneBits(greater(stage, stageThreshold)); }
+    RVX_INLINE static Total none() { return splat(0.0f); }
+    RVX_INLINE static Total weighted(Vec<T> sum, HaarNumber weight) { return mul(asFloats(sum), splat(weight.f32)); }
+    RVX_INLINE Mask32x8 below(Total stage) const { return greater(stageThreshold, stage); }
+    RVX_INLINE Mask32x8 above(Total stage) const { return greater(stage, stageThreshold); }
+
+    // What a feature adds; the second value with its bits changed into the first one's costs less than a choice.
+    struct Value {
+        F32x8 threshold, otherwise, change;
+
+        RVX_INLINE Value(const InFloat &, const HaarFeature &feature)
+            : threshold(splat(feature.threshold.f32)), otherwise(splat(feature.value2.f32)),
+              change(bitXor(splat(feature.value1.f32), otherwise)) {}
+        RVX_INLINE Total operator()(Total sum, F32x8 norm) const {
+            return bitXor(otherwise, keep(greater(mul(threshold, norm), sum), change));
+        }
+    };
 };
 
 // Integer records: exact sums of products, the deviation scaled.
@@ -57,14 +66,23 @@ struct InIntegers {
     InIntegers(std::int32_t threshold, std::int32_t scaleFactor)
         : stageThreshold(splatWide(threshold)), scale(scaleFactor) {}
 
-    RVX_INLINE Total none() const { return splatWide(0); }
-    RVX_INLINE Total weighted(I32x8 sum, HaarNumber weight) const { return mulWide(sum, weight.s32); }
-    RVX_INLINE Total value(Total sum, I32x8 norm, const HaarFeature &feature) const {
-        const Mask64x8 below = greater(scale(mulWide(norm, feature.threshold.s32)), sum);
-        return select(below, splatWide(feature.value1.s32), splatWide(feature.value2.s32));
-    }
-    RVX_INLINE std::uint32_t below(Total stage) const { return laneBits(greater(stageThreshold, stage)); }
-    RVX_INLINE std::uint32_t above(Total stage) const { return laneBits(greater(stage, stageThreshold)); }
+    RVX_INLINE static Total none() { return splatWide(0); }
+    RVX_INLINE static Total weighted(I32x8 sum, HaarNumber weight) { return mulWide(sum, weight.s32); }
+    RVX_INLINE Mask32x8 below(Total stage) const { return greater(stageThreshold, stage); }
+    RVX_INLINE Mask32x8 above(Total stage) const { return greater(stage, stageThreshold); }
+
+    struct Value {
+        const BinaryScale &scale;
+        std::int32_t threshold;
+        I64x8 otherwise, change;
+
+        RVX_INLINE Value(const InIntegers &rule, const HaarFeature &feature)
+            : scale(rule.scale), threshold(feature.threshold.s32), otherwise(splatWide(feature.value2.s32)),
+              change(splatWide(feature.value1.s32 ^ feature.value2.s32)) {}
+        RVX_INLINE Total operator()(Total sum, I32x8 norm) const {
+            return changedWhereGreater(otherwise, change, scale(mulWide(norm, threshold)), sum);
+        }
+    };
 };
 
 // -------------------------------------------------------------------------------------------------- rectangle sums
@@ -76,17 +94,16 @@ struct CornerOffsets {
 
 // Upright features: the offsets from a table of all rectangles in order.
 struct FromTable {
-    static constexpr bool mixed = false;
+    static constexpr bool mixed = false, adjacent = true;
     const CornerOffsets *offsets;
-    std::int64_t steps[1]{};
 
     RVX_INLINE std::ptrdiff_t offset(const HaarRectangle &, std::int64_t rect, int, int corner) const {
         return offsets[rect].at[corner];
     }
 };
 // From the records, in 64 bits; `steps` are those of the images in elements.
-template <bool bothImages> struct FromRecords {
-    static constexpr bool mixed = bothImages;
+template <bool bothImages, bool sideBySide> struct FromRecords {
+    static constexpr bool mixed = bothImages, adjacent = sideBySide;
     std::int64_t steps[2];
 
     RVX_INLINE std::ptrdiff_t offset(const HaarRectangle &rect, std::int64_t, int image, int corner) const {
@@ -102,63 +119,67 @@ template <bool mixed, class V> RVX_INLINE V cornerSum(V a, V b, V c, V d) {
     }
 }
 
-// -------------------------------------------------------------------------------------------------------- a group
+// ----------------------------------------------------------------------------------------------------- stage sums
 
-// Blocks to be judged: where their first pixels lie in each image, and which of their pixels are meant.
-template <class Rule> struct Group {
-    using T = typename Rule::Element;
-    const T *pixels[2][groupBlocks]; // in the upright and the tilted integral image
+// Four blocks side by side: their first pixels in the upright and the tilted integral image.
+template <class Rule> struct Adjacent {
+    const typename Rule::Element *pixels[2];
+    const typename Rule::Norm *norm;
+
+    RVX_INLINE const auto *pixelsOf(int image, int k) const { return pixels[image] + k * blockPixels; }
+    RVX_INLINE const auto *normOf(int k) const { return norm + k * blockPixels; }
+};
+// Four blocks anywhere.
+template <class Rule> struct Scattered {
+    const typename Rule::Element *pixels[2][groupBlocks];
     const typename Rule::Norm *norm[groupBlocks];
-    std::uint8_t *mask[groupBlocks];
-    std::uint32_t selected[groupBlocks];
-    std::uint32_t strict[groupBlocks]; // the pixels judged by the rule of blocks
-    int count = 0;
 
-    void repeatLast(int k) {
-        pixels[0][k] = pixels[0][count - 1];
-        pixels[1][k] = pixels[1][count - 1];
-        norm[k] = norm[count - 1];
-    }
+    RVX_INLINE const auto *pixelsOf(int image, int k) const { return pixels[image][k]; }
+    RVX_INLINE const auto *normOf(int k) const { return norm[k]; }
 };
 
-template <class Rule, class Corners, class Span>
+// The work itself; a function of its own, so that the registers are its alone.
+template <class Rule, class Corners, class Blocks, class Span>
 [[gnu::noinline]] void stageSums(const Rule &rule, const HaarClassifier &classifier, const Corners &corners,
-                                 const Group<Rule> &group, Span span, typename Rule::Total (&stage)[groupBlocks]) {
-    using T = typename Rule::Element;
-    using Total = typename Rule::Total;
-    Total totals[groupBlocks];
+                                 const Blocks &blocks, Span span, typename Rule::Total (&stage)[groupBlocks]) {
+    using Pixels = Vec<typename Rule::Element>;
+    typename Rule::Total totals[groupBlocks];
 #pragma GCC unroll 4
     for (int k = 0; k < groupBlocks; ++k) {
-        totals[k] = rule.none();
+        totals[k] = Rule::none();
     }
     std::int64_t rectNumber = 0;
     for (std::int32_t f = 0; f < classifier.featureCount; ++f) {
         const HaarFeature &feature = classifier.features[f];
         const int image = Corners::mixed && isTilted(feature) ? 1 : 0;
-        const T *const(&pixels)[groupBlocks] = group.pixels[image];
-        Total sums[groupBlocks];
-#pragma GCC unroll 4
-        for (int k = 0; k < groupBlocks; ++k) {
-            sums[k] = rule.none();
-        }
-        for (std::int32_t r = 0; r < feature.rectCount; ++r, ++rectNumber) {
-            const HaarRectangle &rect = feature.rects[r];
-            const std::ptrdiff_t a = corners.offset(rect, rectNumber, image, 0);
-            const std::ptrdiff_t b = corners.offset(rect, rectNumber, image, 1);
-            const std::ptrdiff_t c = corners.offset(rect, rectNumber, image, 2);
-            const std::ptrdiff_t d = corners.offset(rect, rectNumber, image, 3);
+        const HaarRectangle *rect = feature.rects, *const end = rect + feature.rectCount;
+        typename Rule::Total sums[groupBlocks];
+        // A first sum takes the place of a sum with zero, which differs in a zero's sign at most.
+        const auto addRect = [&]<bool first>(std::bool_constant<first>) __attribute__((always_inline)) {
+            const std::ptrdiff_t a = corners.offset(*rect, rectNumber, image, 0);
+            const std::ptrdiff_t b = corners.offset(*rect, rectNumber, image, 1);
+            const std::ptrdiff_t c = corners.offset(*rect, rectNumber, image, 2);
+            const std::ptrdiff_t d = corners.offset(*rect, rectNumber, image, 3);
 #pragma GCC unroll 4
             for (int k = 0; k < groupBlocks; ++k) {
-                const T *p = pixels[k];
-                const Vec<T> sum = cornerSum<Corners::mixed>(load<Vec<T>>(p + a, span), load<Vec<T>>(p + b, span),
-                                                             load<Vec<T>>(p + c, span), load<Vec<T>>(p + d, span));
-                sums[k] = add(sums[k], rule.weighted(sum, rect.weight));
+                const auto *p = blocks.pixelsOf(image, k);
+                const auto sum =
+                    Rule::weighted(cornerSum<Corners::mixed>(load<Pixels>(p + a, span), load<Pixels>(p + b, span),
+                                                             load<Pixels>(p + c, span), load<Pixels>(p + d, span)),
+                                   rect->weight);
+                sums[k] = first ? sum : add(sums[k], sum);
             }
+            ++rect;
+            ++rectNumber;
+        };
+        addRect(std::true_type{});
+        while (rect != end) {
+            addRect(std::false_type{});
         }
+        const typename Rule::Value value(rule, feature);
 #pragma GCC unroll 4
         for (int k = 0; k < groupBlocks; ++k) {
-            const auto norm = load<Vec<typename Rule::Norm>>(group.norm[k], span);
-            totals[k] = add(totals[k], rule.value(sums[k], norm, feature));
+            totals[k] = add(totals[k], value(sums[k], load<Vec<typename Rule::Norm>>(blocks.normOf(k), span)));
         }
     }
 #pragma GCC unroll 4
@@ -167,16 +188,14 @@ template <class Rule, class Corners, class Span>
     }
 }
 
-// ------------------------------------------------------------------------------------------------------- the mask
+// -------------------------------------------------------------------------------------------------------- the mask
 
-constexpr std::uint64_t lowBits = 0x0101010101010101;
-RVX_INLINE std::uint64_t bytesOf(std::uint32_t bits) { return scatterBits(bits, lowBits) * 255; }
-
-// Some mask bytes become 0, others 255.
+// Some mask bytes of a block become 0, others 255.
 RVX_INLINE void mark(std::uint8_t *mask, std::uint32_t cleared, std::uint32_t filled, Full) {
+    constexpr std::uint64_t lowBits = 0x0101010101010101;
     std::uint64_t bytes;
     std::memcpy(&bytes, mask, sizeof bytes);
-    bytes = (bytes & ~bytesOf(cleared)) | bytesOf(filled);
+    bytes = (bytes & ~(scatterBits(cleared, lowBits) * 255)) | scatterBits(filled, lowBits) * 255;
     std::memcpy(mask, &bytes, sizeof bytes);
 }
 RVX_INLINE void mark(std::uint8_t *mask, std::uint32_t cleared, std::uint32_t filled, Lanes) {
@@ -186,33 +205,25 @@ RVX_INLINE void mark(std::uint8_t *mask, std::uint32_t cleared, std::uint32_t fi
     }
 }
 
-// Calls push(column, lanes) for blocks that hold the selected pixels of a row once each: blocks end with the row at the
-// latest, unless the row is narrower than a block.
-template <class Push> RVX_INLINE void eachBlock(const std::uint8_t *mask, std::int64_t width, const Push &push) {
-    constexpr int lanes = U8x32::lanes;
+// The selected pixels among 32 in a row of mask bytes, those behind its end being none.
+RVX_INLINE std::uint32_t selectedFrom(const std::uint8_t *mask, std::int64_t x, std::int64_t width) {
     const U8x32 zero = splat(std::uint8_t{0});
-    const int span = static_cast<int>(std::min<std::int64_t>(width, lanes));
-    const int lastStart = std::max(span - blockPixels, 0);
-    for (std::int64_t x = 0; x < width;) {
-        // The last look ends with the row and forgets what was seen before.
-        const std::int64_t base = std::min(x, width - span);
-        const bool last = base + span == width;
-        const U8x32 bytes = span == lanes ? load<U8x32>(mask + base) : load<U8x32>(mask + base, Part{span});
-        std::uint32_t selected = ~laneBits(equal(bytes, zero)) & (~std::uint32_t{0} << (x - base));
-        x = base + span;
-        while (selected != 0) {
-            int start = std::countr_zero(selected);
-            if (start > lastStart) {
-                if (!last) {
-                    x = base + start;
-                    break;
-                }
-                start = lastStart;
-            }
-            push(base + start, selected >> start & 0xff);
-            selected &= ~(std::uint32_t{0xff} << start);
-        }
+    if (x + stretch <= width) {
+        return ~laneBits(equal(load<U8x32>(mask + x), zero));
     }
+    if (x >= width) {
+        return 0;
+    }
+    if (width >= stretch) {
+        return ~laneBits(equal(load<U8x32>(mask + width - stretch), zero)) >> (x + stretch - width);
+    }
+    return ~laneBits(equal(load<U8x32>(mask, Part{static_cast<int>(width)}), zero));
+}
+
+// Whether a stretch of 32 pixels would take four blocks anyway.
+RVX_INLINE bool isDense(std::uint32_t selected) {
+    return std::popcount(selected) >= stretch / 2 &&
+           std::bit_width(selected) - std::countr_zero(selected) > 3 * blockPixels;
 }
 
 // -------------------------------------------------------------------------------------------------- the whole image
@@ -222,84 +233,143 @@ template <class Rule> struct Images {
     Plane<const typename Rule::Norm> norm;
     Plane<std::uint8_t> mask;
     RoiSize roi;
+    std::int64_t strictColumns; // those in front of it are judged by the rule of blocks
 };
 
 template <class Rule, class Corners, class Span> class Judge {
 public:
-    Judge(const Rule &rule, const HaarClassifier &classifier, const Corners &corners, Span span)
-        : rule_(rule), classifier_(classifier), corners_(corners), span_(span) {}
+    Judge(const Rule &rule, const HaarClassifier &classifier, const Corners &corners, const Images<Rule> &images,
+          Span span)
+        : rule_(rule), classifier_(classifier), corners_(corners), images_(images), span_(span) {}
 
-    // The pixels of a row; those in front of strictColumns are judged by the rule of blocks.
-    void addRow(const Images<Rule> &images, std::int64_t y, std::int64_t strictColumns) {
-        const auto *sum = images.sum.row(y), *tilted = images.tilted.row(y);
-        const auto *norm = images.norm.row(y);
-        std::uint8_t *mask = images.mask.row(y);
-        eachBlock(mask, images.roi.width, [&](std::int64_t x, std::uint32_t selected) {
-            const int k = group_.count++;
-            group_.pixels[0][k] = sum + x;
-            group_.pixels[1][k] = tilted + x;
-            group_.norm[k] = norm + x;
-            group_.mask[k] = mask + x;
-            group_.selected[k] = selected;
-            group_.strict[k] = (1u << std::clamp<std::int64_t>(strictColumns - x, 0, blockPixels)) - 1;
-            if (group_.count == groupBlocks) {
-                finishGroup();
-            }
-        });
-    }
-    // How many pixels passed.
-    std::int64_t finish() {
-        if (group_.count != 0) {
-            finishGroup();
+    // How many pixels pass.
+    std::int64_t judge() {
+        for (std::int64_t y = 0; y < images_.roi.height; ++y) {
+            judgeRow(y);
+        }
+        if (count_ != 0) {
+            judgeBlocks();
         }
         return passed_;
     }
 
 private:
-    void finishGroup() {
-        for (int k = group_.count; k < groupBlocks; ++k) {
-            group_.repeatLast(k);
+    struct Row {
+        const typename Rule::Element *sum, *tilted;
+        const typename Rule::Norm *norm;
+        std::uint8_t *mask;
+    };
+
+    // Looks at a stretch and the one behind it: blocks reach into that one, unless it is a group of its own.
+    void judgeRow(std::int64_t y) {
+        const Row row{images_.sum.row(y), images_.tilted.row(y), images_.norm.row(y), images_.mask.row(y)};
+        const std::int64_t width = images_.roi.width, lastStart = std::max<std::int64_t>(width - blockPixels, 0);
+        std::uint64_t selected = selectedFrom(row.mask, 0, width);
+        for (std::int64_t x = 0; x < width; x += stretch, selected >>= stretch) {
+            const std::uint32_t ahead = selectedFrom(row.mask, x + stretch, width);
+            if (isGroup(x, static_cast<std::uint32_t>(selected))) {
+                judgeStretch(row, x);
+                selected = std::uint64_t{ahead} << stretch;
+                continue;
+            }
+            const bool aheadIsGroup = isGroup(x + stretch, ahead);
+            selected |= aheadIsGroup ? 0 : std::uint64_t{ahead} << stretch;
+            while (static_cast<std::uint32_t>(selected) != 0) {
+                const int first = std::countr_zero(selected);
+                const std::int64_t start = std::min(x + first, lastStart);
+                addBlock(row, start, (selected >> first & 0xff) << (x + first - start));
+                selected &= ~(std::uint64_t{0xff} << first);
+            }
+            selected |= aheadIsGroup ? std::uint64_t{ahead} << stretch : 0;
+        }
+    }
+
+    bool isGroup(std::int64_t x, std::uint32_t selected) const {
+        const std::int64_t strict = images_.strictColumns;
+        return Corners::adjacent && isDense(selected) && x + stretch <= images_.roi.width &&
+               (x >= strict || x + stretch <= strict);
+    }
+
+    void judgeStretch(const Row &row, std::int64_t x) {
+        if constexpr (Corners::adjacent) {
+            typename Rule::Total stage[groupBlocks];
+            stageSums(rule_, classifier_, corners_, Adjacent<Rule>{{row.sum + x, row.tilted + x}, row.norm + x}, span_,
+                      stage);
+            const U8x32 zero = splat(std::uint8_t{0}), before = load<U8x32>(row.mask + x);
+            U8x32 after;
+            if (x < images_.strictColumns) {
+                after = bitAndNot(maskBytes(rule_.above(stage[0]), rule_.above(stage[1]), rule_.above(stage[2]),
+                                            rule_.above(stage[3])),
+                                  equal(before, zero));
+            } else {
+                after = bitAndNot(before, maskBytes(rule_.below(stage[0]), rule_.below(stage[1]), rule_.below(stage[2]),
+                                                    rule_.below(stage[3])));
+            }
+            passed_ += stretch - std::popcount(laneBits(equal(after, zero)));
+            store(row.mask + x, after);
+        }
+    }
+
+    void addBlock(const Row &row, std::int64_t x, std::uint64_t selected) {
+        const int k = count_++;
+        blocks_.pixels[0][k] = row.sum + x;
+        blocks_.pixels[1][k] = row.tilted + x;
+        blocks_.norm[k] = row.norm + x;
+        mask_[k] = row.mask + x;
+        selected_[k] = static_cast<std::uint32_t>(selected);
+        strict_[k] = (1u << std::clamp<std::int64_t>(images_.strictColumns - x, 0, blockPixels)) - 1;
+        if (count_ == groupBlocks) {
+            judgeBlocks();
+        }
+    }
+
+    // The blocks gathered so far; the places of missing ones repeat the last one.
+    void judgeBlocks() {
+        for (int k = count_; k < groupBlocks; ++k) {
+            blocks_.pixels[0][k] = blocks_.pixels[0][k - 1];
+            blocks_.pixels[1][k] = blocks_.pixels[1][k - 1];
+            blocks_.norm[k] = blocks_.norm[k - 1];
         }
         typename Rule::Total stage[groupBlocks];
-        stageSums(rule_, classifier_, corners_, group_, span_, stage);
-        for (int k = 0; k < group_.count; ++k) {
-            const std::uint32_t selected = group_.selected[k], strict = group_.strict[k];
-            const std::uint32_t passes =
-                selected & ((~rule_.below(stage[k]) & ~strict) | (rule_.above(stage[k]) & strict));
+        stageSums(rule_, classifier_, corners_, blocks_, span_, stage);
+        for (int k = 0; k < count_; ++k) {
+            const std::uint32_t strict = strict_[k];
+            const std::uint32_t allowed =
+                (~laneBits(rule_.below(stage[k])) & ~strict) | (laneBits(rule_.above(stage[k])) & strict);
+            const std::uint32_t passes = selected_[k] & allowed;
             passed_ += std::popcount(passes);
-            if (passes != selected || strict != 0) {
-                mark(group_.mask[k], selected & ~passes, passes & strict, span_);
-            }
+            mark(mask_[k], selected_[k] & ~passes, passes & strict, span_);
         }
-        group_.count = 0;
+        count_ = 0;
     }
 
     const Rule &rule_;
     const HaarClassifier &classifier_;
     const Corners &corners_;
+    const Images<Rule> &images_;
     const Span span_;
-    Group<Rule> group_;
+    Scattered<Rule> blocks_;
+    std::uint8_t *mask_[groupBlocks];
+    std::uint32_t selected_[groupBlocks]; // the pixels that a block stands for
+    std::uint32_t strict_[groupBlocks];   // its pixels that are judged by the rule of blocks
+    int count_ = 0;
     std::int64_t passed_ = 0;
 };
 
-template <class Rule, class Corners, class Span>
-std::int64_t judge(const Rule &rule, const HaarClassifier &classifier, const Corners &corners, Span span,
-                   const Images<Rule> &images, std::int64_t strictColumns) {
-    Judge<Rule, Corners, Span> judge(rule, classifier, corners, span);
-    for (std::int64_t y = 0; y < images.roi.height; ++y) {
-        judge.addRow(images, y, strictColumns);
-    }
-    return judge.finish();
+template <class Rule, class Corners>
+std::int64_t judge(const Rule &rule, const HaarClassifier &classifier, const Corners &corners,
+                   const Images<Rule> &images) {
+    return Judge<Rule, Corners, Full>(rule, classifier, corners, images, Full{}).judge();
 }
-
 template <class Rule, bool mixed>
-std::int64_t judgeFromRecords(const Rule &rule, const HaarClassifier &classifier, const Images<Rule> &images,
-                              std::int64_t strictColumns) {
-    const FromRecords<mixed> corners{{images.sum.step / 4, images.tilted.step / 4}};
+std::int64_t judgeFromRecords(const Rule &rule, const HaarClassifier &classifier, const Images<Rule> &images) {
+    const std::int64_t sumStep = images.sum.step / 4, tiltedStep = images.tilted.step / 4;
     if (images.roi.width < blockPixels) {
-        return judge(rule, classifier, corners, firstLanes(images.roi.width), images, strictColumns);
+        using Corners = FromRecords<mixed, false>;
+        const Corners corners{{sumStep, tiltedStep}};
+        return Judge<Rule, Corners, Lanes>(rule, classifier, corners, images, firstLanes(images.roi.width)).judge();
     }
-    return judge(rule, classifier, corners, Full{}, images, strictColumns);
+    return judge(rule, classifier, FromRecords<mixed, mixed>{{sumStep, tiltedStep}}, images);
 }
 
 // Whether all offsets fit.
@@ -342,12 +412,15 @@ StatusCode apply(const typename Rule::Element *sum, std::int32_t sumStep, const 
         return StatusNoMemory;
     }
     auto *table = static_cast<CornerOffsets *>(scratch);
-    const Images<Rule> images{Plane{sum, sumStep}, Plane{sum, sumStep}, Plane{norm, normStep}, Plane{mask, maskStep},
-                              roi};
-    const std::int64_t strictColumns = byBlocks(*count, roi) ? roi.width & ~3 : 0;
+    const Images<Rule> images{Plane{sum, sumStep},
+                              Plane{sum, sumStep},
+                              Plane{norm, normStep},
+                              Plane{mask, maskStep},
+                              roi,
+                              byBlocks(*count, roi) ? roi.width & ~3 : 0};
     const bool tabled = roi.width >= blockPixels && fillTable(table, *classifier, sumStep / 4);
-    const std::int64_t passed = tabled ? judge(rule, *classifier, FromTable{table}, Full{}, images, strictColumns)
-                                       : judgeFromRecords<Rule, false>(rule, *classifier, images, strictColumns);
+    const std::int64_t passed = tabled ? judge(rule, *classifier, FromTable{table}, images)
+                                       : judgeFromRecords<Rule, false>(rule, *classifier, images);
     rvxFree(scratch);
     *count = static_cast<std::int32_t>(passed);
     return StatusOk;
@@ -366,9 +439,9 @@ StatusCode applyMixed(const typename Rule::Element *sum, std::int32_t sumStep, c
         return checks.status();
     }
     const auto *tiltedOrigin = byteOffset(tilted, tiltedStep) + 1;
-    const Images<Rule> images{Plane{sum, sumStep}, Plane{tiltedOrigin, tiltedStep}, Plane{norm, normStep},
-                              Plane{mask, maskStep}, roi};
-    *count = static_cast<std::int32_t>(judgeFromRecords<Rule, true>(rule, *classifier, images, 0));
+    const Images<Rule> images{
+        Plane{sum, sumStep}, Plane{tiltedOrigin, tiltedStep}, Plane{norm, normStep}, Plane{mask, maskStep}, roi, 0};
+    *count = static_cast<std::int32_t>(judgeFromRecords<Rule, true>(rule, *classifier, images));
     return StatusOk;
 }
 

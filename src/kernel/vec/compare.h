@@ -68,6 +68,13 @@ RVX_INLINE U16x16 inRange(U16x16 a, U16x16 low, U16x16 high) {
 }
 RVX_INLINE Mask32x8 inRange(I32x8 a, I32x8 low, I32x8 high) { return equal(min(max(a, low), high), a); }
 RVX_INLINE Mask32x8 inRange(F32x8 a, F32x8 low, F32x8 high) { return both(greaterEqual(a, low), lessEqual(a, high)); }
+// The masks of 32 lanes as bytes, in order.
+RVX_INLINE U8x32 maskBytes(Mask32x8 a, Mask32x8 b, Mask32x8 c, Mask32x8 d) {
+    const __m256i low = _mm256_packs_epi32(_mm256_castps_si256(a.v), _mm256_castps_si256(b.v));
+    const __m256i high = _mm256_packs_epi32(_mm256_castps_si256(c.v), _mm256_castps_si256(d.v));
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    return {{_mm256_permutevar8x32_epi32(_mm256_packs_epi16(low, high), order)}};
+}
 // The mask whose lane i is set when bit i is.
 template <class V> RVX_INLINE auto maskOfBits(std::uint32_t bits) {
     const __m256i all = _mm256_set1_epi32(static_cast<std::int32_t>(bits));

@@ -2,7 +2,7 @@
 // vectors, and of their lanes 1, 3, 5, 7. Sums wrap.
 #pragma once
 
-#include "kernel/vec/bits.h"
+#include "kernel/vec/compare.h"
 #include "kernel/vec/types.h"
 
 #include <algorithm>
@@ -11,10 +11,6 @@ namespace rvxcv {
 
 struct I64x8 {
     I64x4 even, odd;
-};
-// All bits of a lane set, or all clear.
-struct Mask64x8 {
-    __m256i even, odd;
 };
 
 RVX_INLINE I64x8 splatWide(std::int64_t a) {
@@ -33,18 +29,15 @@ RVX_INLINE I64x8 mulWide(I32x8 a, std::int32_t b) {
     const __m256i all = _mm256_set1_epi32(b);
     return {{{_mm256_mul_epi32(a.v, all)}}, {{_mm256_mul_epi32(_mm256_srli_epi64(a.v, 32), all)}}};
 }
-RVX_INLINE Mask64x8 greater(I64x8 a, I64x8 b) {
-    return {_mm256_cmpgt_epi64(a.even.v, b.even.v), _mm256_cmpgt_epi64(a.odd.v, b.odd.v)};
+RVX_INLINE Mask32x8 greater(I64x8 a, I64x8 b) {
+    const __m256i even = _mm256_cmpgt_epi64(a.even.v, b.even.v), odd = _mm256_cmpgt_epi64(a.odd.v, b.odd.v);
+    return {_mm256_castsi256_ps(_mm256_blend_epi32(even, odd, 0xaa))};
 }
-RVX_INLINE I64x8 select(Mask64x8 mask, I64x8 set, I64x8 clear) {
-    return {{{_mm256_blendv_epi8(clear.even.v, set.even.v, mask.even)}},
-            {{_mm256_blendv_epi8(clear.odd.v, set.odd.v, mask.odd)}}};
-}
-// Bit i tells lane i.
-RVX_INLINE std::uint32_t laneBits(Mask64x8 mask) {
-    const auto even = static_cast<std::uint64_t>(_mm256_movemask_pd(_mm256_castsi256_pd(mask.even)));
-    const auto odd = static_cast<std::uint64_t>(_mm256_movemask_pd(_mm256_castsi256_pd(mask.odd)));
-    return static_cast<std::uint32_t>(scatterBits(even, 0x55) | scatterBits(odd, 0xaa));
+// a, and where b > c a with the bits of `change` flipped.
+RVX_INLINE I64x8 changedWhereGreater(I64x8 a, I64x8 change, I64x8 b, I64x8 c) {
+    const __m256i even = _mm256_and_si256(_mm256_cmpgt_epi64(b.even.v, c.even.v), change.even.v);
+    const __m256i odd = _mm256_and_si256(_mm256_cmpgt_epi64(b.odd.v, c.odd.v), change.odd.v);
+    return {{{_mm256_xor_si256(a.even.v, even)}}, {{_mm256_xor_si256(a.odd.v, odd)}}};
 }
 
 // Division by 2^bits toward minus infinity, for any number of bits; a negative one multiplies, and what does not fit in
