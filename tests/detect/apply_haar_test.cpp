@@ -1,0 +1,346 @@
+// Stages of Haar features against plain loops over pixels, features and corners.
+#include "plain_haar.h"
+#include "support/counted_alloc.h"
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include <sys/mman.h>
+
+namespace {
+
+using namespace support;
+using namespace detect;
+
+// T: integral images, N: norm, V: record and stage threshold.
+template <class T, class N, class V> struct Call {
+    const T *sum;
+    std::int32_t sumStep;
+    const T *tilted;
+    std::int32_t tiltedStep;
+    const N *norm;
+    std::int32_t normStep;
+    std::uint8_t *mask;
+    std::int32_t maskStep;
+    RoiSize roi;
+    std::int32_t *count;
+    const HaarClassifier *record;
+    V threshold;
+    std::int32_t scaleFactor;
+    bool failingMemory = false;
+};
+
+template <class T, class N, class V> struct Member {
+    const char *name;
+    bool mixed;
+    StatusCode (*call)(const Call<T, N, V> &);
+};
+
+#define UPRIGHT(NAME, ...)                                                                                             \
+    {                                                                                                                  \
+#NAME, false, [](const auto &c) {                                                                                 \
+         return NAME(c.sum, c.sumStep, c.norm, c.normStep, c.mask, c.maskStep, c.roi, c.count, c.record,               \
+                     c.threshold __VA_OPT__(, ) __VA_ARGS__);                                                          \
+     }    \
+    }
+#define MIXED(NAME, ...)                                                                                               \
+    {                                                                                                                  \
+#NAME, true, [](const auto &c) {                                                                                  \
+         return NAME(c.sum, c.sumStep, c.tilted, c.tiltedStep, c.norm, c.normStep, c.mask, c.maskStep, c.roi, c.count, \
+                     c.record, c.threshold __VA_OPT__(, ) __VA_ARGS__);                                                \
+     }    \
+    }
+
+template <class Check> void eachMember(const Check &check) {
+    using I = std::int32_t;
+    check(Member<float, float, float> UPRIGHT(rvxiApplyHaarClassifier_32f_C1R));
+    check(Member<I, float, float> UPRIGHT(rvxiApplyHaarClassifier_32s32f_C1R));
+    check(Member<I, I, I> UPRIGHT(rvxiApplyHaarClassifier_32s_C1RSfs, c.scaleFactor));
+    check(Member<float, float, float> MIXED(rvxiApplyMixedHaarClassifier_32f_C1R));
+    check(Member<I, float, float> MIXED(rvxiApplyMixedHaarClassifier_32s32f_C1R));
+    check(Member<I, I, I> MIXED(rvxiApplyMixedHaarClassifier_32s_C1RSfs, c.scaleFactor));
+}
+
+// ------------------------------------------------------------------------------------------------------- the rules
+
+float minus(float a, float b) { return a - b; }
+float plus(float a, float b) { return a + b; }
+std::int32_t minus(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
+}
+std::int32_t plus(std::int32_t a, std::int32_t b) { return minus(a, minus(0, b)); }
+
+std::int64_t scaled(std::int64_t product, std::int32_t bits) {
+    if (bits >= 0) {
+        return bits > 63 ? (product < 0 ? -1 : 0) : product >> bits;
+    }
+    return bits < -63 ? 0 : static_cast<std::int64_t>(static_cast<std::uint64_t>(product) << -bits);
+}
+
+template <class T, class N, class V> struct Images {
+    GuardedImage<T> sum, tilted;
+    GuardedImage<N> norm;
+    GuardedImage<std::uint8_t> mask;
+
+    struct Reach {
+        std::int64_t columns = 0, rows = 0;
+    };
+    // The images end with the last elements that the features reach from the last pixel.
+    static Reach reach(const Features<V> &features, bool tilted) {
+        Reach r;
+        for (const PlainFeature<V> &feature : features) {
+            for (const Rect2i rect : feature.rects) {
+                for (const Point2i corner : plainCorners(rect, feature.tilt)) {
+                    if ((feature.tilt != Tilt::none) == tilted) {
+                        r.columns = std::max<std::int64_t>(r.columns, corner.x + (tilted ? 1 : 0));
+                        r.rows = std::max<std::int64_t>(r.rows, corner.y + (tilted ? 1 : 0));
+                    }
+                }
+            }
+        }
+        return r;
+    }
+    template <class E> static typename GuardedImage<E>::Layout layout(int salt, int image) {
+        return {.padding = salt % 5 == image ? static_cast<std::int64_t>(3 * sizeof(E)) : 0,
+                .guard = salt % 2 != 0 ? Guard::before : Guard::behind,
+                .skew = salt % 3};
+    }
+    Images(std::int64_t width, std::int64_t height, Reach upright, Reach tilt, int salt)
+        : sum(width + upright.columns, height + upright.rows, layout<T>(salt, 0)),
+          tilted(width + tilt.columns, height + tilt.rows, layout<T>(salt, 1)), norm(width, height, layout<N>(salt, 2)),
+          mask(width, height, layout<std::uint8_t>(salt, 3)) {}
+
+    Call<T, N, V> call(std::int32_t *count, const HaarClassifier *record, V threshold, std::int32_t scaleFactor) {
+        return {sum.data(),  sum.step(), tilted.data(), tilted.step(), norm.data(), norm.step(), mask.data(),
+                mask.step(), mask.roi(), count,         record,        threshold,   scaleFactor};
+    }
+
+    auto stageSum(const Features<V> &features, bool mixed, std::int64_t x, std::int64_t y,
+                  std::int32_t scaleFactor) const {
+        constexpr bool real = std::is_same_v<V, float>;
+        std::conditional_t<real, float, std::int64_t> stage = 0;
+        for (const std::size_t i : recordOrder(features)) {
+            const PlainFeature<V> &feature = features[i];
+            const bool tilt = feature.tilt != Tilt::none;
+            const GuardedImage<T> &image = tilt ? tilted : sum;
+            std::conditional_t<real, float, std::uint64_t> total = 0;
+            for (std::size_t k = 0; k < feature.rects.size(); ++k) {
+                T e[4];
+                const auto corners = plainCorners(feature.rects[k], feature.tilt);
+                for (std::size_t j = 0; j < 4; ++j) {
+                    e[j] = image.at(x + corners[j].x + tilt, y + corners[j].y + tilt);
+                }
+                const T rect =
+                    mixed ? minus(minus(e[0], e[1]), minus(e[2], e[3])) : plus(minus(minus(e[0], e[1]), e[2]), e[3]);
+                if constexpr (real) {
+                    total += static_cast<float>(rect) * feature.weights[k];
+                } else {
+                    total += static_cast<std::uint64_t>(std::int64_t{rect} * feature.weights[k]);
+                }
+            }
+            bool below = false;
+            if constexpr (real) {
+                below = total < feature.threshold * norm.at(x, y);
+            } else {
+                below = static_cast<std::int64_t>(total) <
+                        scaled(std::int64_t{feature.threshold} * norm.at(x, y), scaleFactor);
+            }
+            stage += below ? feature.value1 : feature.value2;
+        }
+        return stage;
+    }
+};
+
+// -------------------------------------------------------------------------------------------------- whole images
+
+// Which pixels are selected: some of `percent`, or runs of random length.
+void select(GuardedImage<std::uint8_t> &mask, Rng &rng, std::int64_t percent, bool runs) {
+    for (std::int64_t y = 0; y < mask.height(); ++y) {
+        std::int64_t left = 0;
+        bool on = false;
+        for (std::int64_t x = 0; x < mask.width(); ++x) {
+            if (--left < 0) {
+                on = uniform(rng, 0, 99) < percent;
+                left = runs ? uniform(rng, 0, 60) : 0;
+            }
+            mask.set(x, y, static_cast<std::uint8_t>(on ? uniform(rng, 1, 255) : 0));
+        }
+    }
+}
+
+template <class T, class N, class V>
+void expectStage(const Member<T, N, V> &member, Images<T, N, V> &images, const Features<V> &features, V threshold,
+                 std::int32_t scaleFactor, std::int32_t entryCount) {
+    const Record record = makeMixed(features);
+    const std::int64_t width = images.mask.width(), pixels = width * images.mask.height();
+    const bool blocks =
+        !member.mixed && entryCount * std::int64_t{8} >= pixels && entryCount * std::int64_t{4} < pixels;
+    std::vector<std::uint8_t> want;
+    std::int32_t passing = 0;
+    for (std::int64_t y = 0; y < images.mask.height(); ++y) {
+        for (std::int64_t x = 0; x < width; ++x) {
+            std::uint8_t byte = images.mask.at(x, y);
+            if (byte != 0) {
+                const auto stage = images.stageSum(features, member.mixed, x, y, scaleFactor);
+                const bool inBlock = blocks && x / 4 * 4 + 4 <= width;
+                const bool passes = inBlock ? stage > threshold : !(threshold > stage);
+                byte = !passes ? 0 : inBlock ? 255 : byte;
+                passing += passes;
+            }
+            want.push_back(byte);
+        }
+    }
+    std::int32_t count = entryCount;
+    const auto inputs = std::tuple(images.sum.bytes(), images.tilted.bytes(), images.norm.bytes());
+    ASSERT_EQ(member.call(images.call(&count, record.get(), threshold, scaleFactor)), StatusOk);
+    ASSERT_TRUE(imageIs(images.mask,
+                        [&](std::int64_t x, std::int64_t y) { return want[static_cast<std::size_t>(y * width + x)]; }))
+        << member.name << " " << features.size() << " features, count " << entryCount << " scale " << scaleFactor;
+    ASSERT_EQ(count, passing) << member.name;
+    ASSERT_EQ(inputs, std::tuple(images.sum.bytes(), images.tilted.bytes(), images.norm.bytes()));
+}
+
+template <class T, class N, class V>
+void runCase(const Member<T, N, V> &member, Rng &rng, std::int64_t width, std::int64_t height, int salt) {
+    const std::vector<Tilt> tilts =
+        member.mixed ? std::vector{Tilt::none, Tilt::down, Tilt::up} : std::vector{Tilt::none};
+    const Features<V> features = randomFeatures<V>(rng, salt % 6, tilts);
+    Images<T, N, V> images(width, height, Images<T, N, V>::reach(features, false),
+                           Images<T, N, V>::reach(features, true), salt);
+    const Contents contents = allContents[static_cast<std::size_t>(salt / 3) % 5];
+    images.sum.fill(rng, contents);
+    images.tilted.fill(rng, contents);
+    images.norm.fill(rng, allContents[static_cast<std::size_t>(salt / 2) % 5]);
+    constexpr std::int64_t percents[] = {100, 100, 60, 20, 5, 0};
+    select(images.mask, rng, percents[salt % 6], salt % 4 == 0);
+    const std::int64_t pixels = width * height;
+    const std::int64_t counts[] = {
+        pixels, pixels / 4, (pixels + 7) / 8, pixels / 5, (pixels - 1) / 8, (pixels - 1) / 4, pixels / 16,
+        0,      -1,         INT32_MAX};
+    constexpr std::int32_t scales[] = {0, 0, 1, 7, 40, 63, 64, 1000, INT32_MAX, -1, -9, -63, -64, INT32_MIN};
+    const auto count = static_cast<std::int32_t>(counts[rng() % std::size(counts)]);
+    // Stage sums reach from -2 to 2 times the number of features; thresholds beyond pass or fail all.
+    const auto threshold = static_cast<V>(uniform(rng, -2, 2));
+    expectStage(member, images, features, threshold, scales[rng() % std::size(scales)], count);
+}
+
+TEST(ApplyHaar, EveryWidthOnAnyContents) {
+    eachMember([](const auto &member) {
+        Rng rng = makeRng(member.name);
+        for (int salt = 0; salt < 600; ++salt) {
+            ASSERT_NO_FATAL_FAILURE(runCase(member, rng, 1 + salt % 75, 1 + salt % 4, salt)) << "case " << salt;
+        }
+        for (int salt = 0; salt < 24; ++salt) {
+            ASSERT_NO_FATAL_FAILURE(runCase(member, rng, 641, 5, salt)) << "case " << salt;
+        }
+    });
+}
+
+// Sums of all ties: the strict rule removes in blocks of four what the leftover columns keep, and only from an eighth
+// of the pixels (included) up to a quarter (excluded).
+TEST(ApplyHaar, TiesUnderEveryCount) {
+    eachMember([]<class T, class N, class V>(const Member<T, N, V> &member) {
+        const Features<V> features{{{{0, 0, 1, 1}}, {V{1}}, 0, 1, 1}, {{{0, 0, 1, 1}}, {V{1}}, 0, 2, 2}};
+        for (const std::int32_t count : {-1, 0, 34, 35, 36, 69, 70, 71, 280}) {
+            for (const std::int64_t percent : {100, 30}) {
+                Images<T, N, V> images(35, 8, {1, 1}, {1, 1}, 3);
+                Rng rng = makeRng("ties");
+                select(images.mask, rng, percent, false);
+                ASSERT_NO_FATAL_FAILURE(expectStage(member, images, features, V{3}, 0, count));
+                const bool blocks = !member.mixed && count >= 35 && count < 70;
+                ASSERT_EQ(images.mask.at(0, 0) == 0, blocks || percent == 30) << count;
+            }
+        }
+    });
+}
+
+// Threshold times a NaN is no number to be below; a NaN stage threshold fails nobody but the strict.
+TEST(ApplyHaar, NaN) {
+    const Features<float> features{{{{0, 0, 1, 1}}, {1}, 2, -5, 4}};
+    Images<float, float, float> images(11, 2, {1, 1}, {1, 1}, 0);
+    for (const float threshold : {4.0f, NAN}) {
+        for (const std::int32_t count : {22, 3}) {
+            for (std::int64_t i = 0; i < 22; ++i) {
+                images.norm.set(i % 11, i / 11, NAN);
+                images.mask.set(i % 11, i / 11, 9);
+            }
+            const Member<float, float, float> member UPRIGHT(rvxiApplyHaarClassifier_32f_C1R);
+            ASSERT_NO_FATAL_FAILURE(expectStage(member, images, features, threshold, 0, count));
+            ASSERT_EQ(images.mask.at(0, 0), count == 22 ? 9 : 0);
+            ASSERT_EQ(images.mask.at(10, 1), 9);
+        }
+    }
+}
+
+// Rows so far apart that the offsets of a window's corners exceed 32 bits, in elements too.
+TEST(ApplyHaar, RowsFarApart) {
+    constexpr std::int64_t step = INT64_C(1) << 30, bytes = 10 * step;
+    void *map = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(map, MAP_FAILED);
+    auto *sum = static_cast<float *>(map);
+    for (std::int64_t x = 0; x < 40; ++x) {
+        sum[9 * (step / 4) + x] = static_cast<float>(x * x);
+    }
+    const Record record = makeRecord(Features<float>{{{{0, 0, 2, 9}}, {1}, 1, 0, 1}});
+    std::vector<float> norm(38, 100);
+    std::vector<std::uint8_t> mask(38, 1);
+    std::int32_t count = 38;
+    EXPECT_EQ(
+        rvxiApplyHaarClassifier_32f_C1R(sum, step, norm.data(), 152, mask.data(), 38, {38, 1}, &count, record.get(), 1),
+        StatusOk);
+    for (std::size_t x = 0; x < mask.size(); ++x) {
+        EXPECT_EQ(mask[x], 4 * x + 4 >= 100) << x;
+    }
+    EXPECT_EQ(count, 14);
+    munmap(map, bytes);
+}
+
+// ----------------------------------------------------------------------------------------------- checks and memory
+
+TEST(ApplyHaar, FaultsInTheirOrder) {
+    eachMember([]<class T, class N, class V>(const Member<T, N, V> &member) {
+        const Features<V> features{{{{0, 0, 2, 2}, {1, 1, 1, 1}}, {V{1}, V{-3}}, 0, 1, -1}};
+        const Record record = makeRecord(features);
+        Images<T, N, V> images(13, 4, {3, 3}, {3, 3}, 4);
+        std::int32_t count = 7;
+        using C = Call<T, N, V>;
+        const C good = images.call(&count, record.get(), V{0}, 0);
+        std::vector<Fault<C>> faults = {
+            {"sum", StatusNullPointer, [](C &c) { c.sum = nullptr; }},
+            {"norm", StatusNullPointer, [](C &c) { c.norm = nullptr; }},
+            {"mask", StatusNullPointer, [](C &c) { c.mask = nullptr; }},
+            {"count", StatusNullPointer, [](C &c) { c.count = nullptr; }},
+            {"record", StatusNullPointer, [](C &c) { c.record = nullptr; }},
+            {"width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
+            {"height", StatusBadSize, [](C &c) { c.roi.height = 0; }},
+            {"sumStep", StatusBadStep, [](C &c) { c.sumStep = 4 * c.roi.width - 1; }},
+            {"normStep", StatusBadStep, [](C &c) { c.normStep = 4 * c.roi.width - 1; }},
+            {"maskStep", StatusBadStep, [](C &c) { c.maskStep = c.roi.width - 1; }},
+            {"wide", StatusBadStep, [](C &c) { c.roi.width = 1 << 30; }},
+            {"sum multiple", StatusStepNotMultiple, [&](C &c) { c.sumStep = good.sumStep + 2; }},
+            {"norm multiple", StatusStepNotMultiple, [&](C &c) { c.normStep = good.normStep + 1; }}};
+        const auto call = [&](const C &c) {
+            CountedAlloc::reset(c.failingMemory);
+            return member.call(c);
+        };
+        const std::int64_t live = CountedAlloc::live;
+        if (member.mixed) {
+            faults.insert(faults.begin() + 1, {"tilted", StatusNullPointer, [](C &c) { c.tilted = nullptr; }});
+            faults.insert(faults.begin() + 9, {"tiltedStep", StatusBadStep, [](C &c) { c.tiltedStep = 51; }});
+            faults.push_back({"tilted multiple", StatusStepNotMultiple, [&](C &c) { c.tiltedStep = 65; }});
+        } else {
+            faults.push_back({"memory", StatusNoMemory, [](C &c) { c.failingMemory = true; }});
+        }
+        expectFaultOrder<C>(good, faults, call, [&] {
+            auto bytes = images.mask.bytes();
+            bytes.push_back(static_cast<std::uint8_t>(count));
+            return bytes;
+        });
+        // The last call was the faultless one.
+        EXPECT_EQ(CountedAlloc::made, member.mixed ? 0 : 1) << member.name;
+        EXPECT_EQ(CountedAlloc::largest, member.mixed ? 0 : 16 * 2 + 8 * 13) << member.name;
+        EXPECT_EQ(CountedAlloc::live, live) << member.name;
+        CountedAlloc::reset();
+    });
+}
+
+} // namespace
