@@ -95,10 +95,13 @@ struct CornerOffsets {
 // Upright features: the offsets from a table of all rectangles in order.
 struct FromTable {
     static constexpr bool mixed = false, adjacent = true;
-    const CornerOffsets *offsets;
+    const CornerOffsets *next;
 
-    RVX_INLINE std::ptrdiff_t offset(const HaarRectangle &, std::int64_t rect, int, int corner) const {
-        return offsets[rect].at[corner];
+    RVX_INLINE void take(const HaarRectangle &, int, std::ptrdiff_t (&offsets)[4]) {
+        for (int i = 0; i < 4; ++i) {
+            offsets[i] = next->at[i];
+        }
+        ++next;
     }
 };
 // From the records, in 64 bits; `steps` are those of the images in elements.
@@ -106,8 +109,10 @@ template <bool bothImages, bool sideBySide> struct FromRecords {
     static constexpr bool mixed = bothImages, adjacent = sideBySide;
     std::int64_t steps[2];
 
-    RVX_INLINE std::ptrdiff_t offset(const HaarRectangle &rect, std::int64_t, int image, int corner) const {
-        return rect.corners[corner].y * steps[image] + rect.corners[corner].x;
+    RVX_INLINE void take(const HaarRectangle &rect, int image, std::ptrdiff_t (&offsets)[4]) {
+        for (int i = 0; i < 4; ++i) {
+            offsets[i] = rect.corners[i].y * steps[image] + rect.corners[i].x;
+        }
     }
 };
 
@@ -138,53 +143,42 @@ template <class Rule> struct Scattered {
     RVX_INLINE const auto *normOf(int k) const { return norm[k]; }
 };
 
-// The work itself; a function of its own, so that the registers are its alone.
 template <class Rule, class Corners, class Blocks, class Span>
-[[gnu::noinline]] void stageSums(const Rule &rule, const HaarClassifier &classifier, const Corners &corners,
-                                 const Blocks &blocks, Span span, typename Rule::Total (&stage)[groupBlocks]) {
+RVX_INLINE void stageSums(const Rule &rule, const HaarClassifier &classifier, Corners corners, const Blocks &blocks,
+                          Span span, typename Rule::Total (&totals)[groupBlocks]) {
     using Pixels = Vec<typename Rule::Element>;
-    typename Rule::Total totals[groupBlocks];
 #pragma GCC unroll 4
     for (int k = 0; k < groupBlocks; ++k) {
         totals[k] = Rule::none();
     }
-    std::int64_t rectNumber = 0;
-    for (std::int32_t f = 0; f < classifier.featureCount; ++f) {
-        const HaarFeature &feature = classifier.features[f];
-        const int image = Corners::mixed && isTilted(feature) ? 1 : 0;
-        const HaarRectangle *rect = feature.rects, *const end = rect + feature.rectCount;
+    const HaarFeature *feature = classifier.features, *const end = feature + classifier.featureCount;
+    for (; feature != end; ++feature) {
+        const int image = Corners::mixed && isTilted(*feature) ? 1 : 0;
         typename Rule::Total sums[groupBlocks];
         // A first sum takes the place of a sum with zero, which differs in a zero's sign at most.
-        const auto addRect = [&]<bool first>(std::bool_constant<first>) __attribute__((always_inline)) {
-            const std::ptrdiff_t a = corners.offset(*rect, rectNumber, image, 0);
-            const std::ptrdiff_t b = corners.offset(*rect, rectNumber, image, 1);
-            const std::ptrdiff_t c = corners.offset(*rect, rectNumber, image, 2);
-            const std::ptrdiff_t d = corners.offset(*rect, rectNumber, image, 3);
+        const auto addRect = [&]<bool first>(const HaarRectangle &rect, std::bool_constant<first>)
+            __attribute__((always_inline)) {
+            std::ptrdiff_t at[4];
+            corners.take(rect, image, at);
 #pragma GCC unroll 4
             for (int k = 0; k < groupBlocks; ++k) {
                 const auto *p = blocks.pixelsOf(image, k);
-                const auto sum =
-                    Rule::weighted(cornerSum<Corners::mixed>(load<Pixels>(p + a, span), load<Pixels>(p + b, span),
-                                                             load<Pixels>(p + c, span), load<Pixels>(p + d, span)),
-                                   rect->weight);
+                const auto sum = Rule::weighted(
+                    cornerSum<Corners::mixed>(load<Pixels>(p + at[0], span), load<Pixels>(p + at[1], span),
+                                              load<Pixels>(p + at[2], span), load<Pixels>(p + at[3], span)),
+                    rect.weight);
                 sums[k] = first ? sum : add(sums[k], sum);
             }
-            ++rect;
-            ++rectNumber;
         };
-        addRect(std::true_type{});
-        while (rect != end) {
-            addRect(std::false_type{});
+        addRect(feature->rects[0], std::true_type{});
+        for (std::int32_t r = 1; r < feature->rectCount; ++r) {
+            addRect(feature->rects[r], std::false_type{});
         }
-        const typename Rule::Value value(rule, feature);
+        const typename Rule::Value value(rule, *feature);
 #pragma GCC unroll 4
         for (int k = 0; k < groupBlocks; ++k) {
             totals[k] = add(totals[k], value(sums[k], load<Vec<typename Rule::Norm>>(blocks.normOf(k), span)));
         }
-    }
-#pragma GCC unroll 4
-    for (int k = 0; k < groupBlocks; ++k) {
-        stage[k] = totals[k];
     }
 }
 
@@ -244,58 +238,59 @@ public:
 
     // How many pixels pass.
     std::int64_t judge() {
-        for (std::int64_t y = 0; y < images_.roi.height; ++y) {
+        for (std::int32_t y = 0; y < images_.roi.height; ++y) {
             judgeRow(y);
         }
-        if (count_ != 0) {
-            judgeBlocks();
+        judgeQueue();
+        if (queued_ != 0) {
+            std::fill(queue_ + queued_, queue_ + groupBlocks, Block{queue_[0].x, queue_[0].y, 0});
+            queued_ = groupBlocks;
+            judgeQueue();
         }
         return passed_;
     }
 
 private:
-    struct Row {
-        const typename Rule::Element *sum, *tilted;
-        const typename Rule::Norm *norm;
-        std::uint8_t *mask;
+    struct Block {
+        std::int32_t x, y;
+        std::uint32_t selected; // the pixels that the block stands for
     };
+    static constexpr int fullQueue = 64;
 
     // Looks at a stretch and the one behind it: blocks reach into that one, unless it is a group of its own.
-    void judgeRow(std::int64_t y) {
-        const Row row{images_.sum.row(y), images_.tilted.row(y), images_.norm.row(y), images_.mask.row(y)};
-        const std::int64_t width = images_.roi.width, lastStart = std::max<std::int64_t>(width - blockPixels, 0);
-        std::uint64_t selected = selectedFrom(row.mask, 0, width);
-        for (std::int64_t x = 0; x < width; x += stretch, selected >>= stretch) {
-            const std::uint32_t ahead = selectedFrom(row.mask, x + stretch, width);
-            if (isGroup(x, static_cast<std::uint32_t>(selected))) {
-                judgeStretch(row, x);
-                selected = std::uint64_t{ahead} << stretch;
-                continue;
+    void judgeRow(std::int32_t y) {
+        const std::uint8_t *mask = images_.mask.row(y);
+        const std::int64_t width = images_.roi.width;
+        std::uint32_t here = selectedFrom(mask, 0, width);
+        bool isGroup = isStretch(0, here);
+        for (std::int64_t x = 0; x < width; x += stretch) {
+            const std::uint32_t ahead = selectedFrom(mask, x + stretch, width);
+            const bool aheadIsGroup = isStretch(x + stretch, ahead);
+            if (isGroup) {
+                judgeStretch(x, y);
+                here = ahead;
+            } else {
+                const std::uint64_t left = queueBlocks(x, y, here | std::uint64_t{aheadIsGroup ? 0 : ahead} << stretch);
+                here = aheadIsGroup ? ahead : static_cast<std::uint32_t>(left >> stretch);
             }
-            const bool aheadIsGroup = isGroup(x + stretch, ahead);
-            selected |= aheadIsGroup ? 0 : std::uint64_t{ahead} << stretch;
-            while (static_cast<std::uint32_t>(selected) != 0) {
-                const int first = std::countr_zero(selected);
-                const std::int64_t start = std::min(x + first, lastStart);
-                addBlock(row, start, (selected >> first & 0xff) << (x + first - start));
-                selected &= ~(std::uint64_t{0xff} << first);
-            }
-            selected |= aheadIsGroup ? std::uint64_t{ahead} << stretch : 0;
+            isGroup = aheadIsGroup;
         }
     }
 
-    bool isGroup(std::int64_t x, std::uint32_t selected) const {
+    // Whether 32 pixels are judged together.
+    bool isStretch(std::int64_t x, std::uint32_t selected) const {
         const std::int64_t strict = images_.strictColumns;
         return Corners::adjacent && isDense(selected) && x + stretch <= images_.roi.width &&
                (x >= strict || x + stretch <= strict);
     }
 
-    void judgeStretch(const Row &row, std::int64_t x) {
+    void judgeStretch(std::int64_t x, std::int64_t y) {
         if constexpr (Corners::adjacent) {
             typename Rule::Total stage[groupBlocks];
-            stageSums(rule_, classifier_, corners_, Adjacent<Rule>{{row.sum + x, row.tilted + x}, row.norm + x}, span_,
-                      stage);
-            const U8x32 zero = splat(std::uint8_t{0}), before = load<U8x32>(row.mask + x);
+            const Adjacent<Rule> blocks{{images_.sum.row(y) + x, images_.tilted.row(y) + x}, images_.norm.row(y) + x};
+            stageSums(rule_, classifier_, corners_, blocks, span_, stage);
+            std::uint8_t *mask = images_.mask.row(y) + x;
+            const U8x32 zero = splat(std::uint8_t{0}), before = load<U8x32>(mask);
             U8x32 after;
             if (x < images_.strictColumns) {
                 after = bitAndNot(maskBytes(rule_.above(stage[0]), rule_.above(stage[1]), rule_.above(stage[2]),
@@ -306,41 +301,65 @@ private:
                                                     rule_.below(stage[3])));
             }
             passed_ += stretch - std::popcount(laneBits(equal(after, zero)));
-            store(row.mask + x, after);
+            store(mask, after);
         }
     }
 
-    void addBlock(const Row &row, std::int64_t x, std::uint64_t selected) {
-        const int k = count_++;
-        blocks_.pixels[0][k] = row.sum + x;
-        blocks_.pixels[1][k] = row.tilted + x;
-        blocks_.norm[k] = row.norm + x;
-        mask_[k] = row.mask + x;
-        selected_[k] = static_cast<std::uint32_t>(selected);
-        strict_[k] = (1u << std::clamp<std::int64_t>(images_.strictColumns - x, 0, blockPixels)) - 1;
-        if (count_ == groupBlocks) {
-            judgeBlocks();
+    // Queues blocks for the selected pixels among the first 32, and tells which ones behind them are left.
+    std::uint64_t queueBlocks(std::int64_t x, std::int32_t y, std::uint64_t selected) {
+        if (selected == 0) {
+            return 0;
         }
+        const std::int64_t lastStart = std::max(images_.roi.width - blockPixels, 0);
+        const auto next = [&] __attribute__((always_inline)) {
+            const auto low = static_cast<std::uint32_t>(selected);
+            const int first = std::countr_zero(low);
+            const std::int64_t start = std::min(x + first, lastStart);
+            queue_[queued_] = {static_cast<std::int32_t>(start), y,
+                               static_cast<std::uint32_t>((selected >> first & 0xff) << (x + first - start))};
+            queued_ += low != 0;
+            selected &= ~(std::uint64_t{low != 0 ? 0xffu : 0u} << first);
+        };
+        // How many there are is hard to predict: two places are written in any case.
+        next();
+        next();
+        while (static_cast<std::uint32_t>(selected) != 0) {
+            next();
+        }
+        if (queued_ >= fullQueue) {
+            judgeQueue();
+        }
+        return selected;
     }
 
-    // The blocks gathered so far; the places of missing ones repeat the last one.
-    void judgeBlocks() {
-        for (int k = count_; k < groupBlocks; ++k) {
-            blocks_.pixels[0][k] = blocks_.pixels[0][k - 1];
-            blocks_.pixels[1][k] = blocks_.pixels[1][k - 1];
-            blocks_.norm[k] = blocks_.norm[k - 1];
+    // Whole groups; the blocks left over move to the front.
+    void judgeQueue() {
+        int done = 0;
+        for (; done + groupBlocks <= queued_; done += groupBlocks) {
+            judgeGroup(queue_ + done);
+        }
+        std::copy(queue_ + done, queue_ + queued_, queue_);
+        queued_ -= done;
+    }
+    void judgeGroup(const Block *group) {
+        Scattered<Rule> blocks;
+        for (int k = 0; k < groupBlocks; ++k) {
+            blocks.pixels[0][k] = images_.sum.row(group[k].y) + group[k].x;
+            blocks.pixels[1][k] = images_.tilted.row(group[k].y) + group[k].x;
+            blocks.norm[k] = images_.norm.row(group[k].y) + group[k].x;
         }
         typename Rule::Total stage[groupBlocks];
-        stageSums(rule_, classifier_, corners_, blocks_, span_, stage);
-        for (int k = 0; k < count_; ++k) {
-            const std::uint32_t strict = strict_[k];
+        stageSums(rule_, classifier_, corners_, blocks, span_, stage);
+#pragma GCC unroll 4
+        for (int k = 0; k < groupBlocks; ++k) {
+            const std::uint32_t strict =
+                (1u << std::clamp<std::int64_t>(images_.strictColumns - group[k].x, 0, blockPixels)) - 1;
             const std::uint32_t allowed =
                 (~laneBits(rule_.below(stage[k])) & ~strict) | (laneBits(rule_.above(stage[k])) & strict);
-            const std::uint32_t passes = selected_[k] & allowed;
+            const std::uint32_t passes = group[k].selected & allowed;
             passed_ += std::popcount(passes);
-            mark(mask_[k], selected_[k] & ~passes, passes & strict, span_);
+            mark(images_.mask.row(group[k].y) + group[k].x, group[k].selected & ~passes, passes & strict, span_);
         }
-        count_ = 0;
     }
 
     const Rule &rule_;
@@ -348,11 +367,8 @@ private:
     const Corners &corners_;
     const Images<Rule> &images_;
     const Span span_;
-    Scattered<Rule> blocks_;
-    std::uint8_t *mask_[groupBlocks];
-    std::uint32_t selected_[groupBlocks]; // the pixels that a block stands for
-    std::uint32_t strict_[groupBlocks];   // its pixels that are judged by the rule of blocks
-    int count_ = 0;
+    Block queue_[fullQueue + groupBlocks];
+    int queued_ = 0;
     std::int64_t passed_ = 0;
 };
 
