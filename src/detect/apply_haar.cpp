@@ -291,15 +291,8 @@ private:
             stageSums(rule_, classifier_, corners_, blocks, span_, stage);
             std::uint8_t *mask = images_.mask.row(y) + x;
             const U8x32 zero = splat(std::uint8_t{0}), before = load<U8x32>(mask);
-            U8x32 after;
-            if (x < images_.strictColumns) {
-                after = bitAndNot(maskBytes(rule_.above(stage[0]), rule_.above(stage[1]), rule_.above(stage[2]),
-                                            rule_.above(stage[3])),
-                                  equal(before, zero));
-            } else {
-                after = bitAndNot(before, maskBytes(rule_.below(stage[0]), rule_.below(stage[1]), rule_.below(stage[2]),
-                                                    rule_.below(stage[3])));
-            }
+            const U8x32 after = x < images_.strictColumns ? bitAndNot(aboveBytes(stage), equal(before, zero))
+                                                          : bitAndNot(before, belowBytes(stage));
             passed_ += stretch - std::popcount(laneBits(equal(after, zero)));
             store(mask, after);
         }
@@ -318,7 +311,7 @@ private:
             queue_[queued_] = {static_cast<std::int32_t>(start), y,
                                static_cast<std::uint32_t>((selected >> first & 0xff) << (x + first - start))};
             queued_ += low != 0;
-            selected &= ~(std::uint64_t{low != 0 ? 0xffu : 0u} << first);
+            selected &= ~(std::uint64_t{low & -low} * 0xff); // the lowest bit and seven more, or none
         };
         // How many there are is hard to predict: two places are written in any case.
         next();
@@ -350,16 +343,35 @@ private:
         }
         typename Rule::Total stage[groupBlocks];
         stageSums(rule_, classifier_, corners_, blocks, span_, stage);
-#pragma GCC unroll 4
+        // Eight bits for each block.
+        std::uint32_t selected = 0, filled = 0;
         for (int k = 0; k < groupBlocks; ++k) {
-            const std::uint32_t strict =
-                (1u << std::clamp<std::int64_t>(images_.strictColumns - group[k].x, 0, blockPixels)) - 1;
-            const std::uint32_t allowed =
-                (~laneBits(rule_.below(stage[k])) & ~strict) | (laneBits(rule_.above(stage[k])) & strict);
-            const std::uint32_t passes = group[k].selected & allowed;
-            passed_ += std::popcount(passes);
-            mark(images_.mask.row(group[k].y) + group[k].x, group[k].selected & ~passes, passes & strict, span_);
+            selected |= group[k].selected << blockPixels * k;
         }
+        std::uint32_t passes = selected & ~laneBits(belowBytes(stage));
+        if (images_.strictColumns != 0) {
+            std::uint32_t strict = 0;
+            for (int k = 0; k < groupBlocks; ++k) {
+                const std::int64_t columns = images_.strictColumns - group[k].x;
+                strict |= ((1u << std::clamp<std::int64_t>(columns, 0, blockPixels)) - 1) << blockPixels * k;
+            }
+            filled = selected & strict & laneBits(aboveBytes(stage));
+            passes = (passes & ~strict) | filled;
+        }
+        passed_ += std::popcount(passes);
+        const std::uint32_t cleared = selected & ~passes;
+        for (int k = 0; k < groupBlocks; ++k) {
+            mark(images_.mask.row(group[k].y) + group[k].x, cleared >> blockPixels * k & 0xff,
+                 filled >> blockPixels * k & 0xff, span_);
+        }
+    }
+
+    using Stage = typename Rule::Total[groupBlocks];
+    U8x32 belowBytes(const Stage &stage) const {
+        return maskBytes(rule_.below(stage[0]), rule_.below(stage[1]), rule_.below(stage[2]), rule_.below(stage[3]));
+    }
+    U8x32 aboveBytes(const Stage &stage) const {
+        return maskBytes(rule_.above(stage[0]), rule_.above(stage[1]), rule_.above(stage[2]), rule_.above(stage[3]));
     }
 
     const Rule &rule_;
@@ -454,7 +466,7 @@ StatusCode applyMixed(const typename Rule::Element *sum, std::int32_t sumStep, c
     if (checks.failed()) {
         return checks.status();
     }
-    const auto *tiltedOrigin = byteOffset(tilted, tiltedStep) + 1;
+    const auto *tiltedOrigin = byteOffset(tilted, tiltedStep) + 1; // element (1, 1)
     const Images<Rule> images{
         Plane{sum, sumStep}, Plane{tiltedOrigin, tiltedStep}, Plane{norm, normStep}, Plane{mask, maskStep}, roi, 0};
     *count = static_cast<std::int32_t>(judgeFromRecords<Rule, true>(rule, *classifier, images));
