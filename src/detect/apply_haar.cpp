@@ -214,12 +214,6 @@ RVX_INLINE std::uint32_t selectedFrom(const std::uint8_t *mask, std::int64_t x, 
     return ~laneBits(equal(load<U8x32>(mask, Part{static_cast<int>(width)}), zero));
 }
 
-// Whether a stretch of 32 pixels would take four blocks anyway.
-RVX_INLINE bool isDense(std::uint32_t selected) {
-    return std::popcount(selected) >= stretch / 2 &&
-           std::bit_width(selected) - std::countr_zero(selected) > 3 * blockPixels;
-}
-
 // -------------------------------------------------------------------------------------------------- the whole image
 
 template <class Rule> struct Images {
@@ -234,7 +228,8 @@ template <class Rule, class Corners, class Span> class Judge {
 public:
     Judge(const Rule &rule, const HaarClassifier &classifier, const Corners &corners, const Images<Rule> &images,
           Span span)
-        : rule_(rule), classifier_(classifier), corners_(corners), images_(images), span_(span) {}
+        : rule_(rule), classifier_(classifier), corners_(corners), images_(images), span_(span),
+          denseFrom_(classifier.rectCount <= 6 ? 4 : 16) {}
 
     // How many pixels pass.
     std::int64_t judge() {
@@ -277,11 +272,12 @@ private:
         }
     }
 
-    // Whether 32 pixels are judged together.
+    // Whether 32 pixels are judged together: where they would take about as many blocks anyway.
     bool isStretch(std::int64_t x, std::uint32_t selected) const {
         const std::int64_t strict = images_.strictColumns;
-        return Corners::adjacent && isDense(selected) && x + stretch <= images_.roi.width &&
-               (x >= strict || x + stretch <= strict);
+        const bool dense = std::popcount(selected) >= denseFrom_ &&
+                           std::bit_width(selected) - std::countr_zero(selected) > 2 * blockPixels;
+        return Corners::adjacent && dense && x + stretch <= images_.roi.width && (x >= strict || x + stretch <= strict);
     }
 
     void judgeStretch(std::int64_t x, std::int64_t y) {
@@ -379,6 +375,7 @@ private:
     const Corners &corners_;
     const Images<Rule> &images_;
     const Span span_;
+    const int denseFrom_; // selected pixels among 32; under few features queueing a block costs as much as judging it
     Block queue_[fullQueue + groupBlocks];
     int queued_ = 0;
     std::int64_t passed_ = 0;
