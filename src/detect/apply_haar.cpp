@@ -300,7 +300,7 @@ private:
             return 0;
         }
         const std::int64_t lastStart = std::max(images_.roi.width - blockPixels, 0);
-        const auto next = [&] __attribute__((always_inline)) {
+        const auto next = [&]() __attribute__((always_inline)) {
             const auto low = static_cast<std::uint32_t>(selected);
             const int first = std::countr_zero(low);
             const std::int64_t start = std::min(x + first, lastStart);

@@ -29,14 +29,12 @@ template <class V> using Features = std::vector<PlainFeature<V>>;
 
 inline std::array<Point2i, 4> plainCorners(Rect2i r, Tilt tilt) {
     const std::int32_t x = r.x, y = r.y, w = r.width, h = r.height;
-    switch (tilt) {
-    case Tilt::down:
-        return {{{x + w - h, y + w + h}, {x - h, y + h}, {x + w, y + w}, {x, y}}};
-    case Tilt::up:
-        return {{{x, y + h}, {x - h, y}, {x + w, y + h - w}, {x + w - h, y - w}}};
-    default:
+    if (tilt == Tilt::none) {
         return {{{x + w, y + h}, {x, y + h}, {x + w, y}, {x, y}}};
     }
+    return tilt == Tilt::down
+               ? std::array<Point2i, 4>{{{x + w - h, y + w + h}, {x - h, y + h}, {x + w, y + w}, {x, y}}}
+               : std::array<Point2i, 4>{{{x, y + h}, {x - h, y}, {x + w, y + h - w}, {x + w - h, y - w}}};
 }
 
 // Rectangles that keep their tilted corners at -1 or behind.
@@ -47,21 +45,21 @@ inline Rect2i randomRect(Rng &rng, Tilt tilt) {
             w, h};
 }
 
-// Values are small, so that stage sums often equal a stage threshold.
+// Values are small, so that stage sums often equal a stage threshold; some weights and thresholds are not.
 template <class V> Features<V> randomFeatures(Rng &rng, std::int64_t count, const std::vector<Tilt> &tilts) {
+    using support::Contents;
+    const auto small = [&](int most) { return static_cast<V>(uniform(rng, -most, most)); };
+    const auto any = [&](Contents large) { return rng() % 9 == 0 ? support::randomValue<V>(rng, large) : small(3); };
     Features<V> features(static_cast<std::size_t>(count));
     for (PlainFeature<V> &feature : features) {
         feature.tilt = tilts[rng() % tilts.size()];
-        const std::int64_t rects = uniform(rng, 1, 5);
-        for (std::int64_t k = 0; k < rects; ++k) {
+        for (std::int64_t rects = uniform(rng, 1, 5); rects != 0; --rects) {
             feature.rects.push_back(randomRect(rng, feature.tilt));
-            const bool large = uniform(rng, 0, 9) == 0;
-            feature.weights.push_back(large ? support::randomValue<V>(rng, support::Contents::random)
-                                            : static_cast<V>(uniform(rng, -3, 3)));
+            feature.weights.push_back(any(Contents::random));
         }
-        feature.threshold = static_cast<V>(uniform(rng, -4, 4));
-        feature.value1 = static_cast<V>(uniform(rng, -2, 2));
-        feature.value2 = static_cast<V>(uniform(rng, -2, 2));
+        feature.threshold = any(Contents::nearMax);
+        feature.value1 = small(2);
+        feature.value2 = small(2);
     }
     return features;
 }
@@ -93,11 +91,9 @@ template <class V> struct Arrays {
             rectCounts.push_back(static_cast<std::int32_t>(feature.rects.size()));
         }
     }
-    std::int32_t length() const { return static_cast<std::int32_t>(rectCounts.size()); }
 };
 
-template <class V> struct RecordCalls;
-template <> struct RecordCalls<float> {
+template <class V> struct RecordCalls {
     static constexpr auto make = rvxiHaarClassifierInitAlloc_32f, makeTilted = rvxiTiltedHaarClassifierInitAlloc_32f;
     static constexpr auto free = rvxiHaarClassifierFree_32f;
     static constexpr auto tilt = rvxiTiltHaarFeatures_32f;
@@ -112,15 +108,15 @@ template <> struct RecordCalls<std::int32_t> {
 
 using Record = std::unique_ptr<HaarClassifier, StatusCode (*)(HaarClassifier *)>;
 
-// Null when it fails; empty arrays are handed over as pointers to something.
-template <class V> Record makeRecord(const Features<V> &features, bool tilted = false) {
-    Arrays<V> a(features);
-    a.rects.reserve(1), a.weights.reserve(1), a.thresholds.reserve(1), a.value1.reserve(1), a.value2.reserve(1);
-    a.rectCounts.reserve(1);
+// Null when it fails. The arrays hold one feature more than is asked for: they are never empty.
+template <class V> Record makeRecord(Features<V> features, bool tilted = false) {
+    const auto length = static_cast<std::int32_t>(features.size());
+    features.push_back({{Rect2i{}}, {V{}}, 0, 0, 0});
+    const Arrays<V> a(features);
     HaarClassifier *record = nullptr;
     const auto make = tilted ? RecordCalls<V>::makeTilted : RecordCalls<V>::make;
     make(&record, a.rects.data(), a.weights.data(), a.thresholds.data(), a.value1.data(), a.value2.data(),
-         a.rectCounts.data(), a.length());
+         a.rectCounts.data(), length);
     return {record, RecordCalls<V>::free};
 }
 
