@@ -19,20 +19,20 @@ static void drawBar(int x, int y, int width, int height, int level) {
 }
 
 int main(void) {
-    /* Values 0 and 1 are votes: a feature votes 1 where its sum is not below its threshold, a share of the deviation
-     * summed over the window. Stage 1 wants the middle third brighter than the whole, stage 2 also its ends as bright
-     * as its middle, within the deviation. */
+    /* Values 0 and 1 are votes, thresholds are shares of the deviation summed over the window. Stage 1: the window less
+     * three times its middle third is far below zero, for the middle is brighter than the rest. Stage 2: the ends of
+     * the middle third less its centre are not below zero by much, for the bar reaches them. */
     const Rect2i rects[2][2] = {{{0, 0, WINDOW_W, WINDOW_H}, {4, 0, 4, WINDOW_H}}, {{4, 0, 4, WINDOW_H}, {4, 4, 4, 8}}};
-    const float weights[2][2] = {{-1, 3}, {1, -2}};
-    const float thresholds[2] = {1.2f * WINDOW_W * WINDOW_H, -0.1f * WINDOW_W * WINDOW_H};
-    const float fails[1] = {0}, passes[1] = {1};
+    const float weights[2][2] = {{1, -3}, {1, -2}};
+    const float thresholds[2] = {-1.2f * WINDOW_W * WINDOW_H, -0.1f * WINDOW_W * WINDOW_H};
+    const float below[2] = {1, 0}, otherwise[2] = {0, 1};
     const int32_t rectCounts[1] = {2};
     const float stageThreshold = 0.5f;
 
     memset(picture, 40, sizeof picture);
     drawBar(20, 8, 4, 16, 200);  /* a bar */
     drawBar(60, 30, 4, 16, 120); /* another one, of less contrast */
-    drawBar(40, 34, 24, 4, 200); /* lies down: none */
+    drawBar(16, 50, 24, 4, 200); /* lies down: none */
 
     const RoiSize size = {W, H}, windows = {COLUMNS, ROWS};
     const Rect2i window = {0, 0, WINDOW_W, WINDOW_H};
@@ -46,8 +46,8 @@ int main(void) {
     int32_t count = COLUMNS * ROWS;
     for (int i = 0; i < 2 && status == StatusOk; ++i) {
         HaarClassifier *stage = NULL;
-        status =
-            rvxiHaarClassifierInitAlloc_32f(&stage, rects[i], weights[i], &thresholds[i], fails, passes, rectCounts, 1);
+        status = rvxiHaarClassifierInitAlloc_32f(&stage, rects[i], weights[i], &thresholds[i], &below[i], &otherwise[i],
+                                                 rectCounts, 1);
         if (status == StatusOk) {
             status = rvxiApplyHaarClassifier_32f_C1R(sum[0], sizeof sum[0], deviation[0], sizeof deviation[0], mask[0],
                                                      COLUMNS, windows, &count, stage, stageThreshold);

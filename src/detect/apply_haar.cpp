@@ -272,12 +272,12 @@ private:
         }
     }
 
-    // Whether 32 pixels are judged together: where they would take about as many blocks anyway.
+    // Whether 32 pixels are judged together: where they would take about as many blocks anyway. Stretches lie on one
+    // side of the strict columns, which end less than four pixels before the row does.
     bool isStretch(std::int64_t x, std::uint32_t selected) const {
-        const std::int64_t strict = images_.strictColumns;
         const bool dense = std::popcount(selected) >= denseFrom_ &&
                            std::bit_width(selected) - std::countr_zero(selected) > 2 * blockPixels;
-        return Corners::adjacent && dense && x + stretch <= images_.roi.width && (x >= strict || x + stretch <= strict);
+        return Corners::adjacent && dense && x + stretch <= images_.roi.width;
     }
 
     void judgeStretch(std::int64_t x, std::int64_t y) {

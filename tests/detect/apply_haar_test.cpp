@@ -153,16 +153,13 @@ template <class T, class N, class V> struct Images {
 
 // Which pixels are selected: some of `percent`, or runs of random length.
 void select(GuardedImage<std::uint8_t> &mask, Rng &rng, std::int64_t percent, bool runs) {
-    for (std::int64_t y = 0; y < mask.height(); ++y) {
-        std::int64_t left = 0;
-        bool on = false;
-        for (std::int64_t x = 0; x < mask.width(); ++x) {
-            if (--left < 0) {
-                on = uniform(rng, 0, 99) < percent;
-                left = runs ? uniform(rng, 0, 60) : 0;
-            }
-            mask.set(x, y, static_cast<std::uint8_t>(on ? uniform(rng, 1, 255) : 0));
+    bool on = false;
+    for (std::int64_t i = 0, left = 0; i < mask.width() * mask.height(); ++i, --left) {
+        if (left <= 0) {
+            on = uniform(rng, 0, 99) < percent;
+            left = runs ? uniform(rng, 1, 60) : 1;
         }
+        mask.set(i % mask.width(), i / mask.width(), static_cast<std::uint8_t>(on ? uniform(rng, 1, 255) : 0));
     }
 }
 
