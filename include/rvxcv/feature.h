@@ -111,6 +111,82 @@ StatusCode rvxiFindPeaks3x3_32f_C1R(const float *src, int32_t srcStep, RoiSize r
 StatusCode rvxiFindPeaks3x3GetBufferSize_32s_C1R(int32_t width, int32_t *size);
 StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
 
+/* ----------------------------------------------------------------------------------------------------- Hough lines */
+
+/* Straight lines in a two-level image (not zero: marked), by the transform of R. O. Duda and P. E. Hart, "Use of the
+ * Hough Transformation to Detect Lines and Curves in Pictures", CACM 15(1), 1972. A line is the pair (rho, theta) of
+ * x cos(theta) + y sin(theta) = rho; the resolution divides rho and theta into cells.
+ *
+ * There are nTheta + 1 angles, nTheta = 3.14159f / resolution.theta truncated, and nRho = (2 (width + height) + 1) /
+ * resolution.rho truncated, both in single precision; half = (nRho - 1) / 2, truncated. The angles of the tables are
+ * accumulated in single precision. With C and S the integer parts of cos(theta) and sin(theta) times 1024 /
+ * resolution.rho, the marked pixel (x, y) votes at each angle for the cell
+ *     ((q + 512) >> 10) + half,   q = x C + y S rounded to the nearest integer
+ * (two products, one sum, in single precision; the shift rounds down). Cells run from -1 to nRho; where rounding in an
+ * image of millions of columns would lead past them, the vote goes to the last one. A cell is a peak when its votes
+ * exceed the threshold, exceed those at the previous rho and at both neighbouring angles, and are not fewer than those
+ * at the next rho. Peaks are sorted by votes, the strongest first; among equals the smaller angle, then the smaller
+ * rho comes first.
+ */
+
+/* The strongest lines: rho = resolution.rho * (cell - half), theta = resolution.theta * angle. *lineCount is how many
+ * were written. StatusResultTruncated when more peaks were found than maxLineCount.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadStep (below 1); StatusBadSize (width, height or
+ * maxLineCount below 1); StatusBadArgument (resolution.rho not above 0 or above width + height, resolution.theta not
+ * above 0 or above 3.14159f, threshold below 1); StatusBadSize (the scratch size would not fit). */
+StatusCode rvxiHoughLine_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t threshold,
+                                   HoughLine *lines, int32_t maxLineCount, int32_t *lineCount, uint8_t *buffer,
+                                   HoughResolution resolution);
+
+/* Those of all lines with region[0].rho <= rho <= region[1].rho and region[0].theta <= theta <= region[1].theta: the
+ * whole result, filtered before the capacity applies. Only the angles that matter are voted for. No line is
+ * StatusEmptyResult, with *lineCount 0.
+ * Status codes: those of the function above (the region's pointer with the other pointers), then StatusBadArgument
+ * (a bound is NaN, or a lower bound is above its upper one). */
+StatusCode rvxiHoughLine_Region_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t threshold,
+                                          HoughLine *lines, int32_t maxLineCount, int32_t *lineCount, uint8_t *buffer,
+                                          HoughResolution resolution, const HoughLine region[2]);
+
+/* Bytes of scratch for the two functions above: height (4 width + 64) + 16 maxLineCount + 32 + 8 (nTheta + 1) + 16 nRho
+ * + 256. StatusNullPointer; StatusBadSize (width, height or maxLineCount below 1); StatusBadArgument (a resolution not
+ * above 0); StatusBadSize (a size that does not fit). */
+StatusCode rvxiHoughLineGetSize_8u_C1R(RoiSize roi, HoughResolution resolution, int32_t maxLineCount, int32_t *size);
+
+/* Line segments, by the progressive probabilistic transform of J. Matas, C. Galambos and J. Kittler, "Robust Detection
+ * of Lines Using the Progressive Probabilistic Hough Transform", CVIU 78, 2000. Marked pixels are taken in a random
+ * order and vote for all angles. As soon as the best cell of a pixel holds `threshold` votes (of equal cells, the one
+ * with the smallest angle), the line is followed from that pixel in both directions; its pixels are removed from the
+ * image, and those that had voted from the cells. Equal arguments give equal segments.
+ *
+ * A line is followed in unit steps along its longer side. A step is marked when its pixel is, or the one on either side
+ * across; runs of unmarked steps between marked ones are at most lineGap long. The direction of the cell is a first
+ * guess, corrected by the ends that are found, so a coarse angle does not break a long line. Both ends of a segment are
+ * marked pixels, and the rule holds for the path between them: with n = max(|dx|, |dy|), step i (0..n) lies at
+ * first + i (last - first) / n, the shorter side rounded to nearest, halves up.
+ *
+ * The record holds the resolution and the seed of the random order, and may serve images of any size. It is read only
+ * by the search. It may lie at any address and be copied. */
+typedef struct HoughProbLineSpec HoughProbLineSpec;
+
+/* The segments in the order in which they were found, two points each, with max(|dx|, |dy|) >= lineLength. *segmentCount
+ * is how many were written. The search ends with StatusResultTruncated as soon as the array is full.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadStep (below 1); StatusBadSize (width, height or
+ * maxSegmentCount below 1); StatusBadArgument (threshold or lineLength below 1, lineGap below 0, or a resolution that
+ * is too coarse for this size: nRho is 0); StatusBadSize (the scratch size would not fit). */
+StatusCode rvxiHoughProbLine_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t threshold,
+                                       int32_t lineLength, int32_t lineGap, Point2i *segments, int32_t maxSegmentCount,
+                                       int32_t *segmentCount, uint8_t *buffer, const HoughProbLineSpec *spec);
+
+/* Fills a record. StatusNullPointer; StatusBadSize (width or height below 1); StatusBadArgument (a resolution not above
+ * 0); StatusBadSize (the record's size would not fit). */
+StatusCode rvxiHoughProbLineInit_8u32f_C1R(RoiSize roi, int32_t seed, HoughProbLineSpec *spec,
+                                           HoughResolution resolution);
+
+/* Bytes of a record, 8 (nTheta + 1) + 16, and of scratch, (width / 8 + 1) height + 4 nRho (nTheta + 1) + 4 width height
+ * with width / 8 truncated. Neither is written unless both fit. Status codes as above. */
+StatusCode rvxiHoughProbLineGetSize_8u_C1R(RoiSize roi, HoughResolution resolution, int32_t *specSize,
+                                           int32_t *bufferSize);
+
 #ifdef __cplusplus
 }
 #endif

@@ -93,6 +93,18 @@ typedef struct Rect2i {
     int32_t height;
 } Rect2i;
 
+/* Steps of the space of lines: pixels and radians. */
+typedef struct HoughResolution {
+    float rho;
+    float theta;
+} HoughResolution;
+
+/* The line x cos(theta) + y sin(theta) = rho: its distance from the first pixel, and the direction of its normal. */
+typedef struct HoughLine {
+    float rho;   /* pixels */
+    float theta; /* radians */
+} HoughLine;
+
 #ifdef __cplusplus
 }
 #endif

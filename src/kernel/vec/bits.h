@@ -52,6 +52,12 @@ RVX_INLINE U8x32 mergeBits(U8x32 a, U8x32 b, U8x32 mask) {
     return {{_mm256_or_si256(_mm256_andnot_si256(mask.v, a.v), _mm256_and_si256(mask.v, b.v))}};
 }
 
+// Fields of 32-bit lanes: the bits of a mask, and those from a place on, moved down.
+RVX_INLINE I32x8 maskedBits(I32x8 a, std::uint32_t mask) {
+    return {{_mm256_and_si256(a.v, _mm256_set1_epi32(static_cast<std::int32_t>(mask)))}};
+}
+RVX_INLINE I32x8 upperBits(I32x8 a, int from) { return {{_mm256_srl_epi32(a.v, _mm_cvtsi32_si128(from))}}; }
+
 // The bits of a at the set bits of a mask, moved together at the low end; and the low bits of a, moved to the set bits.
 RVX_INLINE std::uint64_t gatherBits(std::uint64_t a, std::uint64_t mask) { return _pext_u64(a, mask); }
 RVX_INLINE std::uint64_t scatterBits(std::uint64_t a, std::uint64_t mask) { return _pdep_u64(a, mask); }

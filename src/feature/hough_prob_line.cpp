@@ -1,0 +1,498 @@
+// Line segments: the progressive probabilistic Hough transform.
+//
+// Pixels are drawn in a random order, vote, and stop the search as soon as one of their cells is full; then the line is
+// followed in the image. Voting one pixel after the other would touch a cache line of the cells for every vote. So a
+// batch of pixels votes angle by angle, and when one of them fills a cell, the votes of those behind it are taken back:
+// the result is that of one pixel at a time. A cell never holds more than the threshold and a batch, and counters are
+// as narrow as that allows.
+#include "frame/api.h"
+
+#include "feature/hough_tables.h"
+#include "kernel/checks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+// The record: this, then the cosines, then the sines.
+struct HoughProbLineSpec {
+    HoughResolution resolution;
+    std::int32_t seed, angles;
+};
+
+namespace rvxcv {
+namespace {
+
+std::int64_t specBytes(std::int64_t angles) {
+    return static_cast<std::int64_t>(sizeof(HoughProbLineSpec)) + 8 * angles;
+}
+
+std::int64_t maskPitch(RoiSize roi) { return roi.width / 8 + 1; }
+
+std::int64_t scratchBytes(RoiSize roi, const HoughSpace &space) {
+    return saturatedSum(saturatedProduct(maskPitch(roi), roi.height), saturatedProduct(4 * space.rhos, space.angles),
+                        saturatedProduct(4 * std::int64_t{roi.width}, roi.height));
+}
+
+// ----------------------------------------------------------------------------------------- the pixels of the image
+
+// One bit for every pixel that is still there.
+class PixelMask {
+public:
+    PixelMask(std::uint8_t *bits, RoiSize roi) : bits_(bits), pitch_(maskPitch(roi)), roi_(roi) {}
+
+    // 32 pixels of a row from a multiple of 32 on, in rising order.
+    void set(std::uint32_t pixels, std::int64_t x, std::int64_t y) const {
+        std::uint8_t *const row = bits_ + y * pitch_;
+        row[pitch_ - 1] = 0;
+        std::memcpy(row + x / 8, &pixels, static_cast<std::size_t>(std::min<std::int64_t>(4, pitch_ - x / 8)));
+    }
+    bool inside(Point2i p) const { return p.x >= 0 && p.y >= 0 && p.x < roi_.width && p.y < roi_.height; }
+    bool contains(Point2i p) const { return (*byte(p) >> (p.x & 7) & 1) != 0; }
+    void remove(Point2i p) const { *byte(p) &= static_cast<std::uint8_t>(~(1 << (p.x & 7))); }
+
+private:
+    std::uint8_t *byte(Point2i p) const { return bits_ + p.y * pitch_ + (p.x >> 3); }
+
+    std::uint8_t *bits_;
+    std::int64_t pitch_;
+    RoiSize roi_;
+};
+
+// The pixels that were not drawn yet, a word each, in no order. The highest bit of word i has nothing to do with the
+// word: it tells whether pixel i of the image has voted.
+class PixelPool {
+public:
+    PixelPool(std::uint8_t *words, RoiSize roi, std::int32_t seed)
+        : words_(reinterpret_cast<std::uint32_t *>(words)), width_(roi.width), code_(roi.width),
+          random_(static_cast<std::uint32_t>(seed)) {}
+
+    // In scan order.
+    void append(std::int64_t x, std::int64_t y) {
+        storeScalar(words_ + y * width_ + x, 0u); // not in use yet: no pixel comes later in the list than in the image
+        storeScalar(words_ + left_++, code_.encode(x, y));
+    }
+    bool empty() const { return left_ == 0; }
+    Point2i draw() {
+        const auto place = static_cast<std::int64_t>(static_cast<std::uint64_t>(left_) * random32() >> 32);
+        std::uint32_t *const drawn = words_ + place;
+        const std::uint32_t word = loadScalar(drawn), last = loadScalar(words_ + --left_);
+        storeScalar(drawn, (word & voted) | (last & ~voted));
+        return {code_.x(word & ~voted), code_.y(word & ~voted)};
+    }
+
+    bool hasVoted(Point2i p) const { return (loadScalar(words_ + place(p)) & voted) != 0; }
+    void setVoted(Point2i p) const { storeScalar(words_ + place(p), loadScalar(words_ + place(p)) | voted); }
+
+private:
+    static constexpr std::uint32_t voted = 0x80000000;
+    std::int64_t place(Point2i p) const { return p.y * width_ + p.x; }
+
+    // The generator of G. L. Steele, D. Lea and C. H. Flood, "Fast Splittable Pseudorandom Number Generators",
+    // OOPSLA 2014.
+    std::uint32_t random32() {
+        std::uint64_t z = random_ += 0x9e3779b97f4a7c15;
+        z = (z ^ z >> 30) * 0xbf58476d1ce4e5b9;
+        z = (z ^ z >> 27) * 0x94d049bb133111eb;
+        return static_cast<std::uint32_t>(z >> 32);
+    }
+
+    std::uint32_t *words_;
+    std::int64_t width_;
+    PixelCode code_;
+    std::uint64_t random_;
+    std::int64_t left_ = 0;
+};
+
+// ------------------------------------------------------------------------------------------------------ the votes
+
+// Pixels that vote together; whole vectors of coordinates can be loaded from any of them on.
+class Batch {
+public:
+    static constexpr int most = 64;
+
+    int count() const { return count_; }
+    bool full() const { return count_ == most; }
+    Point2i operator[](int i) const { return points_[i]; }
+    RVX_INLINE F32x8 x(int i) const { return load<F32x8>(x_ + i); }
+    RVX_INLINE F32x8 y(int i) const { return load<F32x8>(y_ + i); }
+
+    void append(Point2i p) {
+        points_[count_] = p;
+        x_[count_] = static_cast<float>(p.x);
+        y_[count_++] = static_cast<float>(p.y);
+    }
+    void clear() { count_ = 0; }
+
+    // Drops the first pixels, and those that are not there any more.
+    void drop(int first, const PixelMask &mask) {
+        const int end = std::exchange(count_, 0);
+        for (int i = first; i < end; ++i) {
+            if (mask.contains(points_[i])) {
+                append(points_[i]);
+            }
+        }
+    }
+
+private:
+    Point2i points_[most];
+    float x_[most + 8] = {}, y_[most + 8] = {};
+    int count_ = 0;
+};
+
+// The space of lines, a row of counters for each angle, at any address.
+template <class Counter> class Votes {
+public:
+    Votes(std::uint8_t *counters, const HoughSpace &space, const HoughProbLineSpec *spec)
+        : counters_(reinterpret_cast<Counter *>(counters)), rhos_(space.rhos), angles_(loadScalar(spec).angles),
+          cosines_(reinterpret_cast<const float *>(spec + 1)),
+          sines_(cosines_ + angles_), cells_{splat(1 / loadScalar(spec).resolution.rho),
+                                             splat(static_cast<std::int32_t>(space.half)),
+                                             splat(static_cast<std::int32_t>(space.rhos - 1))} {
+        std::memset(counters, 0, static_cast<std::size_t>(rhos_ * angles_) * sizeof(Counter));
+    }
+
+    // The first `count` pixels vote. Returns which of them is the first to fill a cell, or count.
+    int cast(const Batch &batch, int count, std::int32_t threshold) const {
+        int first = count;
+        change(batch, 0, count, [&](Counter *cell, int i) {
+            const auto votes = static_cast<Counter>(loadScalar(cell) + 1);
+            storeScalar(cell, votes);
+            if (static_cast<std::int64_t>(votes) >= threshold && i < first) {
+                first = i;
+            }
+        });
+        return first;
+    }
+    void takeBack(const Batch &batch, int begin, int end) const {
+        change(batch, begin, end,
+               [](Counter *cell, int) { storeScalar(cell, static_cast<Counter>(loadScalar(cell) - 1)); });
+    }
+
+    // The angle of a pixel's best cell, the first of equal ones, as the direction of its line.
+    Point2i bestDirection(Point2i pixel) const {
+        std::int64_t best = 0;
+        Counter most = 0;
+        const F32x8 x = splat(static_cast<float>(pixel.x)), y = splat(static_cast<float>(pixel.y));
+        for (std::int64_t k = 0; k < angles_; k += 8) {
+            const Part span{static_cast<int>(std::min<std::int64_t>(8, angles_ - k))};
+            std::int32_t cells[8];
+            store(cells, cells_(x, y, load<F32x8>(cosines_ + k, span), load<F32x8>(sines_ + k, span)));
+            for (int i = 0; i < span.n; ++i) {
+                const Counter votes = loadScalar(counters_ + (k + i) * rhos_ + cells[i]);
+                if (votes > most) {
+                    most = votes;
+                    best = k + i;
+                }
+            }
+        }
+        const auto fixed = [](float a) { return static_cast<std::int32_t>(std::lrint(a * 0x1p20f)); };
+        return {fixed(-loadScalar(sines_ + best)), fixed(loadScalar(cosines_ + best))};
+    }
+
+private:
+    // The nearest cell at an angle. What a coarse rho leads to next to the first or last one counts there.
+    struct Cells {
+        F32x8 perPixel;
+        I32x8 half, last;
+
+        RVX_INLINE I32x8 operator()(F32x8 x, F32x8 y, F32x8 cosine, F32x8 sine) const {
+            const F32x8 rho = fma(x, mul(cosine, perPixel), mul(y, mul(sine, perPixel)));
+            return min(max(add(roundToEven(rho), half), splat(0)), last);
+        }
+    };
+
+    // Calls update(cell, i) for the pixels begin <= i < end at every angle.
+    template <class Update> RVX_INLINE void change(const Batch &batch, int begin, int end, const Update &update) const {
+        for (std::int64_t k = 0; k < angles_; ++k) {
+            Counter *const row = counters_ + k * rhos_;
+            const F32x8 cosine = splat(loadScalar(cosines_ + k)), sine = splat(loadScalar(sines_ + k));
+            for (int i = begin; i < end; i += 8) {
+                std::int32_t cells[8];
+                store(cells, cells_(batch.x(i), batch.y(i), cosine, sine));
+                if (end - i >= 8) {
+                    for (int lane = 0; lane < 8; ++lane) {
+                        update(row + cells[lane], i + lane);
+                    }
+                } else {
+                    for (int lane = 0; lane < end - i; ++lane) {
+                        update(row + cells[lane], i + lane);
+                    }
+                }
+            }
+        }
+    }
+
+    Counter *counters_;
+    std::int64_t rhos_, angles_;
+    const float *cosines_, *sines_;
+    Cells cells_;
+};
+
+// ------------------------------------------------------------------------------------------- following a line
+
+std::int32_t longerSide(Point2i d) { return std::max(std::abs(d.x), std::abs(d.y)); }
+Point2i operator-(Point2i a, Point2i b) { return {a.x - b.x, a.y - b.y}; }
+Point2i operator-(Point2i a) { return {-a.x, -a.y}; }
+
+// Goes from a pixel in unit steps along the longer side of a direction, the shorter one rounded to nearest, halves up.
+class Path {
+public:
+    Path(Point2i from, Point2i direction)
+        : at_(from), steep_(std::abs(direction.y) > std::abs(direction.x)),
+          forward_((steep_ ? direction.y : direction.x) < 0 ? -1 : 1),
+          twiceSteps_(2 * std::int64_t{longerSide(direction)}),
+          twiceAside_(2 * std::int64_t{steep_ ? direction.x : direction.y}), rest_(twiceSteps_ / 2) {}
+
+    void step() {
+        rest_ += twiceAside_;
+        const std::int32_t aside = rest_ >= twiceSteps_ ? 1 : rest_ < 0 ? -1 : 0;
+        rest_ -= aside * twiceSteps_;
+        at_ = steep_ ? Point2i{at_.x + aside, at_.y + forward_} : Point2i{at_.x + forward_, at_.y + aside};
+    }
+
+    Point2i at() const { return at_; }
+    // The pixel of this step, and those on both sides of it.
+    std::int32_t width() const { return 3; }
+    Point2i across(int i) const {
+        const std::int32_t d = i == 2 ? -1 : i;
+        return steep_ ? Point2i{at_.x + d, at_.y} : Point2i{at_.x, at_.y + d};
+    }
+
+private:
+    Point2i at_;
+    bool steep_;
+    std::int32_t forward_;
+    std::int64_t twiceSteps_, twiceAside_, rest_;
+};
+
+struct Segment {
+    Point2i first, last;
+    std::int32_t length() const { return longerSide(last - first); }
+};
+
+class Follower {
+public:
+    Follower(const PixelMask &mask, std::int32_t gap) : mask_(mask), gap_(gap) {}
+
+    // The line through a pixel. As long as it grows it is followed again, in the direction of the ends found.
+    Segment follow(Point2i pixel, Point2i direction) const {
+        Segment segment{pixel, pixel};
+        for (;;) {
+            const Segment next{lastMark(pixel, direction), lastMark(pixel, -direction)};
+            if (next.length() <= segment.length()) {
+                return straight(segment);
+            }
+            segment = next;
+            direction = segment.first - segment.last;
+        }
+    }
+
+    // Calls visit(pixel) for all that is there on the path of a segment and beside it.
+    template <class Visit> void forEachMark(const Segment &segment, const Visit &visit) const {
+        Path path(segment.first, segment.last - segment.first);
+        for (std::int32_t i = 0; i <= segment.length(); ++i, path.step()) {
+            for (int k = 0; k < path.width(); ++k) {
+                const Point2i p = path.across(k);
+                if (isMark(p)) {
+                    visit(p);
+                }
+            }
+        }
+    }
+
+private:
+    bool isMark(Point2i p) const { return mask_.inside(p) && mask_.contains(p); }
+    bool findMark(const Path &path, Point2i &mark) const {
+        for (int k = 0; k < path.width(); ++k) {
+            if (isMark(path.across(k))) {
+                mark = path.across(k);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    Point2i lastMark(Point2i from, Point2i direction) const {
+        Path path(from, direction);
+        for (std::int32_t missing = 0; missing <= gap_ && mask_.inside(path.at()); ++missing) {
+            path.step();
+            while (findMark(path, from)) {
+                missing = 0;
+                path.step();
+            }
+        }
+        return from;
+    }
+
+    // The ends may lie beside the path that was followed, so the path between them is another one: where it has a gap
+    // that is too long, the longer part remains.
+    Segment straight(Segment segment) const {
+        for (;;) {
+            const std::int32_t length = segment.length();
+            Path path(segment.first, segment.last - segment.first);
+            Point2i mark = segment.first;
+            std::int32_t marked = 0; // the last step that was
+            for (std::int32_t i = 1; i <= length; ++i) {
+                path.step();
+                Point2i next;
+                if (!findMark(path, next)) {
+                    continue;
+                }
+                if (i - marked - 1 > gap_) {
+                    segment = marked >= length - i ? Segment{segment.first, mark} : Segment{next, segment.last};
+                    break;
+                }
+                mark = next;
+                marked = i;
+            }
+            if (marked == length) {
+                return segment;
+            }
+        }
+    }
+
+    const PixelMask &mask_;
+    std::int32_t gap_;
+};
+
+// ------------------------------------------------------------------------------------------------------ the search
+
+struct Search {
+    std::int32_t threshold, length, gap;
+    Point2i *segments;
+    std::int32_t capacity;
+};
+
+template <class Counter>
+std::int32_t findSegments(const Search &search, const PixelMask &mask, PixelPool &pool, const Votes<Counter> &votes) {
+    const Follower follower(mask, search.gap);
+    Batch batch, removed;
+    int size = Batch::most;
+    std::int32_t found = 0;
+    const auto takeBackRemoved = [&] {
+        votes.takeBack(removed, 0, removed.count());
+        removed.clear();
+    };
+    for (;;) {
+        while (batch.count() < size && !pool.empty()) {
+            const Point2i p = pool.draw();
+            if (mask.contains(p)) {
+                batch.append(p);
+            }
+        }
+        if (batch.count() == 0) {
+            return found;
+        }
+        const int count = std::min(batch.count(), size), filling = votes.cast(batch, count, search.threshold);
+        for (int i = 0; i < std::min(filling + 1, count); ++i) {
+            pool.setVoted(batch[i]);
+        }
+        if (filling == count) {
+            batch.drop(count, mask);
+            size = std::min(2 * size, Batch::most);
+            continue;
+        }
+        votes.takeBack(batch, filling + 1, count);
+        size = filling + 1; // lines are likely to come at the same rate
+        const Point2i pixel = batch[filling];
+        const Segment segment = follower.follow(pixel, votes.bestDirection(pixel));
+        const auto remove = [&](Point2i p) {
+            mask.remove(p);
+            if (pool.hasVoted(p)) {
+                removed.append(p);
+                if (removed.full()) {
+                    takeBackRemoved();
+                }
+            }
+        };
+        follower.forEachMark(segment, remove);
+        if (mask.contains(pixel)) {
+            remove(pixel);
+        }
+        takeBackRemoved();
+        batch.drop(filling + 1, mask);
+        if (segment.length() >= search.length) {
+            storeScalar(search.segments + 2 * std::int64_t{found}, segment.first);
+            storeScalar(search.segments + 2 * std::int64_t{found} + 1, segment.last);
+            if (++found == search.capacity) {
+                return found;
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace rvxcv
+
+using namespace rvxcv;
+
+StatusCode rvxiHoughProbLine_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, int32_t threshold,
+                                       int32_t lineLength, int32_t lineGap, Point2i *segments, int32_t maxSegmentCount,
+                                       int32_t *segmentCount, uint8_t *buffer, const HoughProbLineSpec *spec) {
+    Checks checks;
+    checks.pointers(src, segments, segmentCount, buffer, spec).require(srcStep >= 1, StatusBadStep).size(roi);
+    checks.require(maxSegmentCount >= 1, StatusBadSize);
+    checks.require(threshold >= 1 && lineLength >= 1 && lineGap >= 0, StatusBadArgument);
+    if (checks.failed()) {
+        return checks.status();
+    }
+    const HoughProbLineSpec record = loadScalar(spec);
+    const HoughSpace space(roi, record.resolution);
+    checks.require(space.rhos >= 1, StatusBadArgument).require(scratchBytes(roi, space) <= INT32_MAX, StatusBadSize);
+    if (checks.failed()) {
+        return checks.status();
+    }
+    std::uint8_t *const counters = buffer, *const words = counters + 4 * space.rhos * space.angles;
+    const PixelMask mask(words + 4 * std::int64_t{roi.width} * roi.height, roi);
+    PixelPool pool(words, roi, record.seed);
+    visitMarks({src, srcStep}, roi, [&](std::uint32_t bits, std::int64_t x, std::int64_t y) {
+        mask.set(bits, x, y);
+        for (; bits != 0; bits &= bits - 1) {
+            pool.append(x + std::countr_zero(bits), y);
+        }
+    });
+    const Search search{threshold, lineLength, lineGap, segments, maxSegmentCount};
+    const auto run = [&](auto zero) {
+        return findSegments(search, mask, pool, Votes<decltype(zero)>(counters, space, spec));
+    };
+    const auto holds = [&](std::int32_t most) { return threshold <= most - Batch::most; };
+    const std::int32_t found = holds(UINT8_MAX)    ? run(std::uint8_t{0})
+                               : holds(UINT16_MAX) ? run(std::uint16_t{0})
+                                                   : run(std::uint32_t{0});
+    storeScalar(segmentCount, found);
+    return found == maxSegmentCount ? StatusResultTruncated : StatusOk;
+}
+
+StatusCode rvxiHoughProbLineInit_8u32f_C1R(RoiSize roi, int32_t seed, HoughProbLineSpec *spec,
+                                           HoughResolution resolution) {
+    Checks checks;
+    checks.pointers(spec).size(roi).require(goodResolution(resolution), StatusBadArgument);
+    if (checks.failed()) {
+        return checks.status();
+    }
+    const HoughSpace space(roi, resolution);
+    if (specBytes(space.angles) > INT32_MAX) {
+        return StatusBadSize;
+    }
+    storeScalar(spec, HoughProbLineSpec{resolution, seed, static_cast<std::int32_t>(space.angles)});
+    auto *const cosines = reinterpret_cast<float *>(spec + 1), *const sines = cosines + space.angles;
+    forEachAngle(space.angles, resolution.theta, [&](std::int64_t k, double angle) {
+        storeScalar(cosines + k, static_cast<float>(std::cos(angle)));
+        storeScalar(sines + k, static_cast<float>(std::sin(angle)));
+    });
+    return StatusOk;
+}
+
+StatusCode rvxiHoughProbLineGetSize_8u_C1R(RoiSize roi, HoughResolution resolution, int32_t *specSize,
+                                           int32_t *bufferSize) {
+    Checks checks;
+    checks.pointers(specSize, bufferSize).size(roi).require(goodResolution(resolution), StatusBadArgument);
+    if (checks.failed()) {
+        return checks.status();
+    }
+    const HoughSpace space(roi, resolution);
+    const std::int64_t buffer = scratchBytes(roi, space);
+    const StatusCode status = buffer > INT32_MAX ? StatusBadSize : storeSize(specBytes(space.angles), specSize);
+    return status == StatusOk ? storeSize(buffer, bufferSize) : status;
+}
