@@ -48,6 +48,7 @@ public:
         std::memcpy(row + x / 8, &pixels, static_cast<std::size_t>(std::min<std::int64_t>(4, pitch_ - x / 8)));
     }
     bool inside(Point2i p) const { return p.x >= 0 && p.y >= 0 && p.x < roi_.width && p.y < roi_.height; }
+    bool besideOrInside(Point2i p) const { return p.x >= -1 && p.y >= -1 && p.x <= roi_.width && p.y <= roi_.height; }
     bool contains(Point2i p) const { return (*byte(p) >> (p.x & 7) & 1) != 0; }
     void remove(Point2i p) const { *byte(p) &= static_cast<std::uint8_t>(~(1 << (p.x & 7))); }
 
@@ -315,7 +316,7 @@ private:
 
     Point2i lastMark(Point2i from, Point2i direction) const {
         Path path(from, direction);
-        for (std::int32_t missing = 0; missing <= gap_ && mask_.inside(path.at()); ++missing) {
+        for (std::int32_t missing = 0; missing <= gap_ && mask_.besideOrInside(path.at()); ++missing) {
             path.step();
             while (findMark(path, from)) {
                 missing = 0;
