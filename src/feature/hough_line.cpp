@@ -61,53 +61,80 @@ private:
     std::int32_t *words_;
 };
 
-// From q, in 1024ths, to the cell, counted from the one of rho = 0.
-struct NarrowCell {
-    RVX_INLINE I32x8 operator()(F32x8 q) const { return shiftRight<10>(add(roundToEven(q), splat(512))); }
+// From q, in 1024ths, to the place of a cell in its row, which begins with cell -2.
+class NarrowCell {
+public:
+    explicit NarrowCell(const HoughSpace &space) : offset_(static_cast<std::int32_t>((space.half + 2) * 1024 + 512)) {}
+
+    RVX_INLINE I32x8 operator()(F32x8 q) const { return shiftRight<10>(add(roundToEven(q), splat(offset_))); }
+    std::int32_t zero() const { return offset_ >> 10; }
+
+private:
+    std::int32_t offset_;
 };
 
 // Where q may leave the integers, or single precision may lead past the last cell. The fraction of a 1024th of an
 // integer is exact.
-struct WideCell {
-    I32x8 first, last;
+class WideCell {
+public:
+    explicit WideCell(const HoughSpace &space)
+        : zero_(static_cast<std::int32_t>(space.half + 2)), last_(static_cast<std::int32_t>(space.rhos + 2)) {}
 
     RVX_INLINE I32x8 operator()(F32x8 q) const {
         const F32x8 cells = mul(wholeNearest(q), splat(1.0f / 1024));
         const F32x8 towardZero = wholeTowardZero(cells);
         const F32x8 below = sub(towardZero, keep(greater(towardZero, cells), splat(1.0f)));
         const Mask32x8 up = greaterEqual(sub(cells, below), splat(0.5f));
-        return min(max(add(truncate(below), keep(up, splat(1))), first), last);
+        const I32x8 place = add(add(truncate(below), splat(zero_)), keep(up, splat(1)));
+        return min(max(place, splat(1)), splat(last_));
     }
+    std::int32_t zero() const { return zero_; }
+
+private:
+    std::int32_t zero_, last_;
 };
 
-// What 64-bit arithmetic would give is given by NarrowCell: q fits, with a margin, and the error of single precision is
-// smaller than the distance of the extreme rhos from the last cells, which is that of two and a half pixels.
+// What 64-bit arithmetic would give is given by NarrowCell: its sums fit, and the error of single precision is smaller
+// than the distance of the extreme rhos from the last cells, which is that of two and a half pixels.
 bool isNarrow(RoiSize roi, const HoughSpace &space) {
-    return std::int64_t{roi.width} + roi.height <= 1 << 20 && space.rhos < 1 << 21;
+    return std::int64_t{roi.width} + roi.height <= 1 << 20 && space.rhos < 1 << 20;
 }
 
 struct AngleTables {
     float *cosines, *sines; // in 1024ths of a cell, whole numbers
 };
 
+// Two loops, so that the cells pass through memory: one by one out of a vector, they would cost twice as much.
 template <int angles, class Cell>
-void vote(const MarkedPixels &pixels, const float *cosines, const float *sines, Cell cell,
-          std::int32_t *const (&zeros)[2]) {
-    for (std::int64_t i = 0; i < pixels.blocks(); ++i) {
-        const I32x8 words = pixels.block(i);
-        const F32x8 x = pixels.code().x(words), y = pixels.code().y(words);
-        alignas(32) std::int32_t cells[angles][8];
-        for (int a = 0; a < angles; ++a) {
-            store(cells[a], cell(add(mul(x, splat(cosines[a])), mul(y, splat(sines[a])))));
-        }
-        for (int lane = 0; lane < 8; ++lane) {
+void vote(const MarkedPixels &pixels, const float *cosines, const float *sines, const Cell &cell,
+          std::int32_t *const (&rows)[2]) {
+    constexpr std::int64_t most = 8;
+    std::uint32_t cells[most][angles][8];
+    F32x8 cosine[angles], sine[angles];
+    for (int a = 0; a < angles; ++a) {
+        cosine[a] = splat(cosines[a]);
+        sine[a] = splat(sines[a]);
+    }
+    const PixelCode code = pixels.code();
+    for (std::int64_t begin = 0; begin < pixels.blocks(); begin += most) {
+        const std::int64_t count = std::min(most, pixels.blocks() - begin);
+        for (std::int64_t i = 0; i < count; ++i) {
+            const I32x8 words = pixels.block(begin + i);
+            const F32x8 x = code.x(words), y = code.y(words);
             for (int a = 0; a < angles; ++a) {
-                ++zeros[a][cells[a][lane]];
+                store(reinterpret_cast<std::int32_t *>(cells[i][a]), cell(add(mul(x, cosine[a]), mul(y, sine[a]))));
+            }
+        }
+        for (std::int64_t i = 0; i < count; ++i) {
+            for (int lane = 0; lane < 8; ++lane) {
+                for (int a = 0; a < angles; ++a) {
+                    ++rows[a][cells[i][a][lane]];
+                }
             }
         }
     }
     for (int a = 0; a < angles; ++a) {
-        *zeros[a] -= pixels.fillers();
+        rows[a][cell.zero()] -= pixels.fillers();
     }
 }
 
@@ -115,18 +142,18 @@ void vote(const MarkedPixels &pixels, const float *cosines, const float *sines, 
 // search reads whole vectors.
 class CounterRows {
 public:
-    CounterRows(const HoughSpace &space, Scratch &scratch) : pitch_(space.rhos + 12), half_(space.half) {
+    CounterRows(const HoughSpace &space, Scratch &scratch) : pitch_(space.rhos + 12) {
         counters_ = scratch.take<std::int32_t>(4 * pitch_, 32);
     }
-    // Row i at its cell 0, and at the cell of rho = 0.
-    std::int32_t *row(std::int64_t i) const { return counters_ + (i & 3) * pitch_ + 2; }
-    std::int32_t *zero(std::int64_t i) const { return row(i) + half_; }
+    // Row i, at its cell -2 and at its cell 0.
+    std::int32_t *begin(std::int64_t i) const { return counters_ + (i & 3) * pitch_; }
+    std::int32_t *row(std::int64_t i) const { return begin(i) + 2; }
     void clear(std::int64_t i) const {
-        std::memset(row(i) - 2, 0, static_cast<std::size_t>(pitch_) * sizeof(std::int32_t));
+        std::memset(begin(i), 0, static_cast<std::size_t>(pitch_) * sizeof(std::int32_t));
     }
 
 private:
-    std::int64_t pitch_, half_;
+    std::int64_t pitch_;
     std::int32_t *counters_;
 };
 
@@ -223,7 +250,7 @@ struct AngleRange {
 };
 
 template <class Cell, class Wanted>
-void findPeaks(const MarkedPixels &pixels, const HoughSpace &space, Cell cell, HoughResolution resolution,
+void findPeaks(const MarkedPixels &pixels, const HoughSpace &space, const Cell &cell, HoughResolution resolution,
                std::int32_t threshold, const Wanted &wanted, PeakList &list, Scratch &scratch) {
     const AngleRange range(space, resolution.theta, wanted);
     if (range.first == range.end || pixels.blocks() == 0) {
@@ -257,8 +284,8 @@ void findPeaks(const MarkedPixels &pixels, const HoughSpace &space, Cell cell, H
     for (std::int64_t i = 0; i < count; i += 2) {
         rows.clear(i);
         rows.clear(i + 1);
-        std::int32_t *const zeros[2] = {rows.zero(i), rows.zero(i + 1)};
-        (i + 1 < count ? vote<2, Cell> : vote<1, Cell>)(pixels, tables.cosines + i, tables.sines + i, cell, zeros);
+        std::int32_t *const begins[2] = {rows.begin(i), rows.begin(i + 1)};
+        (i + 1 < count ? vote<2, Cell> : vote<1, Cell>)(pixels, tables.cosines + i, tables.sines + i, cell, begins);
         if (i > 0) {
             search(i - 1);
         }
@@ -281,11 +308,9 @@ StatusCode detect(Plane<const std::uint8_t> src, RoiSize roi, std::int32_t thres
     PeakList list(capacity, scratch);
     const MarkedPixels pixels(src, roi, scratch);
     if (isNarrow(roi, space)) {
-        findPeaks(pixels, space, NarrowCell{}, resolution, threshold, wanted, list, scratch);
+        findPeaks(pixels, space, NarrowCell(space), resolution, threshold, wanted, list, scratch);
     } else {
-        const auto first = static_cast<std::int32_t>(-1 - space.half);
-        const auto last = static_cast<std::int32_t>(space.rhos - space.half);
-        findPeaks(pixels, space, WideCell{splat(first), splat(last)}, resolution, threshold, wanted, list, scratch);
+        findPeaks(pixels, space, WideCell(space), resolution, threshold, wanted, list, scratch);
     }
     list.sort();
     for (std::int32_t i = 0; i < list.count(); ++i) {
