@@ -21,7 +21,7 @@ bench::ImagePointer<std::uint8_t> edges(RoiSize roi) {
     std::int32_t bytes = 0;
     rvxiCannyBorderGetSize(roi, CannyFilterSobel, Mask3x3, PixelType8u, &bytes);
     auto buffer = bench::scratch(bytes);
-    for (float low = 4096; low > 1; low *= 0.9f) {
+    for (float low = 4096; low > 1; low *= 0.99f) {
         rvxiCannyBorder_8u_C1R(src->data, src->step, dst->data, dst->step, roi, CannyFilterSobel, Mask3x3,
                                BorderReplicate, 0, CannyNormL2, buffer.get(), low, 1.6f * low);
         if (std::count(dst->data, dst->data + dst->elements, 255) * 10 >= dst->elements) {

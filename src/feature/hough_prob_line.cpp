@@ -3,8 +3,8 @@
 // Pixels are drawn in a random order, vote, and stop the search as soon as one of their cells is full; then the line is
 // followed in the image. Voting one pixel after the other would touch a cache line of the cells for every vote. So a
 // batch of pixels votes angle by angle, and when one of them fills a cell, the votes of those behind it are taken back:
-// the result is that of one pixel at a time. A cell never holds more than the threshold and a batch, and counters are
-// as narrow as that allows.
+// the result is that of one pixel at a time. Between batches a cell holds less votes than the threshold, so counters
+// are as narrow as the threshold allows.
 #include "frame/api.h"
 
 #include "feature/hough_tables.h"
@@ -110,7 +110,8 @@ private:
 // Pixels that vote together; whole vectors of coordinates can be loaded from any of them on.
 class Batch {
 public:
-    static constexpr int most = 64;
+    // Narrow counters have room for as many votes above the threshold.
+    static constexpr int most = 128;
 
     int count() const { return count_; }
     bool full() const { return count_ == most; }
@@ -141,33 +142,49 @@ private:
     int count_ = 0;
 };
 
-// The space of lines, a row of counters for each angle, at any address.
+// The space of lines, a row of counters for each angle, at any address. They begin below the half of their range by the
+// threshold, so that the highest bit tells a cell that is full.
 template <class Counter> class Votes {
 public:
-    Votes(std::uint8_t *counters, const HoughSpace &space, const HoughProbLineSpec *spec)
+    static constexpr Counter full = Counter{1} << (std::numeric_limits<Counter>::digits - 1);
+
+    Votes(std::uint8_t *counters, const HoughSpace &space, const HoughProbLineSpec *spec, std::int32_t threshold)
         : counters_(reinterpret_cast<Counter *>(counters)), rhos_(space.rhos), angles_(loadScalar(spec).angles),
           cosines_(reinterpret_cast<const float *>(spec + 1)),
           sines_(cosines_ + angles_), cells_{splat(1 / loadScalar(spec).resolution.rho),
                                              splat(static_cast<std::int32_t>(space.half)),
                                              splat(static_cast<std::int32_t>(space.rhos - 1))} {
-        std::memset(counters, 0, static_cast<std::size_t>(rhos_ * angles_) * sizeof(Counter));
+        for (std::int64_t i = 0; i < rhos_ * angles_; ++i) {
+            storeScalar(counters_ + i, static_cast<Counter>(full - static_cast<Counter>(threshold)));
+        }
     }
 
     // The first `count` pixels vote. Returns which of them is the first to fill a cell, or count.
-    int cast(const Batch &batch, int count, std::int32_t threshold) const {
+    int cast(const Batch &batch, int count) const {
         int first = count;
-        change(batch, 0, count, [&](Counter *cell, int i) {
-            const auto votes = static_cast<Counter>(loadScalar(cell) + 1);
-            storeScalar(cell, votes);
-            if (static_cast<std::int64_t>(votes) >= threshold && i < first) {
-                first = i;
+        std::uint32_t cells[Batch::most + 8];
+        for (std::int64_t k = 0; k < angles_; ++k) {
+            findCells(batch, 0, count, k, cells);
+            Counter *const row = counters_ + k * rhos_;
+            Counter any = 0;
+            for (int i = 0; i < count; ++i) {
+                any |= change(row + cells[i], 1);
             }
-        });
+            if (any >= full) {
+                first = std::min(first, firstToFill(row, cells, count));
+            }
+        }
         return first;
     }
     void takeBack(const Batch &batch, int begin, int end) const {
-        change(batch, begin, end,
-               [](Counter *cell, int) { storeScalar(cell, static_cast<Counter>(loadScalar(cell) - 1)); });
+        std::uint32_t cells[Batch::most + 8];
+        for (std::int64_t k = 0; k < angles_; ++k) {
+            findCells(batch, begin, end, k, cells);
+            Counter *const row = counters_ + k * rhos_;
+            for (int i = begin; i < end; ++i) {
+                change(row + cells[i], -1);
+            }
+        }
     }
 
     // The angle of a pixel's best cell, the first of equal ones, as the direction of its line.
@@ -203,25 +220,28 @@ private:
         }
     };
 
-    // Calls update(cell, i) for the pixels begin <= i < end at every angle.
-    template <class Update> RVX_INLINE void change(const Batch &batch, int begin, int end, const Update &update) const {
-        for (std::int64_t k = 0; k < angles_; ++k) {
-            Counter *const row = counters_ + k * rhos_;
-            const F32x8 cosine = splat(loadScalar(cosines_ + k)), sine = splat(loadScalar(sines_ + k));
-            for (int i = begin; i < end; i += 8) {
-                std::int32_t cells[8];
-                store(cells, cells_(batch.x(i), batch.y(i), cosine, sine));
-                if (end - i >= 8) {
-                    for (int lane = 0; lane < 8; ++lane) {
-                        update(row + cells[lane], i + lane);
-                    }
-                } else {
-                    for (int lane = 0; lane < end - i; ++lane) {
-                        update(row + cells[lane], i + lane);
-                    }
-                }
-            }
+    // The cells pass through memory: one by one out of a vector, they would cost twice as much.
+    RVX_INLINE void findCells(const Batch &batch, int begin, int end, std::int64_t k, std::uint32_t *cells) const {
+        const F32x8 cosine = splat(loadScalar(cosines_ + k)), sine = splat(loadScalar(sines_ + k));
+        for (int i = begin; i < end; i += 8) {
+            store(reinterpret_cast<std::int32_t *>(cells + i), cells_(batch.x(i), batch.y(i), cosine, sine));
         }
+    }
+    static RVX_INLINE Counter change(Counter *cell, int by) {
+        const auto votes = static_cast<Counter>(loadScalar(cell) + static_cast<Counter>(by));
+        storeScalar(cell, votes);
+        return votes;
+    }
+    // Takes votes back in reverse order to see which one filled a cell, and casts them again.
+    static int firstToFill(Counter *row, const std::uint32_t *cells, int count) {
+        int first = count;
+        for (int i = count - 1; i >= 0; --i) {
+            first = change(row + cells[i], -1) == full - 1 ? i : first;
+        }
+        for (int i = 0; i < count; ++i) {
+            change(row + cells[i], 1);
+        }
+        return first;
     }
 
     Counter *counters_;
@@ -360,7 +380,7 @@ private:
 // ------------------------------------------------------------------------------------------------------ the search
 
 struct Search {
-    std::int32_t threshold, length, gap;
+    std::int32_t length, gap;
     Point2i *segments;
     std::int32_t capacity;
 };
@@ -385,7 +405,7 @@ std::int32_t findSegments(const Search &search, const PixelMask &mask, PixelPool
         if (batch.count() == 0) {
             return found;
         }
-        const int count = std::min(batch.count(), size), filling = votes.cast(batch, count, search.threshold);
+        const int count = std::min(batch.count(), size), filling = votes.cast(batch, count);
         for (int i = 0; i < std::min(filling + 1, count); ++i) {
             pool.setVoted(batch[i]);
         }
@@ -453,14 +473,13 @@ StatusCode rvxiHoughProbLine_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiS
             pool.append(x + std::countr_zero(bits), y);
         }
     });
-    const Search search{threshold, lineLength, lineGap, segments, maxSegmentCount};
+    const Search search{lineLength, lineGap, segments, maxSegmentCount};
     const auto run = [&](auto zero) {
-        return findSegments(search, mask, pool, Votes<decltype(zero)>(counters, space, spec));
+        return findSegments(search, mask, pool, Votes<decltype(zero)>(counters, space, spec, threshold));
     };
-    const auto holds = [&](std::int32_t most) { return threshold <= most - Batch::most; };
-    const std::int32_t found = holds(UINT8_MAX)    ? run(std::uint8_t{0})
-                               : holds(UINT16_MAX) ? run(std::uint16_t{0})
-                                                   : run(std::uint32_t{0});
+    const std::int32_t found = threshold <= Votes<std::uint8_t>::full    ? run(std::uint8_t{0})
+                               : threshold <= Votes<std::uint16_t>::full ? run(std::uint16_t{0})
+                                                                         : run(std::uint32_t{0});
     storeScalar(segmentCount, found);
     return found == maxSegmentCount ? StatusResultTruncated : StatusOk;
 }
