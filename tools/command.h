@@ -18,6 +18,7 @@ void addCorners(CLI::App &program);
 void addDistance(CLI::App &program);
 void addFill(CLI::App &program);
 void addLabel(CLI::App &program);
+void addLines(CLI::App &program);
 void addBlur(CLI::App &program);
 void addDeviation(CLI::App &program);
 void addHistory(CLI::App &program);
