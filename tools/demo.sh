@@ -53,6 +53,10 @@ show profile.svg "the pixels of the middle row, as a plot"
 
 "$bin" edges "$picture" -o "$out/edges.png" >/dev/null
 show edges.png "Canny edges, thresholds from the picture"
+said=$("$bin" lines "$picture" -o "$out/lines.png")
+show lines.png "straight lines through the edges" "$said"
+said=$("$bin" lines "$picture" -o "$out/segments.png" --segments --csv "$out/segments.csv")
+show segments.png "where those lines are; as a list: segments.csv" "$said"
 said=$("$bin" distance "$picture" -o "$out/distance.png")
 show distance.png "distance to the nearest edge" "$said"
 said=$("$bin" fill "$picture" -o "$out/fill.png" --seed "$((width * 3 / 5)),$((height / 12))" --range 40,40)

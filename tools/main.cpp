@@ -11,10 +11,7 @@ constexpr AddCommand commands[] = {
     tools::addCorners, tools::addMorph, tools::addBlur,      tools::addDeviation, tools::addDistance,
     tools::addFill,    tools::addLabel, tools::addProfile,   tools::addPyramid,   tools::addHistory,
     tools::addTrack,   tools::addScene, tools::addUndistort, tools::addStats,     tools::addCompare,
-    tools::addInfo,    tools::addDiff,  tools::addAverage, tools::addEdges,     tools::addGradient,
-    tools::addCorners, tools::addMorph, tools::addBlur,    tools::addDeviation, tools::addDistance,
-    tools::addFill,    tools::addLabel, tools::addProfile, tools::addPyramid,   tools::addHistory,
-    tools::addTrack,   tools::addScene, tools::addLines,
+    tools::addLines,
 };
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "canny.h"
 #include "command.h"
 #include "draw.h"
+#include "smooth.h"
 #include "text_file.h"
 
 #include <algorithm>
@@ -26,6 +27,7 @@ struct Options {
     std::optional<int> votes, count, length, gap;
     std::optional<double> apart;
     int seed = 1;
+    std::optional<float> sigma;
 };
 
 // A line of the search with what the picture shows of it, or a segment (rho and theta are nothing).
@@ -141,6 +143,13 @@ void draw(const Image &photo, const Options &options, const std::vector<Line> &l
     writeImage(options.out, picture);
 }
 
+// Fine texture has edges of all directions, in which lines are found that nobody sees.
+Image edges(const Image &photo, const Options &options) {
+    const Image grey = toGrey(photo);
+    const float sigma = options.sigma.value_or(static_cast<float>(0.7 * markUnit(photo)));
+    return findEdges(sigma > 0 ? smoothed(grey, sigma) : grey, options.edges).image;
+}
+
 void run(const Options &options) {
     if (options.out.empty() && options.csv.empty()) {
         throw Failure("lines: give -o for a picture, --csv for a list, or both");
@@ -149,7 +158,7 @@ void run(const Options &options) {
         checkPictureName(options.out);
     }
     const Image photo = readImage(options.photo);
-    const Image marks = options.binary ? toGrey(photo) : findEdges(toGrey(photo), options.edges).image;
+    const Image marks = options.binary ? toGrey(photo) : edges(photo, options);
     // What is left open grows with the picture.
     const int side = std::min(marks.width, marks.height);
     std::vector<Line> lines;
@@ -160,7 +169,7 @@ void run(const Options &options) {
                              static_cast<std::size_t>(options.count.value_or(2000)));
     } else {
         lines = findLines(marks, options, options.votes.value_or(std::max(10, side / 8)),
-                          options.apart.value_or(side / 60.0), static_cast<std::size_t>(options.count.value_or(20)));
+                          options.apart.value_or(side / 24.0), static_cast<std::size_t>(options.count.value_or(20)));
     }
     if (!options.csv.empty()) {
         writeList(options, lines);
@@ -189,6 +198,8 @@ void addLines(CLI::App &program) {
     command->add_option("--csv", options->csv, "List to write (- is standard output), the strongest line first");
     command->add_flag("--segments", options->segments, "Segments with their ends instead of whole lines");
     command->add_flag("--binary", options->binary, "Search the pixels that are not black, not the picture's edges");
+    command->add_option("--sigma", options->sigma, "Smooth the picture first (default: from its size; 0: not at all)")
+        ->check(CLI::Range(0.0, 100.0));
     command->add_option("--low", options->edges.low, "Edges continue through gradients from here")
         ->check(CLI::NonNegativeNumber);
     command->add_option("--high", options->edges.high, "Edges begin at gradients above (default: from the picture)")
