@@ -154,8 +154,10 @@ public:
           sines_(cosines_ + angles_), cells_{splat(1 / loadScalar(spec).resolution.rho),
                                              splat(static_cast<std::int32_t>(space.half)),
                                              splat(static_cast<std::int32_t>(space.rhos - 1))} {
-        for (std::int64_t i = 0; i < rhos_ * angles_; ++i) {
-            storeScalar(counters_ + i, static_cast<Counter>(full - static_cast<Counter>(threshold)));
+        Counter *const cells = counters_;
+        const auto begin = static_cast<Counter>(full - static_cast<Counter>(threshold));
+        for (std::int64_t i = 0, count = rhos_ * angles_; i < count; ++i) {
+            storeScalar(cells + i, begin);
         }
     }
 
