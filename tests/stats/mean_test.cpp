@@ -42,56 +42,44 @@ template <class T> Moments plainMoments(bool masked, const MaskedScene<T> &scene
     return {static_cast<double>(sum) / count, std::sqrt(static_cast<double>(variance)) / count};
 }
 
-// check(shape, a value of the type, function, name) for the members that give a mean alone, and for the others.
+// check(member) for the members that give a mean alone, and for the others.
 template <class Check> void eachMean(const Check &check) {
-    const auto row = [&](auto shape) {
-        return [=, &check](auto type, auto function, const char *name) { check(shape, type, function, name); };
-    };
-    EACH_TYPE((row(ShapeOf<false, true, false>())), rvxiMean, C1MR);
-    EACH_TYPE((row(ShapeOf<false, true, true>())), rvxiMean, C3CMR);
+    EACH_TYPE((memberOf<maskedC1, double>(check)), rvxiMean, C1MR);
+    EACH_TYPE((memberOf<maskedC3, double>(check)), rvxiMean, C3CMR);
 }
 template <class Check> void eachDeviation(const Check &check) {
-    const auto row = [&](auto shape) {
-        return [=, &check](auto type, auto function, const char *name) { check(shape, type, function, name); };
-    };
-    EACH_TYPE((row(ShapeOf<false, false, false>())), rvxiMean_StdDev, C1R);
-    EACH_TYPE((row(ShapeOf<false, true, false>())), rvxiMean_StdDev, C1MR);
-    EACH_TYPE((row(ShapeOf<false, false, true>())), rvxiMean_StdDev, C3CR);
-    EACH_TYPE((row(ShapeOf<false, true, true>())), rvxiMean_StdDev, C3CMR);
+    EACH_TYPE((memberOf<wholeC1, double, double>(check)), rvxiMean_StdDev, C1R);
+    EACH_TYPE((memberOf<maskedC1, double, double>(check)), rvxiMean_StdDev, C1MR);
+    EACH_TYPE((memberOf<wholeC3, double, double>(check)), rvxiMean_StdDev, C3CR);
+    EACH_TYPE((memberOf<maskedC3, double, double>(check)), rvxiMean_StdDev, C3CMR);
 }
 
-template <class T> void expectMoments(const Moments &want, double mean, double stdDev) {
+void expectMoments(const Moments &want, double mean, double stdDev) {
     ASSERT_TRUE(sameValue(want.mean, mean)) << "expected mean " << want.mean << ", got " << mean;
     ASSERT_TRUE(sameValue(want.stdDev, stdDev)) << "expected deviation " << want.stdDev << ", got " << stdDev;
 }
 
 TEST(Mean, EveryMemberMatchesThePlainFormulas) {
-    eachMean([](auto kind, auto type, auto function, const char *name) {
-        using T = decltype(type);
-        forScenes<T>(name, kind.shape.ofThree, [&](const MaskedScene<T> &scene) {
+    eachMean([]<class T>(const MaskedMember<T, double> &member) {
+        forScenes<T>(member.name, member.shape.ofThree, [&](const MaskedScene<T> &scene) {
             double mean = -1;
-            ASSERT_EQ(callMember<kind.shape>(function, scene.call(), &mean), StatusOk);
+            ASSERT_EQ(member.call(scene.call(), &mean), StatusOk);
             const Moments want = plainMoments(true, scene);
-            ASSERT_NO_FATAL_FAILURE(expectMoments<T>(want, mean, want.stdDev));
+            ASSERT_NO_FATAL_FAILURE(expectMoments(want, mean, want.stdDev));
         });
     });
-    eachDeviation([](auto kind, auto type, auto function, const char *name) {
-        using T = decltype(type);
-        forScenes<T>(name, kind.shape.ofThree, [&](const MaskedScene<T> &scene) {
+    eachDeviation([]<class T>(const MaskedMember<T, double, double> &member) {
+        forScenes<T>(member.name, member.shape.ofThree, [&](const MaskedScene<T> &scene) {
             double mean = -1, stdDev = -1;
-            ASSERT_EQ(callMember<kind.shape>(function, scene.call(), &mean, &stdDev), StatusOk);
-            ASSERT_NO_FATAL_FAILURE(expectMoments<T>(plainMoments(kind.shape.masked, scene), mean, stdDev));
+            ASSERT_EQ(member.call(scene.call(), &mean, &stdDev), StatusOk);
+            ASSERT_NO_FATAL_FAILURE(expectMoments(plainMoments(member.shape.masked, scene), mean, stdDev));
         });
     });
 }
 
 TEST(Mean, StatusesInTheOrderOfTheChecks) {
-    eachMean([](auto kind, auto type, auto function, const char *name) {
-        checkMaskedStatuses<kind.shape, decltype(type)>(function, name, -5.0);
-    });
-    eachDeviation([](auto kind, auto type, auto function, const char *name) {
-        checkMaskedStatuses<kind.shape, decltype(type)>(function, name, -5.0, -6.0);
-    });
+    eachMean([](const auto &member) { checkMaskedStatuses(member, -5.0); });
+    eachDeviation([](const auto &member) { checkMaskedStatuses(member, -5.0, -6.0); });
 }
 
 template <class T> Moments momentsOf(const std::vector<T> &row) {

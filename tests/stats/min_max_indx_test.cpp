@@ -42,49 +42,44 @@ template <class T> Extrema plainExtrema(bool masked, const MaskedScene<T> &scene
     return found;
 }
 
-// check(shape, a value of the type, function, name) for all members.
+template <class T> using Member = MaskedMember<T, double, double, Point2i, Point2i>;
+
+// check(member) for all members.
 template <class Check> void eachMember(const Check &check) {
-    const auto row = [&](auto shape) {
-        return [=, &check](auto type, auto function, const char *name) { check(shape, type, function, name); };
-    };
-    EACH_TYPE((row(ShapeOf<false, false, false>())), rvxiMinMaxIndx, C1R);
-    EACH_TYPE((row(ShapeOf<false, true, false>())), rvxiMinMaxIndx, C1MR);
-    EACH_TYPE((row(ShapeOf<false, false, true>())), rvxiMinMaxIndx, C3CR);
-    EACH_TYPE((row(ShapeOf<false, true, true>())), rvxiMinMaxIndx, C3CMR);
+    EACH_TYPE((memberOf<wholeC1, double, double, Point2i, Point2i>(check)), rvxiMinMaxIndx, C1R);
+    EACH_TYPE((memberOf<maskedC1, double, double, Point2i, Point2i>(check)), rvxiMinMaxIndx, C1MR);
+    EACH_TYPE((memberOf<wholeC3, double, double, Point2i, Point2i>(check)), rvxiMinMaxIndx, C3CR);
+    EACH_TYPE((memberOf<maskedC3, double, double, Point2i, Point2i>(check)), rvxiMinMaxIndx, C3CMR);
 }
 
-template <class Kind, class T, class F> void checkScene(Kind kind, const F &function, const MaskedScene<T> &scene) {
+template <class T> void checkScene(const Member<T> &member, const MaskedScene<T> &scene) {
     Extrema got{-7, -7, {-7, -7}, {-7, -7}};
-    ASSERT_EQ(callMember<kind.shape>(function, scene.call(), &got.min, &got.max, &got.minIndex, &got.maxIndex),
-              StatusOk);
-    const Extrema want = plainExtrema(kind.shape.masked, scene);
+    ASSERT_EQ(member.call(scene.call(), &got.min, &got.max, &got.minIndex, &got.maxIndex), StatusOk);
+    const Extrema want = plainExtrema(member.shape.masked, scene);
     ASSERT_TRUE(same(want, got)) << "expected " << want << ", got " << got;
 }
 
 TEST(MinMaxIndx, EveryMemberMatchesThePlainSearch) {
-    eachMember([](auto kind, auto type, auto function, const char *name) {
-        using T = decltype(type);
-        forScenes<T>(name, kind.shape.ofThree, [&](const MaskedScene<T> &scene) { checkScene(kind, function, scene); });
+    eachMember([]<class T>(const Member<T> &member) {
+        forScenes<T>(member.name, member.shape.ofThree,
+                     [&](const MaskedScene<T> &scene) { checkScene(member, scene); });
     });
 }
 
 TEST(MinMaxIndx, StatusesInTheOrderOfTheChecks) {
-    eachMember([](auto kind, auto type, auto function, const char *name) {
-        checkMaskedStatuses<kind.shape, decltype(type)>(function, name, -5.0, -6.0, Point2i{-5, -5}, Point2i{-6, -6});
-    });
+    eachMember([](const auto &member) { checkMaskedStatuses(member, -5.0, -6.0, Point2i{-5, -5}, Point2i{-6, -6}); });
 }
 
 // One value everywhere, that which no search beats among them; then two equal extremes, at every column beside a
 // block's edge, in one row and in two.
 TEST(MinMaxIndx, TheFirstOfEqualPixels) {
-    eachMember([](auto kind, auto type, auto function, const char *name) {
-        using T = decltype(type);
+    eachMember([]<class T>(const Member<T> &member) {
         using Limits = std::numeric_limits<T>;
-        SCOPED_TRACE(name);
-        Rng rng = makeRng(name);
+        SCOPED_TRACE(member.name);
+        Rng rng = makeRng(member.name);
         const T top = Limits::has_infinity ? Limits::infinity() : Limits::max();
         const T bottom = Limits::has_infinity ? -Limits::infinity() : Limits::lowest();
-        MaskedScene<T> scene(rng, 97, 2, 5, kind.shape.ofThree);
+        MaskedScene<T> scene(rng, 97, 2, 5, member.shape.ofThree);
         const auto set = [&](std::int64_t x, std::int64_t y, T value) {
             scene.a.set(x * scene.channels + scene.channel - 1, y, value);
         };
@@ -96,21 +91,21 @@ TEST(MinMaxIndx, TheFirstOfEqualPixels) {
         };
         for (const T value : {top, bottom, T{0}, static_cast<T>(-T{0}), Limits::quiet_NaN()}) {
             fill(value);
-            ASSERT_NO_FATAL_FAILURE(checkScene(kind, function, scene));
+            ASSERT_NO_FATAL_FAILURE(checkScene(member, scene));
             set(96, 1, 1);
-            ASSERT_NO_FATAL_FAILURE(checkScene(kind, function, scene)) << "and a last pixel of 1";
+            ASSERT_NO_FATAL_FAILURE(checkScene(member, scene)) << "and a last pixel of 1";
         }
         for (std::int64_t x = 0; x < 97; ++x) {
             fill(3);
             set(x, x % 2, 1);
             set(96 - x, 1, x % 3 == 0 ? T{1} : T{9});
             set((x + 40) % 97, 0, 9);
-            ASSERT_NO_FATAL_FAILURE(checkScene(kind, function, scene)) << "column " << x;
+            ASSERT_NO_FATAL_FAILURE(checkScene(member, scene)) << "column " << x;
         }
         fill(3); // zeros of either sign are equal
         set(50, 0, static_cast<T>(-T{0}));
         set(20, 1, T{0});
-        ASSERT_NO_FATAL_FAILURE(checkScene(kind, function, scene));
+        ASSERT_NO_FATAL_FAILURE(checkScene(member, scene));
     });
 }
 
