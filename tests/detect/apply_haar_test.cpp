@@ -265,9 +265,9 @@ TEST(ApplyHaar, FaultsInTheirOrder) {
             {"record", StatusNullPointer, [](C &c) { c.record = nullptr; }},
             {"width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
             {"height", StatusBadSize, [](C &c) { c.roi.height = 0; }},
-            {"sumStep", StatusBadStep, [](C &c) { c.sumStep = 4 * c.roi.width - 1; }},
-            {"normStep", StatusBadStep, [](C &c) { c.normStep = 4 * c.roi.width - 1; }},
-            {"maskStep", StatusBadStep, [](C &c) { c.maskStep = c.roi.width - 1; }},
+            {"sumStep", StatusBadStep, [](C &c) { c.sumStep = 51; }},
+            {"normStep", StatusBadStep, [](C &c) { c.normStep = 51; }},
+            {"maskStep", StatusBadStep, [](C &c) { c.maskStep = 12; }},
             {"wide", StatusBadStep, [](C &c) { c.roi.width = 1 << 30; }},
             {"sum multiple", StatusStepNotMultiple, [&](C &c) { c.sumStep = good.sumStep + 2; }},
             {"norm multiple", StatusStepNotMultiple, [&](C &c) { c.normStep = good.normStep + 1; }}};
