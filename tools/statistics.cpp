@@ -1,6 +1,7 @@
 #include "statistics.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace tools {
 namespace {
@@ -61,7 +62,11 @@ const char *channelName(const Image &image, int channel) {
 }
 
 std::string place(Point2i at) {
-    return at.x < 0 ? "-" : "(" + std::to_string(at.x) + ", " + std::to_string(at.y) + ")";
+    char text[40] = "-";
+    if (at.x >= 0) {
+        std::snprintf(text, sizeof text, "(%d, %d)", at.x, at.y);
+    }
+    return text;
 }
 
 ChannelStatistics statisticsOf(const Image &image, const Image &mask, int channel) {
