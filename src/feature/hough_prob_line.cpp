@@ -161,53 +161,71 @@ public:
         }
     }
 
-    // The first `count` pixels vote. Returns which of them is the first to fill a cell, or count.
-    int cast(const Batch &batch, int count) const {
-        int first = count;
+    // The loops are functions of their own: inside the search, registers run out.
+    [[gnu::noinline]] void cast(const Batch &batch) {
+        const int count = batch.count();
         std::uint32_t cells[Batch::most + 8];
-        for (std::int64_t k = 0; k < angles_; ++k) {
-            findCells(batch, 0, count, k, cells);
-            Counter *const row = counters_ + k * rhos_;
-            Counter any = 0;
-            for (int i = 0; i < count; ++i) {
-                any |= change(row + cells[i], 1);
-            }
-            if (any >= full) {
-                first = std::min(first, firstToFill(row, cells, count));
+        for (int group = 0; group < groups; ++group) {
+            suspect_[group] = false;
+            for (std::int64_t k = firstAngle(group); k < firstAngle(group + 1); ++k) {
+                findCells(batch, k, cells);
+                Counter *const row = counters_ + k * rhos_;
+                Counter any = 0;
+                for (int i = 0; i < count; ++i) {
+                    any |= change(row + cells[i], 1);
+                }
+                suspect_[group] |= any >= full;
             }
         }
-        return first;
     }
-    void takeBack(const Batch &batch, int begin, int end) const {
+    [[gnu::noinline]] void takeBack(const Batch &batch) const {
+        const int count = batch.count();
         std::uint32_t cells[Batch::most + 8];
         for (std::int64_t k = 0; k < angles_; ++k) {
-            findCells(batch, begin, end, k, cells);
+            findCells(batch, k, cells);
             Counter *const row = counters_ + k * rhos_;
-            for (int i = begin; i < end; ++i) {
+            for (int i = 0; i < count; ++i) {
                 change(row + cells[i], -1);
             }
         }
     }
 
-    // The angle of a pixel's best cell, the first of equal ones, as the direction of its line.
-    Point2i bestDirection(Point2i pixel) const {
-        std::int64_t best = 0;
-        Counter most = 0;
-        const F32x8 x = splat(static_cast<float>(pixel.x)), y = splat(static_cast<float>(pixel.y));
-        for (std::int64_t k = 0; k < angles_; k += 8) {
-            const Part span{static_cast<int>(std::min<std::int64_t>(8, angles_ - k))};
-            std::int32_t cells[8];
-            store(cells, cells_(x, y, load<F32x8>(cosines_ + k, span), load<F32x8>(sines_ + k, span)));
-            for (int i = 0; i < span.n; ++i) {
-                const Counter votes = loadScalar(counters_ + (k + i) * rhos_ + cells[i]);
-                if (votes > most) {
-                    most = votes;
-                    best = k + i;
+    // Of the pixels cast last, in their order, the first one that filled a cell, or their number; and the first angle
+    // of those at which it did. No cell held more votes at that time.
+    struct Filling {
+        int pixel;
+        std::int64_t angle;
+    };
+    [[gnu::noinline]] Filling firstFilling(const Batch &batch) {
+        const int count = batch.count();
+        Filling first{count, 0};
+        std::uint32_t cells[Batch::most + 8];
+        for (int group = 0; group < groups; ++group) {
+            if (!suspect_[group]) {
+                continue;
+            }
+            suspect_[group] = false; // and for good, as votes are only taken back now
+            for (std::int64_t k = firstAngle(group); k < firstAngle(group + 1); ++k) {
+                findCells(batch, k, cells);
+                Counter *const row = counters_ + k * rhos_;
+                Counter any = 0;
+                for (int i = 0; i < count; ++i) {
+                    any |= loadScalar(row + cells[i]);
+                }
+                if (any >= full) {
+                    suspect_[group] = true;
+                    const int pixel = firstToFill(row, cells, count);
+                    first = pixel < first.pixel ? Filling{pixel, k} : first;
                 }
             }
         }
+        return first;
+    }
+
+    // Of the lines at an angle.
+    Point2i direction(std::int64_t k) const {
         const auto fixed = [](float a) { return static_cast<std::int32_t>(std::lrint(a * 0x1p20f)); };
-        return {fixed(-loadScalar(sines_ + best)), fixed(loadScalar(cosines_ + best))};
+        return {fixed(-loadScalar(sines_ + k)), fixed(loadScalar(cosines_ + k))};
     }
 
 private:
@@ -223,9 +241,9 @@ private:
     };
 
     // The cells pass through memory: one by one out of a vector, they would cost twice as much.
-    RVX_INLINE void findCells(const Batch &batch, int begin, int end, std::int64_t k, std::uint32_t *cells) const {
+    RVX_INLINE void findCells(const Batch &batch, std::int64_t k, std::uint32_t *cells) const {
         const F32x8 cosine = splat(loadScalar(cosines_ + k)), sine = splat(loadScalar(sines_ + k));
-        for (int i = begin; i < end; i += 8) {
+        for (int i = 0, count = batch.count(); i < count; i += 8) {
             store(reinterpret_cast<std::int32_t *>(cells + i), cells_(batch.x(i), batch.y(i), cosine, sine));
         }
     }
@@ -246,10 +264,17 @@ private:
         return first;
     }
 
+    // Groups of angles in which a cell may be full; of a single angle unless there are many.
+    static constexpr int groups = 256;
+    std::int64_t firstAngle(int group) const {
+        return std::min((angles_ + groups - 1) / groups * std::int64_t{group}, angles_);
+    }
+
     Counter *counters_;
     std::int64_t rhos_, angles_;
     const float *cosines_, *sines_;
     Cells cells_;
+    bool suspect_[groups] = {};
 };
 
 // ------------------------------------------------------------------------------------------- following a line
@@ -388,60 +413,61 @@ struct Search {
 };
 
 template <class Counter>
-std::int32_t findSegments(const Search &search, const PixelMask &mask, PixelPool &pool, const Votes<Counter> &votes) {
+std::int32_t findSegments(const Search &search, const PixelMask &mask, PixelPool &pool, Votes<Counter> votes) {
     const Follower follower(mask, search.gap);
     Batch batch, removed;
     int size = Batch::most;
     std::int32_t found = 0;
     const auto takeBackRemoved = [&] {
-        votes.takeBack(removed, 0, removed.count());
+        votes.takeBack(removed);
         removed.clear();
     };
+    const auto remove = [&](Point2i p) {
+        mask.remove(p);
+        if (pool.hasVoted(p)) {
+            removed.append(p);
+            if (removed.full()) {
+                takeBackRemoved();
+            }
+        }
+    };
     for (;;) {
+        batch.clear();
         while (batch.count() < size && !pool.empty()) {
             const Point2i p = pool.draw();
             if (mask.contains(p)) {
+                pool.setVoted(p);
                 batch.append(p);
             }
         }
         if (batch.count() == 0) {
             return found;
         }
-        const int count = std::min(batch.count(), size), filling = votes.cast(batch, count);
-        for (int i = 0; i < std::min(filling + 1, count); ++i) {
-            pool.setVoted(batch[i]);
-        }
-        if (filling == count) {
-            batch.drop(count, mask);
-            size = std::min(2 * size, Batch::most);
-            continue;
-        }
-        votes.takeBack(batch, filling + 1, count);
-        size = filling + 1; // lines are likely to come at the same rate
-        const Point2i pixel = batch[filling];
-        const Segment segment = follower.follow(pixel, votes.bestDirection(pixel));
-        const auto remove = [&](Point2i p) {
-            mask.remove(p);
-            if (pool.hasVoted(p)) {
-                removed.append(p);
-                if (removed.full()) {
-                    takeBackRemoved();
+        votes.cast(batch);
+        int lines = 0;
+        for (;; ++lines) {
+            const auto [filling, angle] = votes.firstFilling(batch);
+            if (filling == batch.count()) {
+                break;
+            }
+            const Point2i pixel = batch[filling];
+            const Segment segment = follower.follow(pixel, votes.direction(angle));
+            follower.forEachMark(segment, remove);
+            if (mask.contains(pixel)) {
+                remove(pixel);
+            }
+            takeBackRemoved();
+            batch.drop(filling + 1, mask);
+            if (segment.length() >= search.length) {
+                storeScalar(search.segments + 2 * std::int64_t{found}, segment.first);
+                storeScalar(search.segments + 2 * std::int64_t{found} + 1, segment.last);
+                if (++found == search.capacity) {
+                    return found;
                 }
             }
-        };
-        follower.forEachMark(segment, remove);
-        if (mask.contains(pixel)) {
-            remove(pixel);
         }
-        takeBackRemoved();
-        batch.drop(filling + 1, mask);
-        if (segment.length() >= search.length) {
-            storeScalar(search.segments + 2 * std::int64_t{found}, segment.first);
-            storeScalar(search.segments + 2 * std::int64_t{found} + 1, segment.last);
-            if (++found == search.capacity) {
-                return found;
-            }
-        }
+        // A line makes the batch's cells be looked at again: where there are many lines, batches are small.
+        size = lines > 8 ? std::max(size / 2, 1) : lines < 3 ? std::min(2 * size, Batch::most) : size;
     }
 }
 
