@@ -1,11 +1,12 @@
-// The synthetic street scene of the demo: a textured background, straight and curved edges, objects that move from
-// frame to frame, and noise. Deterministic: the same frame and seed give the same picture.
+// The synthetic street scenes: a textured background, straight and curved edges, objects that move from frame to frame,
+// and noise. Deterministic: the same street, frame and seed give the same picture.
 #pragma once
 
 #include "image.h"
+#include "street.h"
 
 namespace tools {
 
-Image renderScene(int width, int height, int frame, unsigned seed);
+Image renderScene(const Street &street, int width, int height, int frame, unsigned seed);
 
 } // namespace tools
