@@ -25,6 +25,8 @@ void addHistory(CLI::App &program);
 void addProfile(CLI::App &program);
 void addPyramid(CLI::App &program);
 void addTrack(CLI::App &program);
+void addDetect(CLI::App &program);
+void addTrain(CLI::App &program);
 void addScene(CLI::App &program);
 void addUndistort(CLI::App &program);
 void addStats(CLI::App &program);

@@ -45,6 +45,18 @@ void drawLine(Image &image, Point2f from, Point2f to, double width, Rgb colour) 
           });
 }
 
+void drawBox(Image &image, Box box, double width, Rgb colour) {
+    // Pixel (0, 0) has its centre at (0, 0) here, but at (0.5, 0.5) in a box.
+    const double inset = width / 2 - 0.5;
+    const auto left = static_cast<float>(box.x + inset), top = static_cast<float>(box.y + inset);
+    const auto right = static_cast<float>(box.x + box.width - 1 - inset);
+    const auto bottom = static_cast<float>(box.y + box.height - 1 - inset);
+    drawLine(image, {left, top}, {right, top}, width, colour);
+    drawLine(image, {right, top}, {right, bottom}, width, colour);
+    drawLine(image, {right, bottom}, {left, bottom}, width, colour);
+    drawLine(image, {left, bottom}, {left, top}, width, colour);
+}
+
 void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb colour) {
     const double cx = centre.x, cy = centre.y, reach = radius + width / 2 + 1;
     paint(image, cx - reach, cy - reach, cx + reach, cy + reach, colour,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "colour.h"
+#include "resample.h"
 
 namespace tools {
 
@@ -10,6 +11,8 @@ double markUnit(const Image &image);
 
 // A stroke with round ends; of no length, it is a disc.
 void drawLine(Image &image, Point2f from, Point2f to, double width, Rgb colour);
+// The box's outline, from inside: its outer edge is the box.
+void drawBox(Image &image, Box box, double width, Rgb colour);
 void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb colour);
 
 } // namespace tools
