@@ -10,6 +10,8 @@ install(TARGETS rvxcore rvxcvl9 EXPORT rvxcvTargets LIBRARY DESTINATION ${CMAKE_
 install(DIRECTORY include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 if(TARGET rvxcv)
   install(TARGETS rvxcv RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # Not CMAKE_INSTALL_DATADIR: the program looks for them in ../share.
+  install(DIRECTORY tools/cascades/ DESTINATION share/rvxcv/cascades FILES_MATCHING PATTERN "*.json")
 endif()
 
 # Libraries and program find each other next to themselves, wherever the prefix is.
