@@ -68,7 +68,7 @@ TEST(Streets, ListsScaleWithThePicture) {
     EXPECT_EQ(program::readText(folder / "a.csv"), "object,x,y,width,height\nperson,211,133,8,37\n"
                                                    "car,30,171,60,29\ncar,220,195,81,39\nball,120,180,11,11\n");
     ASSERT_EQ(run("scene " + folder / "b.png" + " --width 320 --height 240 --frame 30 --cars 1 --boxes -").output,
-              "object,x,y,width,height\nperson,136,133,8,37\ncar,240,171,60,29\nball,255,167,11,11\n")
+              "object,x,y,width,height\nperson,136,133,8,37\ncar,240,171,60,29\nball,255,174,11,11\n")
         << "what has left the picture is not listed";
 }
 
