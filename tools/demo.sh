@@ -35,6 +35,10 @@ said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/trac
     --count 800 --quality 0.001 --distance 8)
 show track.png "corners followed through the frames; as a list: tracks.csv" "$said"
 
+"$bin" scene "$out/street-2001.png" --street 2001
+said=$("$bin" detect car "$out/street-2001.png" -o "$out/detect.png" --csv "$out/cars.csv")
+show detect.png "cars in a street that was not trained on; as a list: cars.csv" "$said"
+
 "$bin" gradient "$picture" -o "$out/gradient.png"
 show gradient.png "length of the Sobel gradient"
 "$bin" gradient "$picture" -o "$out/laplacian.png" --filter laplacian --size 5

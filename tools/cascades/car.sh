@@ -13,4 +13,4 @@ done
 for street in $(seq 241 300); do
     "$bin" scene "$work/others/$street.png" --street "$street" --seed "$street" --cars 0
 done
-"$bin" train "$work/cars" "$work/others" --object car --window 32x16 -o "$2"
+"$bin" train "$work/cars" "$work/others" --object car --window 32x16 --hit-rate 0.9995 --copies 6 -o "$2"
