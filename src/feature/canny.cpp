@@ -348,15 +348,15 @@ void detect(const Producer &producer, Plane<std::uint8_t> dst, RoiSize roi, floa
 constexpr bool goodThresholds(float low, float high) { return !(low < 0 || low > high); }
 
 std::int64_t scratchBytes(RoiSize roi) {
-    const std::int64_t framed = (std::int64_t{roi.width} + 2) * (std::int64_t{roi.height} + 2);
-    const bool narrow = roi.width < 65533 && roi.height < 65533;
-    return (narrow ? 5 : 9) * framed + 16 * std::int64_t{roi.width} + 160;
+    const std::int64_t width = roi.width, height = roi.height;
+    const bool narrow = width < 65533 && height < 65533;
+    return saturatedSum(saturatedProduct(narrow ? 5 : 9, width + 2, height + 2), 16 * width + 160);
 }
 
 std::int64_t borderScratchBytes(RoiSize roi, MaskCode mask) {
     const std::int64_t extra = mask == Mask3x3 ? 2 : 4;
     const std::int64_t width = roi.width + extra, height = roi.height + extra;
-    return width * (height + 16) + 4 * width * height + 64;
+    return saturatedSum(saturatedProduct(width, 5 * height + 16), 64);
 }
 
 template <class Producer, class T>

@@ -286,10 +286,8 @@ StatusCode scratchBytes(RoiSize roi, std::int32_t aperture, std::int32_t block, 
     if constexpr (floats) {
         include(rvxiFilterSobelVertGetBufferSize_32f_C1R, maskOf(aperture));
         include(rvxiFilterSobelHorizGetBufferSize_32f_C1R, maskOf(aperture));
-        if (block == 3) { // the block, not the aperture: with a block of 5 the other sizes are larger
-            include(rvxiFilterScharrVertGetBufferSize_32f_C1R);
-            include(rvxiFilterScharrHorizGetBufferSize_32f_C1R);
-        }
+        include(rvxiFilterScharrVertGetBufferSize_32f_C1R);
+        include(rvxiFilterScharrHorizGetBufferSize_32f_C1R);
     } else {
         include(rvxiFilterSobelVertGetBufferSize_8u16s_C1R, maskOf(aperture));
         include(rvxiFilterSobelHorizGetBufferSize_8u16s_C1R, maskOf(aperture));

@@ -43,8 +43,8 @@ template <class T> std::int64_t laplacianScratch(RoiSize roi, std::int32_t taps)
 
 // The 5x5 Laplacian with 8s results also counts an image of 16-bit sums.
 inline std::int64_t dividedLaplacianScratch(RoiSize roi, std::int32_t taps) {
-    const std::int64_t sums = taps == 5 ? 2 * roundUp(roi.width, 16) * roi.height + 32 : 0;
-    return laplacianScratch<std::uint8_t>(roi, taps) + std::min<std::int64_t>(sums, INT64_MAX / 2); // must not wrap
+    const std::int64_t sums = taps == 5 ? saturatedSum(saturatedProduct(2, roundUp(roi.width, 16), roi.height), 32) : 0;
+    return saturatedSum(laplacianScratch<std::uint8_t>(roi, taps), sums);
 }
 
 constexpr bool isMask(MaskCode mask) { return mask == Mask3x3 || mask == Mask5x5; }

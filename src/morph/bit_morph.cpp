@@ -408,8 +408,8 @@ private:
 // False, and nothing is written, where the kernel does not apply.
 template <class Op, int side> bool filterSquare(const BitTask &task) {
     const std::int64_t bytes = bytesOf(task.src.bit, task.roi.width);
-    if (task.src.bit != task.dst.bit || bytes < SmallSquare<Op, side>::fewestBytes || bytes > task.dst.step ||
-        task.border.left || task.border.right) {
+    if (task.src.bit != task.dst.bit || bytes < SmallSquare<Op, side>::fewestBytes || task.border.left ||
+        task.border.right) {
         return false;
     }
     const SmallSquare<Op, side> square(task);

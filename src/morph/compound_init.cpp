@@ -30,12 +30,11 @@ struct AdvSizes {
         const std::int64_t stride = roundUp(width * pixel.channels * pixel.elementBytes(), 32);
         basicSpec = morphSpecBytes(pixel.typeCode, maskSize);
         basicBuffer = morphBufferBytes(pixel, roi.width, maskSize);
-        spec = 2 * basicSpec + fieldsBytes;
-        fit = fitsInt32(spec) && fitsInt32(basicBuffer) && fitsInt32(width) && fitsInt32(stride);
-        intermediate = fit ? stride * cutAt(height, std::int64_t{1} << 31) : 0;
-        fit = fit && fitsInt32(buffer());
+        spec = saturatedSum(saturatedProduct(2, basicSpec), fieldsBytes);
+        intermediate = saturatedProduct(stride, height);
+        fit = fitsInt32(spec) && fitsInt32(buffer());
     }
-    std::int64_t buffer() const { return intermediate + 2 * basicBuffer; }
+    std::int64_t buffer() const { return saturatedSum(intermediate, saturatedProduct(2, basicBuffer)); }
 };
 
 StatusCode advSizes(MorphPixel pixel, RoiSize roi, RoiSize maskSize, std::int32_t *specSize, std::int32_t *bufferSize) {

@@ -37,7 +37,7 @@ StatusCode borderInit(MorphPixel pixel, std::int32_t roiWidth, const std::uint8_
 }
 
 std::int64_t stateBytes(MorphPixel pixel, std::int32_t roiWidth, RoiSize maskSize) {
-    return morphSpecBytes(pixel.typeCode, maskSize) + morphBufferBytes(pixel, roiWidth, maskSize);
+    return saturatedSum(morphSpecBytes(pixel.typeCode, maskSize), morphBufferBytes(pixel, roiWidth, maskSize));
 }
 
 StatusCode olderSize(MorphPixel pixel, std::int32_t roiWidth, const std::uint8_t *mask, RoiSize maskSize,

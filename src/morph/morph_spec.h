@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kernel/base.h"
+#include "kernel/checks.h"
 
 #include "rvxcv/morph.h"
 
@@ -24,36 +25,30 @@ struct MorphPixel {
 
 constexpr std::int64_t align16(std::int64_t n) { return roundUp(n, 16); }
 
-// Sizes that fit in no int32_t saturate before they wrap in 64 bits: factors are cut where the result is too large
-// anyway.
-constexpr std::int64_t cutAt(std::int64_t n, std::int64_t limit) { return n < limit ? n : limit; }
-
 // The scratch of a rank filter: a ring of twice as many rows as the mask has, and pointers to rows.
-constexpr std::int64_t rankBufferBytes(std::int64_t width, std::int64_t pixelBytes, std::int64_t maskHeight) {
-    const std::int64_t height = cutAt(maskHeight, 1 << 25);
-    return 2 * height * (width * pixelBytes + 32) + 32 * height + 32;
+constexpr std::int64_t rankBufferBytes(std::int64_t width, std::int64_t pixelBytes, std::int64_t height) {
+    return saturatedSum(saturatedProduct(2, height, width * pixelBytes + 32), 32 * height + 32);
 }
 
 // The scratch of the row-run kernel: for every mask row a ring of extrema.
-constexpr std::int64_t ellipseBufferBytes(std::int64_t width, std::int64_t pixelBytes, std::int64_t maskHeight) {
-    const std::int64_t height = cutAt(maskHeight, 1 << 13);
-    return (height * height + 1) * (width * pixelBytes + 32) + 40 * height + 40;
+constexpr std::int64_t ellipseBufferBytes(std::int64_t width, std::int64_t pixelBytes, std::int64_t height) {
+    return saturatedSum(saturatedProduct(height * height + 1, width * pixelBytes + 32), 40 * height + 40);
 }
 
-constexpr std::int64_t morphPositions(RoiSize mask) {
-    return cutAt(std::int64_t{mask.width} * mask.height, std::int64_t{1} << 40);
-}
+constexpr std::int64_t morphPositions(RoiSize mask) { return std::int64_t{mask.width} * mask.height; }
 
 constexpr std::int64_t morphSpecBytes(PixelTypeCode typeCode, RoiSize mask) {
     const std::int64_t positions = align16(morphPositions(mask));
-    return typeCode == PixelType1u ? 3 * positions + 96 : 33 * positions + 16 * std::int64_t{mask.height} + 160;
+    const std::int64_t fixed = typeCode == PixelType1u ? 96 : 16 * std::int64_t{mask.height} + 160;
+    return saturatedSum(saturatedProduct(typeCode == PixelType1u ? 3 : 33, positions), fixed);
 }
 
 constexpr std::int64_t morphBufferBytes(MorphPixel pixel, std::int64_t roiWidth, RoiSize mask) {
     const std::int64_t height = mask.height, bytes = pixel.sizedBytes();
     const std::int64_t rank = rankBufferBytes(roiWidth, bytes, height);
     const std::int64_t ellipse = ellipseBufferBytes(roiWidth, bytes, height);
-    return (rank > ellipse ? rank : ellipse) + align16(24 * height) + align16(morphPositions(mask)) + 16 * height + 64;
+    return saturatedSum(rank > ellipse ? rank : ellipse, align16(24 * height), align16(morphPositions(mask)),
+                        16 * height + 64);
 }
 
 constexpr bool fitsInt32(std::int64_t bytes) { return bytes <= std::numeric_limits<std::int32_t>::max(); }

@@ -197,33 +197,6 @@ StatusCode rankFilter(const T *src, std::int32_t srcStep, T *dst, std::int32_t d
 }
 
 } // namespace
-
-StatusCode ownrvxiFilterMinGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize) {
-    return rankSize<std::uint16_t, 1>(roiWidth, maskSize, bufferSize);
-}
-StatusCode ownrvxiFilterMaxGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize) {
-    return rankSize<std::uint16_t, 1>(roiWidth, maskSize, bufferSize);
-}
-StatusCode ownrvxiFilterMinBorderReplicate_16u_C1R(const std::uint16_t *src, std::int32_t srcStep, std::uint16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer) {
-    return rankFilter<Minimum, 1>(src, srcStep, dst, dstStep, roi, maskSize, anchor, buffer);
-}
-StatusCode ownrvxiFilterMaxBorderReplicate_16u_C1R(const std::uint16_t *src, std::int32_t srcStep, std::uint16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer) {
-    return rankFilter<Maximum, 1>(src, srcStep, dst, dstStep, roi, maskSize, anchor, buffer);
-}
-StatusCode ownrvxiFilterMinBorderReplicate_16s_C1R(const std::int16_t *src, std::int32_t srcStep, std::int16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer) {
-    return rankFilter<Minimum, 1>(src, srcStep, dst, dstStep, roi, maskSize, anchor, buffer);
-}
-StatusCode ownrvxiFilterMaxBorderReplicate_16s_C1R(const std::int16_t *src, std::int32_t srcStep, std::int16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer) {
-    return rankFilter<Maximum, 1>(src, srcStep, dst, dstStep, roi, maskSize, anchor, buffer);
-}
 } // namespace rvxcv
 
 using namespace rvxcv;

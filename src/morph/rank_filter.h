@@ -23,20 +23,4 @@ inline Window rectangleOf(const MorphSpec &spec) {
     return {left, top, left + spec.rectangleWidth - 1, top + spec.rectangleHeight - 1};
 }
 
-// The one-channel 16-bit filters, for use inside the library: arguments, checks and buffer as the exported ones.
-StatusCode ownrvxiFilterMinGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize);
-StatusCode ownrvxiFilterMaxGetBufferSize_16u_C1R(std::int32_t roiWidth, RoiSize maskSize, std::int32_t *bufferSize);
-StatusCode ownrvxiFilterMinBorderReplicate_16u_C1R(const std::uint16_t *src, std::int32_t srcStep, std::uint16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer);
-StatusCode ownrvxiFilterMaxBorderReplicate_16u_C1R(const std::uint16_t *src, std::int32_t srcStep, std::uint16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer);
-StatusCode ownrvxiFilterMinBorderReplicate_16s_C1R(const std::int16_t *src, std::int32_t srcStep, std::int16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer);
-StatusCode ownrvxiFilterMaxBorderReplicate_16s_C1R(const std::int16_t *src, std::int32_t srcStep, std::int16_t *dst,
-                                                   std::int32_t dstStep, RoiSize roi, RoiSize maskSize, Point2i anchor,
-                                                   std::uint8_t *buffer);
-
 } // namespace rvxcv

@@ -139,11 +139,14 @@ template <class T> struct Case {
     GuardedImage<std::uint8_t> mask;
     GuardedImage<float> acc;
 
-    Case(std::int64_t width, std::int64_t height, std::int64_t padding, Guard guard, Contents contents, Rng &rng)
-        : a(width, height, {.padding = padding * static_cast<std::int64_t>(sizeof(T)), .guard = guard}),
-          b(width, height, {.padding = padding * 2 * static_cast<std::int64_t>(sizeof(T)), .guard = guard}),
-          mask(width, height, {.padding = padding, .guard = guard}),
-          acc(width, height, {.padding = padding * 4, .guard = guard}) {
+    static constexpr std::int64_t size = static_cast<std::int64_t>(sizeof(T));
+
+    // Any of the images may be padded beside tight ones: bits of `padded`.
+    Case(std::int64_t width, std::int64_t height, std::int64_t padded, Guard guard, Contents contents, Rng &rng)
+        : a(width, height, {.padding = (padded & 1) * size, .guard = guard}),
+          b(width, height, {.padding = (padded & 2) * size, .guard = guard}),
+          mask(width, height, {.padding = padded & 4, .guard = guard}),
+          acc(width, height, {.padding = padded & 8, .guard = guard}) {
         a.fill(rng, contents);
         b.fill(rng, contents);
         acc.fill(rng, contents == Contents::small ? Contents::random : contents);
@@ -184,15 +187,15 @@ TYPED_TEST(Accumulate, EveryWidthStepAndContentsMatchTheFormula) {
     Rng rng = makeRng("accumulate");
     for (const Member<TypeParam> &member : members<TypeParam>()) {
         for (std::int64_t width = 1; width <= 37; ++width) {
-            for (const std::int64_t padding : {0, 3}) {
+            for (const std::int64_t padded : {2 * width, 2 * width + 1}) {
                 const auto contents = allContents[static_cast<std::size_t>(rng() % std::size(allContents))];
                 const Guard guard = rng() % 2 != 0 ? Guard::behind : Guard::before;
-                Case<TypeParam> images(width, 3, padding, guard, contents, rng);
+                Case<TypeParam> images(width, 3, padded % 16, guard, contents, rng);
                 checkMember(member, images, 0.37f);
             }
         }
         for (const Contents contents : allContents) {
-            Case<TypeParam> images(641, 5, 1, Guard::behind, contents, rng);
+            Case<TypeParam> images(641, 5, 15, Guard::behind, contents, rng);
             checkMember(member, images, 0.1f);
         }
     }
@@ -234,7 +237,7 @@ TYPED_TEST(Accumulate, StatusesInTheOrderOfTheChecks) {
     using Faults = std::vector<Fault<Call<T>>>;
     for (const Member<T> &member : members<T>()) {
         const bool binary = member.op == Op::product || member.op == Op::blend;
-        Case<T> images(9, 3, 2, Guard::behind, Contents::random, rng);
+        Case<T> images(9, 3, 15, Guard::behind, Contents::random, rng);
         constexpr auto size = static_cast<std::int32_t>(sizeof(T));
         Faults faults{{"null source", StatusNullPointer, [](auto &c) { c.a = nullptr; }},
                       {"null accumulator", StatusNullPointer, [](auto &c) { c.acc = nullptr; }}};

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <tuple>
 
 namespace {
 
@@ -181,47 +182,67 @@ TEST(Canny, Ties) {
     EXPECT_EQ(run({0, 0, 9, 0, 9, 0, 0, 0, 0}, {0, 0, -9, 0, -9, 0, 0, 0, 0}), std::vector<std::uint8_t>(9));
 }
 
-// The direction of every |dy| with the |dx| around both thresholds. The pixel in the middle of a cell has one larger
-// neighbour, which suppresses it exactly when the gradient points there.
-TEST(Canny, DirectionsAtTheThresholds) {
+// The directions of pairs (|dx|, |dy|): the pixel in the middle of a cell has one larger neighbour, to the left or
+// above, which suppresses it exactly when the gradient points there.
+template <class T, class Function>
+void checkDirections(Function function, const std::vector<std::pair<T, T>> &cases, T larger, bool leftwards,
+                     const std::function<bool(T, T)> &pointsThere) {
     constexpr int cell = 4, across = 1024;
-    struct Probe {
-        double constant;
-        int neighbourX, neighbourY;
+    const int width = across * cell, height = static_cast<int>((cases.size() + across - 1) / across) * cell;
+    const auto pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    std::vector<T> dx(pixels), dy(pixels);
+    const auto at = [&](std::size_t i, int x, int y) {
+        return (i / across * cell + static_cast<std::size_t>(y + 1)) * static_cast<std::size_t>(width) +
+               i % across * cell + static_cast<std::size_t>(x + 1);
     };
-    for (const Probe &probe : {Probe{2.414213562373095, -1, 0}, Probe{0.41421356237309503, 0, -1}}) {
-        const bool horizontal = probe.neighbourX != 0;
-        std::vector<std::pair<int, int>> cases; // |dx|, |dy|
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        std::tie(dx[at(i, 0, 0)], dy[at(i, 0, 0)]) = cases[i];
+        const std::size_t neighbour = leftwards ? at(i, -1, 0) : at(i, 0, -1);
+        dx[neighbour] = dy[neighbour] = larger;
+    }
+    std::vector<std::uint8_t> dst(pixels);
+    GuardedBuffer buffer = scratchFor({width, height});
+    const int step = width * static_cast<int>(sizeof(T));
+    ASSERT_EQ(function(dx.data(), step, dy.data(), step, dst.data(), width, {width, height}, 0, 0, buffer.data()),
+              StatusOk);
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const auto [ax, ay] = cases[i];
+        ASSERT_EQ(dst[at(i, 0, 0)], pointsThere(ax, ay) ? 0 : 255) << "dx " << ax << " dy " << ay;
+    }
+}
+
+// Every |dy| with the |dx| around both thresholds.
+TEST(Canny, DirectionsAtTheThresholds) {
+    for (const double constant : {2.414213562373095, 0.41421356237309503}) {
+        const bool leftwards = constant > 1;
+        std::vector<std::pair<std::int16_t, std::int16_t>> cases;
         for (int ay = 1; ay <= 32767; ++ay) {
-            const int near = static_cast<int>(probe.constant * ay);
+            const int near = static_cast<int>(constant * ay);
             for (int ax = std::max(near - 1, 0); ax <= near + 2 && ax <= 32767; ++ax) {
                 cases.emplace_back(ax, ay);
             }
         }
-        const int down = static_cast<int>((cases.size() + across - 1) / across);
-        const int width = across * cell, height = down * cell;
-        const auto pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-        std::vector<std::int16_t> dx(pixels), dy(pixels);
-        const auto at = [&](std::size_t i, int x, int y) {
-            return (i / across * cell + static_cast<std::size_t>(y + 1)) * static_cast<std::size_t>(width) +
-                   i % across * cell + static_cast<std::size_t>(x + 1);
-        };
-        for (std::size_t i = 0; i < cases.size(); ++i) {
-            dx[at(i, 0, 0)] = static_cast<std::int16_t>(cases[i].first);
-            dy[at(i, 0, 0)] = static_cast<std::int16_t>(cases[i].second);
-            dx[at(i, probe.neighbourX, probe.neighbourY)] = dy[at(i, probe.neighbourX, probe.neighbourY)] = 32767;
+        checkDirections<std::int16_t>(rvxiCanny_16s8u_C1R, cases, 32767, leftwards, [=](float ax, int ay) {
+            const auto product = static_cast<float>(constant * ay);
+            return leftwards ? ax > product : ax < product;
+        });
+    }
+}
+
+// The float |dx| at both thresholds and one unit in the last place beside them.
+TEST(Canny, FloatDirectionsAtTheThresholds) {
+    Rng rng = makeRng("canny directions");
+    for (const float constant : {2.4142137f, 0.41421357f}) {
+        const bool leftwards = constant > 1;
+        std::vector<std::pair<float, float>> cases;
+        for (int i = 0; i < 5000; ++i) {
+            const float ay = std::fabs(randomValue<float>(rng, Contents::random)) + 1, product = constant * ay;
+            for (const float ax : {product, std::nextafter(product, 0.0f), std::nextafter(product, 1e9f)}) {
+                cases.emplace_back(ax, ay);
+            }
         }
-        std::vector<std::uint8_t> dst(pixels);
-        GuardedBuffer buffer = scratchFor({width, height});
-        ASSERT_EQ(rvxiCanny_16s8u_C1R(dx.data(), 2 * width, dy.data(), 2 * width, dst.data(), width, {width, height}, 0,
-                                      0, buffer.data()),
-                  StatusOk);
-        for (std::size_t i = 0; i < cases.size(); ++i) {
-            const auto ax = static_cast<float>(cases[i].first);
-            const auto product = static_cast<float>(probe.constant * cases[i].second);
-            const bool suppressed = horizontal ? ax > product : ax < product;
-            ASSERT_EQ(dst[at(i, 0, 0)], suppressed ? 0 : 255) << "dx " << ax << " dy " << cases[i].second;
-        }
+        checkDirections<float>(rvxiCanny_32f8u_C1R, cases, 1e6f, leftwards,
+                               [=](float ax, float ay) { return leftwards ? ax > constant * ay : ax < constant * ay; });
     }
 }
 

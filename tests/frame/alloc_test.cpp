@@ -1,5 +1,7 @@
 #include "frame/alloc.h"
 
+#include "rvxcore.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -28,13 +30,16 @@ TEST(TypedAllocation, BlocksHoldTheirElements) {
     rvxsFree(nullptr);
 }
 
-// 2^30 elements of four bytes are 2^32 bytes: a product in 32 bits would be 0.
+// 2^30 + 4 elements of four bytes are 2^32 + 16 bytes: a product in 32 bits would be a small block.
 TEST(TypedAllocation, ByteCountDoesNotWrap) {
-    constexpr std::int32_t count = 1 << 30;
-    std::int32_t *block = rvxsMalloc_32s(count);
-    if (block == nullptr) {
+    constexpr std::int32_t count = (1 << 30) + 4;
+    void *whole = rvxMalloc(4 * std::int64_t{count});
+    if (whole == nullptr) {
         GTEST_SKIP() << "no address space for 4 GiB";
     }
+    rvxFree(whole);
+    std::int32_t *block = rvxsMalloc_32s(count);
+    ASSERT_NE(block, nullptr);
     block[count - 1] = 7;
     EXPECT_EQ(block[count - 1], 7);
     rvxsFree(block);

@@ -164,10 +164,18 @@ void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize init
                          .right = sides.right ? reachX * c : 0,
                          .bottom = sides.bottom ? reachY : 0});
     src.fill(rng, rng() % 4 == 0 ? Contents::nearMax : Contents::random);
+    if (std::is_same_v<T, float> && rng() % 3 == 0) { // an infinite area: infinity minus infinity stays NaN
+        const auto value = static_cast<T>(rng() % 2 != 0 ? INFINITY : -INFINITY);
+        for (std::int64_t y = sides.top ? -reachY : 0; y < roi.height + (sides.bottom ? reachY : 0); ++y) {
+            for (std::int64_t x = sides.left ? -reachX * c : 0; x < roi.width / 2 * c; ++x) {
+                src.set(x, y, value);
+            }
+        }
+    }
     GuardedImage<T> dst(std::int64_t{roi.width} * c, roi.height, {.padding = static_cast<std::int64_t>(sizeof(T)) * 5});
     std::int32_t specSize = 0, bufferSize = 0;
     ASSERT_EQ(f.sizes(initRoi, mask.size, &specSize, &bufferSize), StatusOk);
-    GuardedBuffer spec(specSize), initBuffer(bufferSize), buffer(bufferSize);
+    GuardedBuffer spec(specSize), initBuffer(bufferSize), buffer(bufferSize, src.guard());
     auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
     ASSERT_EQ(f.init(initRoi, mask.bytes.data(), mask.size, record, initBuffer.data()), StatusOk);
     buffer.scribble();
@@ -181,8 +189,8 @@ void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize init
         const auto want = compound(view, mask, op, saturated<T>);
         for (std::int64_t y = 0; y < roi.height; ++y) {
             for (std::int64_t x = 0; x < roi.width; ++x) {
-                ASSERT_EQ(static_cast<double>(dst.at(x * c + channel, y)),
-                          want[static_cast<std::size_t>(y * roi.width + x)])
+                ASSERT_TRUE(sameValue(static_cast<double>(dst.at(x * c + channel, y)) + 0.0,
+                                      want[static_cast<std::size_t>(y * roi.width + x)] + 0.0))
                     << "(" << x << ", " << y << ") channel " << channel << " of " << roi.width << "x" << roi.height
                     << " op " << static_cast<int>(op) << " mask " << mask.size.width << "x" << mask.size.height
                     << " border " << border;
@@ -229,17 +237,63 @@ TEST(Compound, EveryTypeOperationAndBorder) {
     checkMember(MEMBERS(float, 4, 32f_C4R), "32f_C4R");
 }
 
+// Steps need not count channels: rows that overlap are as if they were written one after another.
+template <class T> void checkStepsOfOneChannel(const Functions<T> &f) {
+    Rng rng = makeRng("compound short steps", sizeof(T) + static_cast<unsigned>(f.channels));
+    constexpr std::int32_t width = 41, height = 19;
+    constexpr std::int32_t step = width * static_cast<std::int32_t>(sizeof(T));
+    for (const Mask &mask : {solidMask(3, 3, {3, 3}), solidMask(6, 2, {6, 2}), randomMask(rng, 5, 5)}) {
+        std::int32_t specSize = 0, bufferSize = 0;
+        ASSERT_EQ(f.sizes({width, height}, mask.size, &specSize, &bufferSize), StatusOk);
+        GuardedBuffer spec(specSize), buffer(bufferSize);
+        auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
+        ASSERT_EQ(f.init({width, height}, mask.bytes.data(), mask.size, record, buffer.data()), StatusOk);
+        for (const auto operation : f.operations) {
+            GuardedImage<T> src(width * (height - 1 + f.channels), 1), dst(src.width(), 1);
+            GuardedImage<T> srcApart(width * f.channels, height), dstApart(srcApart.width(), height);
+            src.fill(rng, Contents::random);
+            for (std::int64_t i = 0; i < height * srcApart.width(); ++i) {
+                const std::int64_t x = i % srcApart.width(), y = i / srcApart.width();
+                srcApart.set(x, y, src.at(y * width + x, 0));
+            }
+            ASSERT_EQ(operation(srcApart.data(), srcApart.step(), dstApart.data(), dstApart.step(), {width, height},
+                                BorderReplicate, T{}, record, buffer.data()),
+                      StatusOk);
+            ASSERT_EQ(operation(src.data(), step, dst.data(), step, {width, height}, BorderReplicate, T{}, record,
+                                buffer.data()),
+                      StatusOk);
+            ASSERT_TRUE(imageIs(dst,
+                                [&](std::int64_t i, auto) {
+                                    const std::int64_t y =
+                                        std::min<std::int64_t>(i / width, height - 1); // the last row that holds it
+                                    return dstApart.at(i - y * width, y);
+                                }))
+                << "channels " << f.channels;
+        }
+    }
+}
+
+TEST(Compound, StepsOfOneChannel) {
+    checkStepsOfOneChannel(MEMBERS(std::uint8_t, 3, 8u_C3R));
+    checkStepsOfOneChannel(MEMBERS(std::uint8_t, 4, 8u_C4R));
+    checkStepsOfOneChannel(MEMBERS(float, 3, 32f_C3R));
+    checkStepsOfOneChannel(MEMBERS(float, 4, 32f_C4R));
+}
+
 // ------------------------------------------------------------------------------------------------- bit images
 
 // Rows of bits at any offset, with or without surroundings in memory; the last byte of the last row ends at the guard.
+// Rows without surroundings may share bytes with their neighbours.
 struct BitImage {
-    std::int64_t width, height, left, top, offset, step;
+    std::int64_t width, height, left, top, offset, rowBytes, step;
     GuardedBuffer bytes;
 
     BitImage(std::int64_t w, std::int64_t h, std::int64_t bitOffset, std::int64_t marginX, std::int64_t marginY,
              Rng &rng)
         : width(w), height(h), left(marginX), top(marginY), offset(bitOffset),
-          step((marginX + bitOffset + w + marginX + 7) / 8), bytes((h + 2 * marginY) * step) {
+          rowBytes((marginX + bitOffset + w + marginX + 7) / 8),
+          step(marginX == 0 && rng() % 3 == 0 ? (w + 7) / 8 : rowBytes),
+          bytes((h + 2 * marginY - 1) * step + rowBytes) {
         // Half of the bits, one of 32, all but one of 32: large masks would see nothing but the same in the first.
         const auto density = rng() % 3;
         for (std::int64_t i = 0; i < bytes.size(); ++i) {
@@ -270,7 +324,8 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
     BitImage src(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, inMemory ? 2 * mask.size.width : 0,
                  inMemory ? 2 * mask.size.height : 0, rng);
     BitImage dst(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, 0, 0, rng);
-    const std::vector<std::uint8_t> before(dst.bytes.data(), dst.bytes.data() + dst.bytes.size());
+    std::vector<std::uint8_t> expected(dst.bytes.data(), dst.bytes.data() + dst.bytes.size());
+    const Guard guard = rng() % 2 != 0 ? Guard::behind : Guard::before;
     const View view{[&](std::int64_t x, std::int64_t y) { return src.at(x, y) ? 1.0 : 0.0; }, roi.width, roi.height,
                     border};
     const auto srcStep = static_cast<std::int32_t>(src.step), dstStep = static_cast<std::int32_t>(dst.step);
@@ -278,7 +333,7 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
     std::vector<double> want;
     if (op < 2) {
         ASSERT_EQ(rvxiMorphologyBorderGetSize_1u_C1R(roi.width, mask.size, &specSize, &bufferSize), StatusOk);
-        GuardedBuffer spec(specSize), buffer(bufferSize);
+        GuardedBuffer spec(specSize), buffer(bufferSize, guard);
         auto *record = reinterpret_cast<MorphSpec *>(spec.data());
         ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(roi.width, mask.bytes.data(), mask.size, record, buffer.data()),
                   StatusOk);
@@ -294,7 +349,7 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
         }
     } else {
         ASSERT_EQ(rvxiMorphAdvGetSize_1u_C1R(roi, mask.size, &specSize, &bufferSize), StatusOk);
-        GuardedBuffer spec(specSize), buffer(bufferSize);
+        GuardedBuffer spec(specSize), buffer(bufferSize, guard);
         auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
         ASSERT_EQ(rvxiMorphAdvInit_1u_C1R(roi, mask.bytes.data(), mask.size, record, buffer.data()), StatusOk);
         buffer.scribble();
@@ -303,18 +358,16 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
                   StatusOk);
         want = compound(view, mask, static_cast<Op>(op - 2), [](double v) { return std::max(v, 0.0); });
     }
-    for (std::int64_t y = 0; y < roi.height; ++y) {
-        for (std::int64_t k = 0; k < dst.step * 8; ++k) {
-            const std::int64_t x = k - dst.offset;
-            const auto byte = static_cast<std::size_t>(y * dst.step + (k >> 3));
-            const bool old = (before[byte] >> (k & 7) & 1) != 0, got = (dst.bytes.data()[byte] >> (k & 7) & 1) != 0;
-            const bool expected =
-                x < 0 || x >= roi.width ? old : want[static_cast<std::size_t>(y * roi.width + x)] != 0;
-            ASSERT_EQ(got, expected) << "bit (" << x << ", " << y << ") of " << roi.width << "x" << roi.height << " op "
-                                     << op << " mask " << mask.size.width << "x" << mask.size.height << " border "
-                                     << border << " offsets " << src.bitOffset() << ", " << dst.bitOffset();
-        }
+    for (std::int64_t i = 0; i < std::int64_t{roi.width} * roi.height; ++i) {
+        const std::int64_t k = i / roi.width * dst.step * 8 + dst.offset + i % roi.width;
+        std::uint8_t &byte = expected[static_cast<std::size_t>(k >> 3)];
+        byte =
+            static_cast<std::uint8_t>((byte & ~(1 << (k & 7))) | (want[static_cast<std::size_t>(i)] != 0) << (k & 7));
     }
+    const auto different = std::mismatch(expected.begin(), expected.end(), dst.bytes.data()).first - expected.begin();
+    ASSERT_EQ(different, dst.bytes.size())
+        << "the first different byte; " << roi.width << "x" << roi.height << " op " << op << " mask " << mask.size.width
+        << "x" << mask.size.height << " border " << border << " offsets " << src.bitOffset() << ", " << dst.bitOffset();
 }
 
 TEST(BitMorphology, Every3x3Mask) {
@@ -346,6 +399,14 @@ TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
             checkBits(op, Mask{{3, 3}, std::vector<std::uint8_t>(9, 1), {1, 1}}, {width, 5}, BorderReplicate, rng);
         }
         checkBits(op, randomMask(rng, 60, 9), {7, 3}, BorderReplicate, rng);
+        // What the scratch holds is least for narrow and tall images, and for wide ones under a single row.
+        checkBits(op, solidMask(3, 3, {3, 3}), {19, 49}, BorderReplicate, rng);
+        checkBits(op, solidMask(4, 7, {3, 6}), {19, 49}, BorderReplicate, rng);
+        checkBits(op, Mask{{5, 1}, {1, 1, 0, 1, 1}, {2, 0}}, {1459, 29}, BorderReplicate, rng);
+    }
+    // Rows of 32 kilobytes: differences with a row at other bits, up to the guard behind the source.
+    for (const Op op : {Op::tophat, Op::blackhat, Op::gradient}) {
+        checkBits(2 + static_cast<int>(op), solidMask(2, 1, {2, 1}), {262144 + 5, 2}, BorderReplicate, rng);
     }
 }
 
@@ -363,6 +424,10 @@ TEST(BitMorphology, Rectangles) {
         checkBits(0, solidMask(3, 3, {3, 3}), {300, 67}, rowsInMemory, rng, offset);
         checkBits(1, solidMask(5, 5, {5, 5}), {301, 70}, BorderReplicate, rng, offset);
         checkBits(1, solidMask(3, 3, {3, 3}), {290, 3}, BorderInMemory, rng, offset);
+        for (const BorderKind side : {BorderInMemoryLeft, BorderInMemoryRight}) {
+            checkBits(static_cast<int>(offset % 2), solidMask(3, 3, {3, 3}), {300, 3}, BorderReplicate | side, rng,
+                      offset);
+        }
     }
     for (const RoiSize inside : {RoiSize{15, 15}, {31, 2}, {100, 1}, {97, 5}, {7, 40}, {1, 9}, {24, 24}}) {
         const int width = static_cast<int>(uniform(rng, 60, 150));
@@ -380,36 +445,46 @@ TEST(BitMorphology, StatusesInTheOrderOfTheChecks) {
     struct Args {
         const std::uint8_t *src;
         std::uint8_t *dst, *buffer;
-        const MorphSpec *spec;
+        const void *spec;
         std::int32_t srcStep, dstStep, srcBit, dstBit;
         RoiSize roi;
         BorderKind border;
     };
-    std::vector<std::uint8_t> memory(4096), src(64), dst(64), spec(4096);
+    std::vector<std::uint8_t> memory(4096), src(64), dst(64), spec(4096), advSpec(4096);
     const std::vector<std::uint8_t> mask(9, 1);
     auto *record = reinterpret_cast<MorphSpec *>(spec.data());
+    auto *advRecord = reinterpret_cast<MorphAdvSpec *>(advSpec.data());
     ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(20, mask.data(), {3, 3}, record, memory.data()), StatusOk);
+    // The mask's own record is as wide as the region and the mask.
+    ASSERT_EQ(rvxiMorphAdvInit_1u_C1R({18, 4}, mask.data(), {3, 3}, advRecord, memory.data()), StatusOk);
     using F = Fault<Args>;
-    const auto *in = src.data();
-    expectFaultOrder<Args>(
-        {in, dst.data(), memory.data(), record, 3, 3, 1, 2, {20, 4}, BorderReplicate},
-        {F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
-         F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
-         F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
-         F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
-         F{"negative offset", StatusBadSize, [](auto &a) { a.srcBit = -1; }},
-         F{"negative destination offset", StatusBadSize, [](auto &a) { a.dstBit = -1; }},
-         F{"no height", StatusBadSize, [](auto &a) { a.roi.height = 0; }},
-         F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 2; }},
-         F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 2; }},
-         F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }},
-         F{"too wide", StatusBadSize, [](auto &a) { a.roi.width = 21; }},
-         F{"in place", StatusInPlaceNotSupported, [](auto &a) { a.src = a.dst; }}},
-        [](const Args &a) {
-            return rvxiErodeBorder_1u_C1R(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0,
-                                          a.spec, a.buffer);
-        },
-        [&] { return dst; });
+    const std::vector<F> faults{F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
+                                F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
+                                F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
+                                F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
+                                F{"negative offset", StatusBadSize, [](auto &a) { a.srcBit = -1; }},
+                                F{"negative destination offset", StatusBadSize, [](auto &a) { a.dstBit = -1; }},
+                                F{"no height", StatusBadSize, [](auto &a) { a.roi.height = 0; }},
+                                F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 2; }},
+                                F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 2; }},
+                                F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }},
+                                F{"too wide", StatusBadSize, [](auto &a) { a.roi.width = 21; }},
+                                F{"in place", StatusInPlaceNotSupported, [](auto &a) { a.src = a.dst; }}};
+    const auto expectOrder = [&](auto operation, const auto *spec, std::int32_t width) {
+        using Spec = decltype(spec);
+        expectFaultOrder<Args>(
+            {src.data(), dst.data(), memory.data(), spec, 3, 3, 1, 2, {width, 4}, BorderReplicate}, faults,
+            [&](const Args &a) {
+                return operation(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0,
+                                 static_cast<Spec>(a.spec), a.buffer);
+            },
+            [&] { return dst; });
+    };
+    expectOrder(rvxiErodeBorder_1u_C1R, record, 20);
+    expectOrder(rvxiDilateBorder_1u_C1R, record, 20);
+    for (const BitCompound operation : bitOperations) {
+        expectOrder(operation, advRecord, 18);
+    }
 }
 
 // ------------------------------------------------------------------------------------------ sizes and statuses
@@ -428,9 +503,8 @@ TEST(Compound, SizesAreTheFormulas) {
     EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 0}, {0, 0}, nullptr, &buffer), StatusNullPointer);
     EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 5}, {3, 3}, &spec, &buffer), StatusBadSize);
     EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({5, 5}, {3, 0}, &spec, &buffer), StatusBadSize);
-    EXPECT_EQ(rvxiMorphAdvGetSize_32f_C4R({100000, 100000}, {3, 3}, &spec, &buffer), StatusBadSize);
-    EXPECT_EQ(rvxiMorphAdvGetSize_32f_C4R({INT32_MAX, INT32_MAX}, {INT32_MAX, INT32_MAX}, &spec, &buffer),
-              StatusBadSize);
+    // Image and scratch fit alone, not together.
+    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({30000, 40000}, {1, 130}, &spec, &buffer), StatusBadSize);
     EXPECT_EQ(spec, -1);
     EXPECT_EQ(buffer, -1);
 }

@@ -90,6 +90,7 @@ public:
     std::int32_t step() const { return static_cast<std::int32_t>(step_); }
     std::int64_t width() const { return width_; }
     std::int64_t height() const { return height_; }
+    Guard guard() const { return layout_.guard; }
     RoiSize roi(int channels = 1) const {
         return {static_cast<std::int32_t>(width_ / channels), static_cast<std::int32_t>(height_)};
     }
