@@ -470,10 +470,10 @@ TEST(BitMorphology, StatusesInTheOrderOfTheChecks) {
                                 F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }},
                                 F{"too wide", StatusBadSize, [](auto &a) { a.roi.width = 21; }},
                                 F{"in place", StatusInPlaceNotSupported, [](auto &a) { a.src = a.dst; }}};
-    const auto expectOrder = [&](auto operation, const auto *spec, std::int32_t width) {
-        using Spec = decltype(spec);
+    const auto expectOrder = [&](auto operation, const auto *given, std::int32_t width) {
+        using Spec = decltype(given);
         expectFaultOrder<Args>(
-            {src.data(), dst.data(), memory.data(), spec, 3, 3, 1, 2, {width, 4}, BorderReplicate}, faults,
+            {src.data(), dst.data(), memory.data(), given, 3, 3, 1, 2, {width, 4}, BorderReplicate}, faults,
             [&](const Args &a) {
                 return operation(a.src, a.srcStep, a.srcBit, a.dst, a.dstStep, a.dstBit, a.roi, a.border, 0,
                                  static_cast<Spec>(a.spec), a.buffer);
