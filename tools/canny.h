@@ -1,4 +1,4 @@
-// Canny edges of a grey picture, for commands that need edges.
+// Canny edges of a picture, for commands that need edges.
 #pragma once
 
 #include "image.h"
@@ -8,7 +8,7 @@
 namespace tools {
 
 struct EdgeSettings {
-    std::string norm = "l2", filter = "sobel"; // l1 or l2; sobel or scharr
+    std::string norm = "l2", filter = "sobel"; // l1 or l2 (colour: l1); sobel or scharr
     int size = 3;                              // 3 or 5 (Scharr: 3)
     std::optional<float> low, high;            // what is not given is chosen from the picture
 };
@@ -18,6 +18,8 @@ struct Edges {
     float low, high;
 };
 
-Edges findEdges(const Image &grey, const EdgeSettings &settings);
+// Of a colour picture every pixel's gradient is that of the channel in which it is strongest: a red flower on green
+// grass has edges where their luma is equal.
+Edges findEdges(const Image &picture, const EdgeSettings &settings);
 
 } // namespace tools

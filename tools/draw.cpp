@@ -63,4 +63,13 @@ void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb c
           [&](double x, double y) { return width / 2 - std::abs(std::hypot(x - cx, y - cy) - radius); });
 }
 
+void drawMark(Image &image, Point2f at, Rgb ring, Rgb dot) {
+    constexpr Rgb outline{0, 0, 0};
+    const double unit = markUnit(image), radius = 4 * unit;
+    drawCircle(image, at, radius, 3.2 * unit, outline);
+    drawCircle(image, at, radius, 1.2 * unit, ring);
+    drawLine(image, at, at, 3 * unit, outline);
+    drawLine(image, at, at, 1.5 * unit, dot);
+}
+
 } // namespace tools

@@ -15,4 +15,7 @@ void drawLine(Image &image, Point2f from, Point2f to, double width, Rgb colour);
 void drawBox(Image &image, Box box, double width, Rgb colour);
 void drawCircle(Image &image, Point2f centre, double radius, double width, Rgb colour);
 
+// A point of interest: a ring around a dot, both with a dark outline, to be seen on any ground.
+void drawMark(Image &image, Point2f at, Rgb ring, Rgb dot);
+
 } // namespace tools

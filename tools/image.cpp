@@ -132,10 +132,21 @@ void prepare(JpegError &error) {
     error.manager.emit_message = jpegMessage;
 }
 
+// Cyan, magenta, yellow and black to red, green and blue. Files with Adobe's marker hold what the inks leave over.
+void toRgb(const std::vector<std::uint8_t> &inks, bool inverted, std::uint8_t *rgb) {
+    const auto left = [&](std::size_t i) { return inverted ? inks[i] : 255 - inks[i]; };
+    for (std::size_t i = 0; i < inks.size(); i += 4) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            *rgb++ = static_cast<std::uint8_t>((left(i + c) * left(i + 3) + 127) / 255);
+        }
+    }
+}
+
 Image readJpeg(const std::string &path, const std::vector<std::uint8_t> &bytes) {
     jpeg_decompress_struct info;
     JpegError error;
-    Image image; // outlives the jump
+    Image image; // outlives the jump, as does a row of inks
+    std::vector<std::uint8_t> inkRow;
     info.err = &error.manager;
     prepare(error);
     if (setjmp(error.back) != 0) {
@@ -145,17 +156,23 @@ Image readJpeg(const std::string &path, const std::vector<std::uint8_t> &bytes) 
     jpeg_create_decompress(&info);
     jpeg_mem_src(&info, bytes.data(), static_cast<unsigned long>(bytes.size()));
     jpeg_read_header(&info, TRUE);
-    info.out_color_space = info.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
+    const bool inks = info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK;
+    info.out_color_space = inks ? JCS_CMYK : info.jpeg_color_space == JCS_GRAYSCALE ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_start_decompress(&info);
     try {
-        image = makeImage(path, info.output_width, info.output_height, info.output_components);
+        image = makeImage(path, info.output_width, info.output_height, inks ? 3 : info.output_components);
+        inkRow.resize(inks ? 4 * std::size_t{info.output_width} : 0);
     } catch (...) {
         jpeg_destroy_decompress(&info);
         throw;
     }
     while (info.output_scanline < info.output_height) {
-        JSAMPROW row = image.pixel(0, static_cast<int>(info.output_scanline));
+        std::uint8_t *pixels = image.pixel(0, static_cast<int>(info.output_scanline));
+        JSAMPROW row = inks ? inkRow.data() : pixels;
         jpeg_read_scanlines(&info, &row, 1);
+        if (inks) {
+            toRgb(inkRow, info.saw_Adobe_marker != 0, pixels);
+        }
     }
     jpeg_finish_decompress(&info);
     jpeg_destroy_decompress(&info);

@@ -318,12 +318,18 @@ constexpr BitCompound bitOperations[] = {rvxiMorphOpenBorder_1u_C1R, rvxiMorphCl
                                          rvxiMorphTophatBorder_1u_C1R, rvxiMorphBlackhatBorder_1u_C1R,
                                          rvxiMorphGradientBorder_1u_C1R};
 
-// op: 0 erosion, 1 dilation, 2 + Op. Offsets are random unless one is given for both images.
-void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rng, std::int64_t offset = -1) {
+// op: 0 erosion, 1 dilation, 2 + Op. Offsets in bits are random unless one is given, for both images or for each;
+// margins are whole bytes, so that it holds with them too.
+void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rng, std::int64_t offset = -1,
+               std::int64_t dstOffset = -1) {
     const bool inMemory = border != BorderReplicate;
-    BitImage src(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, inMemory ? 2 * mask.size.width : 0,
+    BitImage src(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, inMemory ? 8 * mask.size.width : 0,
                  inMemory ? 2 * mask.size.height : 0, rng);
-    BitImage dst(roi.width, roi.height, offset < 0 ? uniform(rng, 0, 11) : offset, 0, 0, rng);
+    BitImage dst(roi.width, roi.height,
+                 dstOffset >= 0 ? dstOffset
+                 : offset < 0   ? uniform(rng, 0, 11)
+                                : offset,
+                 0, 0, rng);
     std::vector<std::uint8_t> expected(dst.bytes.data(), dst.bytes.data() + dst.bytes.size());
     const Guard guard = rng() % 2 != 0 ? Guard::behind : Guard::before;
     const View view{[&](std::int64_t x, std::int64_t y) { return src.at(x, y) ? 1.0 : 0.0; }, roi.width, roi.height,
@@ -404,9 +410,12 @@ TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
         checkBits(op, solidMask(4, 7, {3, 6}), {19, 49}, BorderReplicate, rng);
         checkBits(op, Mask{{5, 1}, {1, 1, 0, 1, 1}, {2, 0}}, {1459, 29}, BorderReplicate, rng);
     }
-    // Rows of 32 kilobytes: differences with a row at other bits, up to the guard behind the source.
-    for (const Op op : {Op::tophat, Op::blackhat, Op::gradient}) {
-        checkBits(2 + static_cast<int>(op), solidMask(2, 1, {2, 1}), {262144 + 5, 2}, BorderReplicate, rng);
+    // Rows of whole vectors, at other bits than the destination's: nothing is read behind the last one.
+    for (std::int64_t bit = 1; bit < 8; ++bit) {
+        for (const Op op : {Op::tophat, Op::blackhat}) {
+            checkBits(2 + static_cast<int>(op), solidMask(2, 1, {2, 1}), {static_cast<int>(512 - bit), 2},
+                      BorderReplicate, rng, bit, bit - 1);
+        }
     }
 }
 

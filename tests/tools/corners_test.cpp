@@ -56,6 +56,7 @@ TEST(Corners, FindsTheRectanglesFour) {
     ASSERT_EQ(drawn.channels, 3);
     for (const Corner &corner : corners) {
         EXPECT_EQ(drawn.pixel(corner.x, corner.y)[2], 0) << "the mark is yellow";
+        EXPECT_LT(drawn.pixel(corner.x + 5, corner.y)[0], 100) << "the ring has a dark outline";
     }
 }
 

@@ -72,12 +72,36 @@ TEST(Edges, ThresholdsComeFromThePicture) {
     EXPECT_EQ(tools::readImage(folder / "out.png").pixels, std::vector<std::uint8_t>(200));
 }
 
+// Of grey in three channels every one is the strongest. A red disc on a green ground of equal luma shows in no grey.
+TEST(Edges, ColoursHaveEdgesOfTheirOwn) {
+    const program::Folder folder;
+    const Image grey = disc();
+    Image red(grey.width, grey.height, 3);
+    for (std::size_t i = 0; i < grey.pixels.size(); ++i) {
+        const bool inside = grey.pixels[i] > 110;
+        const std::uint8_t colour[3] = {static_cast<std::uint8_t>(inside ? 200 : 20),
+                                        static_cast<std::uint8_t>(inside ? 20 : 112), 60};
+        std::copy_n(colour, 3, red.pixels.begin() + static_cast<std::ptrdiff_t>(3 * i));
+    }
+    tools::writeImage(folder / "grey.png", grey);
+    tools::writeImage(folder / "red.png", red);
+    const auto edges = [&](const std::string &options) {
+        const auto result = run("edges -o " + folder / "out.png " + folder / options);
+        EXPECT_EQ(result.exitCode, 0) << result.output;
+        return tools::readImage(folder / "out.png").pixels;
+    };
+    EXPECT_EQ(edges("grey.png --colour --low 9 --high 25"), canny(grey, CannyFilterSobel, Mask3x3, CannyNormL1, 9, 25));
+    EXPECT_EQ(edges("red.png --high 100"), std::vector<std::uint8_t>(grey.pixels.size()));
+    const auto marked = edges("red.png --high 100 --colour");
+    EXPECT_GT(std::count(marked.begin(), marked.end(), 255), 100);
+}
+
 TEST(Edges, MistakesAreRefused) {
     const program::Folder folder;
     tools::writeImage(folder / "photo.png", disc());
     const std::string call = "edges " + folder / "photo.png" + " -o " + folder / "out.png ";
     for (const char *options : {"--aperture 7", "--aperture 5 --filter scharr", "--norm l3", "--filter prewitt",
-                                "--low -1", "--low 5 --high 4"}) {
+                                "--low -1", "--low 5 --high 4", "--colour --norm l2"}) {
         EXPECT_EQ(run(call + options).exitCode, 2) << options;
         EXPECT_FALSE(std::filesystem::exists(folder / "out.png")) << options;
     }

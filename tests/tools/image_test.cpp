@@ -1,6 +1,8 @@
 // Image files: what is written reads back; what is broken ends in a message, never in a crash.
 #include "program.h"
 
+#include <jpeglib.h>
+
 namespace {
 
 using namespace tools;
@@ -61,6 +63,41 @@ TEST(ImageFiles, SixteenBitPngKeepsItsScale) {
         0x02, 0xbf, 0x87, 0x7c, 0xd0, 0xc2, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
     program::writeText(folder / "a.png", std::string(std::begin(file), std::end(file)));
     EXPECT_EQ(readImage(folder / "a.png").pixels, (std::vector<std::uint8_t>{64, 128, 255}));
+}
+
+// Four inks: of files with Adobe's marker what they leave over, else how much of each.
+TEST(ImageFiles, JpegsOfFourInksBecomeRgb) {
+    const program::Folder folder;
+    const auto written = [&](J_COLOR_SPACE space, bool adobe, std::array<JSAMPLE, 4> inks) {
+        std::FILE *file = std::fopen((folder / "inks.jpg").c_str(), "wb");
+        jpeg_compress_struct info;
+        jpeg_error_mgr error;
+        info.err = jpeg_std_error(&error);
+        jpeg_create_compress(&info);
+        jpeg_stdio_dest(&info, file);
+        info.image_width = info.image_height = 1;
+        info.input_components = 4;
+        info.in_color_space = JCS_CMYK;
+        jpeg_set_defaults(&info);
+        jpeg_set_colorspace(&info, space);
+        info.write_Adobe_marker = adobe;
+        jpeg_set_quality(&info, 100, TRUE);
+        jpeg_start_compress(&info, TRUE);
+        JSAMPROW row = inks.data();
+        jpeg_write_scanlines(&info, &row, 1);
+        jpeg_finish_compress(&info);
+        jpeg_destroy_compress(&info);
+        std::fclose(file);
+        return readImage(folder / "inks.jpg").pixels;
+    };
+    const auto expectNear = [](const std::vector<std::uint8_t> &pixel, int r, int g, int b) {
+        ASSERT_EQ(pixel.size(), 3u);
+        EXPECT_TRUE(std::abs(pixel[0] - r) <= 2 && std::abs(pixel[1] - g) <= 2 && std::abs(pixel[2] - b) <= 2)
+            << +pixel[0] << " " << +pixel[1] << " " << +pixel[2];
+    };
+    expectNear(written(JCS_CMYK, false, {255, 51, 0, 102}), 0, 122, 153);
+    expectNear(written(JCS_CMYK, true, {0, 204, 255, 153}), 0, 122, 153);
+    expectNear(written(JCS_YCCK, true, {0, 204, 255, 153}), 0, 122, 153);
 }
 
 TEST(ImageFiles, SixteenBitSamplesAreWrittenAsTheyAre) {

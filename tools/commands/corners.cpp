@@ -29,11 +29,9 @@ void run(const Options &options) {
     }
     if (!options.out.empty()) {
         Image picture = toColour(photo);
-        const double unit = markUnit(picture);
         for (const Corner &corner : corners) {
             const Point2f at{static_cast<float>(corner.at.x), static_cast<float>(corner.at.y)};
-            drawCircle(picture, at, 4 * unit, 1.2 * unit, {255, 40, 40});
-            drawLine(picture, at, at, 1.5 * unit, {255, 255, 0});
+            drawMark(picture, at, {255, 40, 40}, {255, 255, 0});
         }
         writeImage(options.out, picture);
     }
