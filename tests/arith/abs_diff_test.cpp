@@ -103,22 +103,17 @@ template <class T> void checkStatuses(Binary<T> function, int channels, bool con
     GuardedImage<T> a(9 * channels, 2), b(9 * channels, 2), dst(9 * channels, 2);
     constexpr auto size = static_cast<std::int32_t>(sizeof(T));
     const std::int32_t row = 9 * channels * size;
-    std::vector<Fault<Call<T>>> faults{
-        {"null first", StatusNullPointer, [](auto &c) { c.a = nullptr; }},
-        {"null second", StatusNullPointer, [](auto &c) { c.b = nullptr; }},
-        {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
-        {"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
-        {"no height", StatusBadSize, [](auto &c) { c.roi.height = 0; }},
-        {"short first step", StatusBadStep, [=](auto &c) { c.aStep = row - 1; }},
-        {"short second step", StatusBadStep, [=](auto &c) { c.bStep = row - 1; }},
-        {"short destination step", StatusBadStep, [=](auto &c) { c.dstStep = row - 1; }},
-    };
-    if (size > 1) {
-        faults.push_back({"odd first step", StatusStepNotMultiple, [=](auto &c) { c.aStep = row + size / 2; }});
-        faults.push_back({"odd second step", StatusStepNotMultiple, [=](auto &c) { c.bStep = row + size / 2; }});
-        faults.push_back({"odd destination step", StatusStepNotMultiple, [=](auto &c) { c.dstStep = row + size / 2; }});
+    using C = Call<T>;
+    Faults<C> faults;
+    faults.nulls(&C::a, &C::dst);
+    if (!constant) {
+        faults.nulls(&C::b);
     }
-    std::erase_if(faults, [=](const auto &f) { return constant && f.name.find("second") != std::string::npos; });
+    faults.empty(&C::roi).shortSteps(row, &C::aStep, &C::dstStep);
+    if (!constant) {
+        faults.shortSteps(row, &C::bStep).unevenSteps(row, size, &C::bStep);
+    }
+    faults.unevenSteps(row, size, &C::aStep, &C::dstStep);
     expectFaultOrder<Call<T>>(
         {a.data(), b.data(), dst.data(), a.step(), b.step(), dst.step(), dst.roi(channels)}, faults,
         [&](const Call<T> &c) { return function(c.a, c.aStep, c.b, c.bStep, c.dst, c.dstStep, c.roi); },

@@ -81,42 +81,22 @@ template <class T> struct Member {
             [](const Call <T> &c) { return NAME(c.a, c.aStep, c.mask, c.maskStep, c.acc, c.accStep, c.roi, c.alpha); } \
     }
 
-template <class T> std::vector<Member<T>> members();
+#define INTEGERS(T, TYPE)                                                                                              \
+    UNARY(T, Op::add, rvxiAdd_##TYPE##32f_C1IR), UNARY_MASKED(T, Op::add, rvxiAdd_##TYPE##32f_C1IMR),                  \
+        UNARY(T, Op::square, rvxiAddSquare_##TYPE##32f_C1IR),                                                          \
+        UNARY_MASKED(T, Op::square, rvxiAddSquare_##TYPE##32f_C1IMR),                                                  \
+        BINARY(T, Op::product, rvxiAddProduct_##TYPE##32f_C1IR),                                                       \
+        BINARY_MASKED(T, Op::product, rvxiAddProduct_##TYPE##32f_C1IMR),                                               \
+        WEIGHTED(T, rvxiAddWeighted_##TYPE##32f_C1IR), WEIGHTED_MASKED(T, rvxiAddWeighted_##TYPE##32f_C1IMR)
 
-template <> std::vector<Member<std::uint8_t>> members() {
-    using T = std::uint8_t;
-    return {UNARY(T, Op::add, rvxiAdd_8u32f_C1IR),
-            UNARY_MASKED(T, Op::add, rvxiAdd_8u32f_C1IMR),
-            UNARY(T, Op::square, rvxiAddSquare_8u32f_C1IR),
-            UNARY_MASKED(T, Op::square, rvxiAddSquare_8u32f_C1IMR),
-            BINARY(T, Op::product, rvxiAddProduct_8u32f_C1IR),
-            BINARY_MASKED(T, Op::product, rvxiAddProduct_8u32f_C1IMR),
-            WEIGHTED(T, rvxiAddWeighted_8u32f_C1IR),
-            WEIGHTED_MASKED(T, rvxiAddWeighted_8u32f_C1IMR)};
-}
-
-template <> std::vector<Member<std::int8_t>> members() {
-    using T = std::int8_t;
-    return {UNARY(T, Op::add, rvxiAdd_8s32f_C1IR),
-            UNARY_MASKED(T, Op::add, rvxiAdd_8s32f_C1IMR),
-            UNARY(T, Op::square, rvxiAddSquare_8s32f_C1IR),
-            UNARY_MASKED(T, Op::square, rvxiAddSquare_8s32f_C1IMR),
-            BINARY(T, Op::product, rvxiAddProduct_8s32f_C1IR),
-            BINARY_MASKED(T, Op::product, rvxiAddProduct_8s32f_C1IMR),
-            WEIGHTED(T, rvxiAddWeighted_8s32f_C1IR),
-            WEIGHTED_MASKED(T, rvxiAddWeighted_8s32f_C1IMR)};
-}
-
-template <> std::vector<Member<std::uint16_t>> members() {
-    using T = std::uint16_t;
-    return {UNARY(T, Op::add, rvxiAdd_16u32f_C1IR),
-            UNARY_MASKED(T, Op::add, rvxiAdd_16u32f_C1IMR),
-            UNARY(T, Op::square, rvxiAddSquare_16u32f_C1IR),
-            UNARY_MASKED(T, Op::square, rvxiAddSquare_16u32f_C1IMR),
-            BINARY(T, Op::product, rvxiAddProduct_16u32f_C1IR),
-            BINARY_MASKED(T, Op::product, rvxiAddProduct_16u32f_C1IMR),
-            WEIGHTED(T, rvxiAddWeighted_16u32f_C1IR),
-            WEIGHTED_MASKED(T, rvxiAddWeighted_16u32f_C1IMR)};
+template <class T> std::vector<Member<T>> members() {
+    if constexpr (std::is_same_v<T, std::uint8_t>) {
+        return {INTEGERS(T, 8u)};
+    } else if constexpr (std::is_same_v<T, std::int8_t>) {
+        return {INTEGERS(T, 8s)};
+    } else {
+        return {INTEGERS(T, 16u)};
+    }
 }
 
 template <> std::vector<Member<float>> members() {
@@ -234,53 +214,39 @@ TYPED_TEST(Accumulate, AccumulatorAtAnyByteAddress) {
 TYPED_TEST(Accumulate, StatusesInTheOrderOfTheChecks) {
     Rng rng = makeRng("status");
     using T = TypeParam;
-    using Faults = std::vector<Fault<Call<T>>>;
     for (const Member<T> &member : members<T>()) {
         const bool binary = member.op == Op::product || member.op == Op::blend;
         Case<T> images(9, 3, 15, Guard::behind, Contents::random, rng);
         constexpr auto size = static_cast<std::int32_t>(sizeof(T));
-        Faults faults{{"null source", StatusNullPointer, [](auto &c) { c.a = nullptr; }},
-                      {"null accumulator", StatusNullPointer, [](auto &c) { c.acc = nullptr; }}};
+        using C = Call<T>;
+        Faults<C> faults;
+        faults.nulls(&C::a, &C::acc);
         if (binary) {
-            faults.push_back({"null second source", StatusNullPointer, [](auto &c) { c.b = nullptr; }});
+            faults.nulls(&C::b);
         }
         if (member.masked) {
-            faults.push_back({"null mask", StatusNullPointer, [](auto &c) { c.mask = nullptr; }});
+            faults.nulls(&C::mask);
         }
-        faults.push_back({"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }});
-        faults.push_back({"no height", StatusBadSize, [](auto &c) { c.roi.height = -1; }});
-        const Fault<Call<T>> shortSource{"short source step", StatusBadStep, [](auto &c) { c.aStep = 9 * size - 1; }};
-        const Fault<Call<T>> shortSecond{"short second step", StatusBadStep, [](auto &c) { c.bStep = 9 * size - 1; }};
-        const Fault<Call<T>> shortMask{"short mask step", StatusBadStep, [](auto &c) { c.maskStep = 8; }};
-        const Fault<Call<T>> oddSource{"odd source step", StatusStepNotMultiple,
-                                       [](auto &c) { c.aStep = 10 * size + 1; }};
-        const Fault<Call<T>> shortAcc{"short accumulator step", StatusBadStep, [](auto &c) { c.accStep = 35; }};
-        const Fault<Call<T>> oddAcc{"odd accumulator step", StatusStepNotMultiple, [](auto &c) { c.accStep = 42; }};
-        const Fault<Call<T>> wraps{"row bytes beyond int32", StatusBadStep, [](auto &c) { c.roi.width = 0x40000001; }};
-        faults.push_back(shortSource);
+        faults.empty(&C::roi).shortSteps(9 * size, &C::aStep);
         if (binary) {
-            faults.push_back(shortSecond);
+            faults.shortSteps(9 * size, &C::bStep);
         }
         if (member.masked) {
-            faults.push_back(shortMask);
+            faults.shortSteps(9, &C::maskStep);
         }
-        if (size == 2) {
-            faults.push_back(oddSource);
-            faults.push_back(shortAcc);
+        if (size == 2) { // 16u comes whole before the accumulator
+            faults.unevenSteps(9 * size, size, &C::aStep).shortSteps(36, &C::accStep);
         } else {
-            faults.push_back(shortAcc);
-            if (size == 4) {
-                faults.push_back(oddSource);
-            }
+            faults.shortSteps(36, &C::accStep).unevenSteps(9 * size, size, &C::aStep);
         }
-        faults.push_back(oddAcc);
+        faults.unevenSteps(36, 4, &C::accStep);
         SCOPED_TRACE(member.name);
         expectFaultOrder<Call<T>>(
             images.call(0.5f), faults, [&](const Call<T> &c) { return member.call(c); },
             [&] { return images.acc.bytes(); });
 
-        Call<T> huge = images.call(0.5f);
-        wraps.apply(huge);
+        C huge = images.call(0.5f);
+        huge.roi.width = 0x40000001; // row bytes beyond int32
         EXPECT_EQ(member.call(huge), StatusBadStep);
     }
 }

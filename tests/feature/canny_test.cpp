@@ -381,11 +381,6 @@ TEST(Canny, Sizes) {
     EXPECT_EQ(size, 70004 * (5 + 16) + 4 * 70004 * 5 + 64);
 
     size = -1;
-    EXPECT_EQ(rvxiCannyGetSize({0, 0}, nullptr), StatusNullPointer);
-    EXPECT_EQ(rvxiCannyGetSize({0, 5}, &size), StatusBadSize);
-    EXPECT_EQ(rvxiCannyGetSize({40000, 40000}, &size), StatusBadSize) << "does not fit in 32 bits";
-    EXPECT_EQ(rvxiCannyBorderGetSize({0, 5}, 0, 35, 0, nullptr), StatusNullPointer);
-    EXPECT_EQ(rvxiCannyBorderGetSize({0, 5}, 0, 35, 0, &size), StatusBadSize);
     EXPECT_EQ(rvxiCannyBorderGetSize({5, 5}, 0, 35, 0, &size), StatusBadMaskSize);
     EXPECT_EQ(size, -1);
 }
@@ -405,21 +400,13 @@ template <class T, class Function> void checkStatuses(Function function) {
     GuardedBuffer buffer = scratchFor(dst.roi());
     const Call<T> good{dx.data(), dy.data(), dst.data(), buffer.data(), dx.step(), dy.step(), dst.step(),
                        dst.roi(), 1,         2};
-    expectFaultOrder<Call<T>>(
-        good,
-        {{"null dx", StatusNullPointer, [](auto &c) { c.dx = nullptr; }},
-         {"null dy", StatusNullPointer, [](auto &c) { c.dy = nullptr; }},
-         {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
-         {"null buffer", StatusNullPointer, [](auto &c) { c.buffer = nullptr; }},
-         {"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
-         {"no height", StatusBadSize, [](auto &c) { c.roi.height = 0; }},
-         {"short dx step", StatusBadStep, [](auto &c) { c.dxStep = 9 * size - 1; }},
-         {"short dy step", StatusBadStep, [](auto &c) { c.dyStep = 9 * size - 1; }},
-         {"short destination step", StatusBadStep, [](auto &c) { c.dstStep = 8; }},
-         {"odd dx step", StatusStepNotMultiple, [](auto &c) { c.dxStep = 9 * size + 1; }},
-         {"odd dy step", StatusStepNotMultiple, [](auto &c) { c.dyStep = 9 * size + 1; }},
-         {"negative low", StatusBadArgument, [](auto &c) { c.low = -1; }},
-         {"low above high", StatusBadArgument, [](auto &c) { c.low = 3; }}},
+    using C = Call<T>;
+    Faults<C> faults;
+    faults.nulls(&C::dx, &C::dy, &C::dst, &C::buffer).empty(&C::roi);
+    faults.shortSteps(9 * size, &C::dxStep, &C::dyStep).shortSteps(9, &C::dstStep);
+    faults.unevenSteps(9 * size, size, &C::dxStep, &C::dyStep).values(StatusBadArgument, &C::low, {-1, 3});
+    expectFaultOrder<C>(
+        good, faults,
         [&](const Call<T> &c) {
             return function(c.dx, c.dxStep, c.dy, c.dyStep, c.dst, c.dstStep, c.roi, c.low, c.high, c.buffer);
         },
@@ -449,22 +436,14 @@ TEST(CannyBorder, StatusesInTheOrderOfTheChecks) {
     GuardedBuffer buffer = borderScratchFor(dst.roi(), setting);
     const PictureCall good{src.data(),     dst.data(),   buffer.data(),   src.step(),  dst.step(), dst.roi(),
                            setting.filter, setting.mask, BorderReplicate, CannyNormL1, 1,          2};
-    using Fault = support::Fault<PictureCall>;
-    expectFaultOrder<PictureCall>(
-        good,
-        {Fault{"mask 35", StatusBadMaskSize, [](auto &c) { c.mask = 35; }},
-         Fault{"null source", StatusNullPointer, [](auto &c) { c.src = nullptr; }},
-         Fault{"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
-         Fault{"null buffer", StatusNullPointer, [](auto &c) { c.buffer = nullptr; }},
-         Fault{"no width", StatusBadSize, [](auto &c) { c.roi.width = 0; }},
-         Fault{"no height", StatusBadSize, [](auto &c) { c.roi.height = 0; }},
-         Fault{"short source step", StatusBadStep, [](auto &c) { c.srcStep = 8; }},
-         Fault{"short destination step", StatusBadStep, [](auto &c) { c.dstStep = 8; }},
-         Fault{"filter 3", StatusBadArgument, [](auto &c) { c.filter = 3; }},
-         Fault{"norm 1", StatusBadArgument, [](auto &c) { c.norm = 1; }},
-         Fault{"negative low", StatusBadArgument, [](auto &c) { c.low = -1; }},
-         Fault{"low above high", StatusBadArgument, [](auto &c) { c.low = 3; }},
-         Fault{"border 2", StatusBadBorder, [](auto &c) { c.border = BorderWrap; }}},
+    using C = PictureCall;
+    Faults<C> faults;
+    faults.values(StatusBadMaskSize, &C::mask, {35}).nulls(&C::src, &C::dst, &C::buffer).empty(&C::roi);
+    faults.shortSteps(9, &C::srcStep, &C::dstStep).values(StatusBadArgument, &C::filter, {3});
+    faults.values(StatusBadArgument, &C::norm, {1}).values(StatusBadArgument, &C::low, {-1, 3});
+    faults.values(StatusBadBorder, &C::border, {BorderWrap});
+    expectFaultOrder<C>(
+        good, faults,
         [&](const PictureCall &c) {
             return rvxiCannyBorder_8u_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.roi, c.filter, c.mask, c.border, 0,
                                           c.norm, c.buffer, c.low, c.high);

@@ -95,56 +95,26 @@ template <class T, class D, class F, class Q> Member<T, D> member(const char *na
     member<T, D>(#operation "_" #suffix, filter, rvxiFilter##operation##Border_##suffix##_C1R,                         \
                  rvxiFilter##operation##GetBufferSize_##suffix##_C1R)
 
-template <class T, class D> std::vector<Member<T, D>> members();
+#define DERIVATIVES(T, D, suffix)                                                                                      \
+    MEMBER(T, D, sobelVert, SobelVert, suffix), MEMBER(T, D, sobelHoriz, SobelHoriz, suffix),                          \
+        MEMBER(T, D, sobelVertSecond, SobelVertSecond, suffix),                                                        \
+        MEMBER(T, D, sobelHorizSecond, SobelHorizSecond, suffix), MEMBER(T, D, sobelNegVert, SobelNegVert, suffix),    \
+        MEMBER(T, D, sobelCross, SobelCross, suffix), MEMBER(T, D, scharrVert, ScharrVert, suffix),                    \
+        MEMBER(T, D, scharrHoriz, ScharrHoriz, suffix), MEMBER(T, D, laplacian, Laplacian, suffix)
 
-template <> inline std::vector<Member<std::uint8_t, std::int8_t>> members() {
-    using T = std::uint8_t;
-    using D = std::int8_t;
-    return {MEMBER(T, D, sobelVert, SobelVert, 8u8s),
-            MEMBER(T, D, sobelHoriz, SobelHoriz, 8u8s),
-            MEMBER(T, D, sobelVertSecond, SobelVertSecond, 8u8s),
-            MEMBER(T, D, sobelHorizSecond, SobelHorizSecond, 8u8s),
-            MEMBER(T, D, sobelNegVert, SobelNegVert, 8u8s),
-            MEMBER(T, D, sobelCross, SobelCross, 8u8s),
-            MEMBER(T, D, scharrVert, ScharrVert, 8u8s),
-            MEMBER(T, D, scharrHoriz, ScharrHoriz, 8u8s),
-            MEMBER(T, D, laplacian, Laplacian, 8u8s)};
+template <class T, class D> std::vector<Member<T, D>> members() {
+    if constexpr (std::is_same_v<D, std::int8_t>) {
+        return {DERIVATIVES(T, D, 8u8s)};
+    } else if constexpr (std::is_same_v<D, std::int16_t>) {
+        return {DERIVATIVES(T, D, 8u16s)};
+    } else if constexpr (std::is_same_v<D, float>) {
+        return {DERIVATIVES(T, D, 32f), MEMBER(T, D, lowpass, Lowpass, 32f)};
+    } else {
+        return {MEMBER(T, D, lowpass, Lowpass, 8u)};
+    }
 }
 
-template <> inline std::vector<Member<std::uint8_t, std::int16_t>> members() {
-    using T = std::uint8_t;
-    using D = std::int16_t;
-    return {MEMBER(T, D, sobelVert, SobelVert, 8u16s),
-            MEMBER(T, D, sobelHoriz, SobelHoriz, 8u16s),
-            MEMBER(T, D, sobelVertSecond, SobelVertSecond, 8u16s),
-            MEMBER(T, D, sobelHorizSecond, SobelHorizSecond, 8u16s),
-            MEMBER(T, D, sobelNegVert, SobelNegVert, 8u16s),
-            MEMBER(T, D, sobelCross, SobelCross, 8u16s),
-            MEMBER(T, D, scharrVert, ScharrVert, 8u16s),
-            MEMBER(T, D, scharrHoriz, ScharrHoriz, 8u16s),
-            MEMBER(T, D, laplacian, Laplacian, 8u16s)};
-}
-
-template <> inline std::vector<Member<float, float>> members() {
-    using T = float;
-    using D = float;
-    return {MEMBER(T, D, sobelVert, SobelVert, 32f),
-            MEMBER(T, D, sobelHoriz, SobelHoriz, 32f),
-            MEMBER(T, D, sobelVertSecond, SobelVertSecond, 32f),
-            MEMBER(T, D, sobelHorizSecond, SobelHorizSecond, 32f),
-            MEMBER(T, D, sobelNegVert, SobelNegVert, 32f),
-            MEMBER(T, D, sobelCross, SobelCross, 32f),
-            MEMBER(T, D, scharrVert, ScharrVert, 32f),
-            MEMBER(T, D, scharrHoriz, ScharrHoriz, 32f),
-            MEMBER(T, D, laplacian, Laplacian, 32f),
-            MEMBER(T, D, lowpass, Lowpass, 32f)};
-}
-
-template <> inline std::vector<Member<std::uint8_t, std::uint8_t>> members() {
-    using T = std::uint8_t;
-    return {MEMBER(T, T, lowpass, Lowpass, 8u)};
-}
-
+#undef DERIVATIVES
 #undef MEMBER
 
 } // namespace derivative

@@ -34,51 +34,28 @@ template <class T, class F> Run<T> withPointer(F f) {
 }
 
 // Types of the intermediate rows and of the coefficients, how sums are formed, and the fixed point.
-template <class T_> struct Type;
-template <> struct Type<std::uint8_t> {
-    using Ring = std::int16_t;
-    using K = std::uint16_t;
-    using Sums = pipeline::Wrapping;
-    static constexpr PixelTypeCode code = PixelType8u;
-    static constexpr std::int32_t shift = 12;
-    static Run<std::uint8_t> member(int channels) {
-        return channels == 1 ? withElement<std::uint8_t>(rvxiFilterGaussianBorder_8u_C1R)
-                             : withPointer<std::uint8_t>(rvxiFilterGaussianBorder_8u_C3R);
-    }
+template <class T, class Ring_, class K_, class Sums_, PixelTypeCode code_, std::int32_t shift_, auto c1, auto c3>
+struct Described {
+    using Ring = Ring_;
+    using K = K_;
+    using Sums = Sums_;
+    static constexpr PixelTypeCode code = code_;
+    static constexpr std::int32_t shift = shift_;
+    static Run<T> member(int channels) { return channels == 1 ? withElement<T>(c1) : withPointer<T>(c3); }
 };
-template <> struct Type<std::uint16_t> {
-    using Ring = std::uint16_t;
-    using K = std::uint16_t;
-    using Sums = pipeline::Fused;
-    static constexpr PixelTypeCode code = PixelType16u;
-    static constexpr std::int32_t shift = 15;
-    static Run<std::uint16_t> member(int channels) {
-        return channels == 1 ? withElement<std::uint16_t>(rvxiFilterGaussianBorder_16u_C1R)
-                             : withPointer<std::uint16_t>(rvxiFilterGaussianBorder_16u_C3R);
-    }
-};
-template <> struct Type<std::int16_t> {
-    using Ring = std::int16_t;
-    using K = std::uint16_t;
-    using Sums = pipeline::Wrapping;
-    static constexpr PixelTypeCode code = PixelType16s;
-    static constexpr std::int32_t shift = 15;
-    static Run<std::int16_t> member(int channels) {
-        return channels == 1 ? withElement<std::int16_t>(rvxiFilterGaussianBorder_16s_C1R)
-                             : withPointer<std::int16_t>(rvxiFilterGaussianBorder_16s_C3R);
-    }
-};
-template <> struct Type<float> {
-    using Ring = float;
-    using K = float;
-    using Sums = pipeline::Fused;
-    static constexpr PixelTypeCode code = PixelType32f;
-    static constexpr std::int32_t shift = 0;
-    static Run<float> member(int channels) {
-        return channels == 1 ? withElement<float>(rvxiFilterGaussianBorder_32f_C1R)
-                             : withPointer<float>(rvxiFilterGaussianBorder_32f_C3R);
-    }
-};
+template <class T> struct Type;
+template <>
+struct Type<std::uint8_t> : Described<std::uint8_t, std::int16_t, std::uint16_t, pipeline::Wrapping, PixelType8u, 12,
+                                      rvxiFilterGaussianBorder_8u_C1R, rvxiFilterGaussianBorder_8u_C3R> {};
+template <>
+struct Type<std::uint16_t> : Described<std::uint16_t, std::uint16_t, std::uint16_t, pipeline::Fused, PixelType16u, 15,
+                                       rvxiFilterGaussianBorder_16u_C1R, rvxiFilterGaussianBorder_16u_C3R> {};
+template <>
+struct Type<std::int16_t> : Described<std::int16_t, std::int16_t, std::uint16_t, pipeline::Wrapping, PixelType16s, 15,
+                                      rvxiFilterGaussianBorder_16s_C1R, rvxiFilterGaussianBorder_16s_C3R> {};
+template <>
+struct Type<float> : Described<float, float, float, pipeline::Fused, PixelType32f, 0, rvxiFilterGaussianBorder_32f_C1R,
+                               rvxiFilterGaussianBorder_32f_C3R> {};
 
 template <class T> std::vector<typename Type<T>::K> plainKernel(std::int32_t size, float sigma) {
     std::vector<float> g;

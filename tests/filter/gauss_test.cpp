@@ -180,46 +180,4 @@ TYPED_TEST(Gaussian, NarrowBells) {
     }
 }
 
-// A region in tiles whose inner sides are in memory gives what the whole gives. Where rows end in truncated pixels the
-// tiles are as wide as blocks.
-TYPED_TEST(Gaussian, TilesGiveTheWhole) {
-    using T = typename TypeParam::T;
-    constexpr int channels = TypeParam::channels;
-    constexpr std::int32_t width = 149, height = 47, tileWidth = 32, tileHeight = 13;
-    Rng rng = makeRng("gauss tiles", channels);
-    GuardedImage<T> src(width * channels, height);
-    src.fill(rng, Contents::random);
-    const T values[3] = {7, 8, 9};
-    for (const BorderKind kind : {BorderConstant, BorderReplicate}) {
-        for (const std::int32_t k : {3, 5, 11}) {
-            GuardedImage<T> whole(width * channels, height), tiled(width * channels, height);
-            const auto run = [&](GuardedImage<T> &dst, std::int32_t x, std::int32_t y, RoiSize roi, BorderKind border) {
-                const std::int32_t offset = y * src.step() + x * channels * static_cast<std::int32_t>(sizeof(T));
-                const auto *from = reinterpret_cast<const T *>(reinterpret_cast<const char *>(src.data()) + offset);
-                auto *to = reinterpret_cast<T *>(reinterpret_cast<char *>(dst.data()) + offset);
-                Record<T> record(roi, k, border, channels, 1.7f);
-                GuardedBuffer buffer(Record<T>::bytes(roi, k, channels, true));
-                ASSERT_EQ(Type<T>::member(channels)(
-                              {from, src.step(), to, dst.step(), roi, values, record.get(), buffer.data()}),
-                          StatusOk);
-            };
-            run(whole, 0, 0, {width, height}, kind);
-            for (std::int32_t y = 0; y < height; y += tileHeight) {
-                for (std::int32_t x = 0; x < width; x += tileWidth) {
-                    const RoiSize roi{std::min(tileWidth, width - x), std::min(tileHeight, height - y)};
-                    const BorderKind sides = (y > k / 2 ? BorderInMemoryTop : 0) | (x > 0 ? BorderInMemoryLeft : 0) |
-                                             (y + roi.height + k / 2 <= height ? BorderInMemoryBottom : 0) |
-                                             (x + roi.width + k / 2 <= width ? BorderInMemoryRight : 0);
-                    if ((y > 0) != ((sides & BorderInMemoryTop) != 0)) {
-                        FAIL() << "the tiles are too low for the kernel";
-                    }
-                    run(tiled, x, y, roi, kind | sides);
-                }
-            }
-            ASSERT_TRUE(imageIs(tiled, [&](std::int64_t x, std::int64_t y) { return whole.at(x, y); }))
-                << k << " taps, border " << kind;
-        }
-    }
-}
-
 } // namespace

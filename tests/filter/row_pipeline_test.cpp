@@ -56,31 +56,27 @@ struct Member {
 };
 
 using Bytes = std::int64_t;
-using Row16sC1 = Member<std::int16_t, std::int16_t, std::int16_t, 1, Wrapping, rvxiFilterRowBorderPipeline_16s_C1R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_16s_C1R, [](Bytes k) { return 48 * k + 112; }>;
-using Row16sC3 = Member<std::int16_t, std::int16_t, std::int16_t, 3, Wrapping, rvxiFilterRowBorderPipeline_16s_C3R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_16s_C3R, [](Bytes k) { return 40 * k + 96; }>;
-using Row16uC1 = Member<std::uint16_t, std::uint16_t, std::uint16_t, 1, Fused, rvxiFilterRowBorderPipeline_16u_C1R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_16u_C1R, [](Bytes k) { return 64 * k + 96; }>;
-using Row16uC3 = Member<std::uint16_t, std::uint16_t, std::uint16_t, 3, Fused, rvxiFilterRowBorderPipeline_16u_C3R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_16u_C3R, [](Bytes k) { return 128 * k + 96; }>;
-using Row8u16sC1 =
-    Member<std::uint8_t, std::int16_t, std::int16_t, 1, Wrapping, rvxiFilterRowBorderPipeline_8u16s_C1R,
-           rvxiFilterRowBorderPipelineGetBufferSize_8u16s_C1R, [](Bytes k) { return 32 * (k + k / 4) + 2 * k + 66; }>;
-using Row8u16sC3 = Member<std::uint8_t, std::int16_t, std::int16_t, 3, Wrapping, rvxiFilterRowBorderPipeline_8u16s_C3R,
-                          rvxiFilterRowBorderPipelineGetBufferSize_8u16s_C3R, [](Bytes k) { return 60 * k + 144; }>;
-using Row32fC1 = Member<float, float, float, 1, Fused, rvxiFilterRowBorderPipeline_32f_C1R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_32f_C1R, [](Bytes k) { return 96 * k + 96; }>;
-using Row32fC3 = Member<float, float, float, 3, Fused, rvxiFilterRowBorderPipeline_32f_C3R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_32f_C3R, [](Bytes k) { return 288 * k + 96; }>;
-using RowLowC1 = Member<std::int16_t, std::int16_t, std::int16_t, 1, Low, rvxiFilterRowBorderPipeline_Low_16s_C1R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_Low_16s_C1R, [](Bytes k) { return 24 * k + 96; }>;
-using RowLowC3 = Member<std::int16_t, std::int16_t, std::int16_t, 3, Low, rvxiFilterRowBorderPipeline_Low_16s_C3R,
-                        rvxiFilterRowBorderPipelineGetBufferSize_Low_16s_C3R, [](Bytes k) { return 208 * k + 96; }>;
+using U8 = std::uint8_t;
+using I16 = std::int16_t;
+using U16 = std::uint16_t;
+// Coefficients are of the type of the results.
+#define MEMBER(S, D, ARITHMETIC, CHANNELS, SUFFIX, ...)                                                                \
+    Member<S, D, D, CHANNELS, ARITHMETIC, rvxiFilterRowBorderPipeline_##SUFFIX,                                        \
+           rvxiFilterRowBorderPipelineGetBufferSize_##SUFFIX, __VA_ARGS__>
 
 template <class M> class RowPipeline : public testing::Test {};
-using Members = testing::Types<Row16sC1, Row16sC3, Row16uC1, Row16uC3, Row8u16sC1, Row8u16sC3, Row32fC1, Row32fC3,
-                               RowLowC1, RowLowC3>;
+using Members =
+    testing::Types<MEMBER(I16, I16, Wrapping, 1, 16s_C1R, [](Bytes k) { return 48 * k + 112; }),
+                   MEMBER(I16, I16, Wrapping, 3, 16s_C3R, [](Bytes k) { return 40 * k + 96; }),
+                   MEMBER(U16, U16, Fused, 1, 16u_C1R, [](Bytes k) { return 64 * k + 96; }),
+                   MEMBER(U16, U16, Fused, 3, 16u_C3R, [](Bytes k) { return 128 * k + 96; }),
+                   MEMBER(U8, I16, Wrapping, 1, 8u16s_C1R, [](Bytes k) { return 32 * (k + k / 4) + 2 * k + 66; }),
+                   MEMBER(U8, I16, Wrapping, 3, 8u16s_C3R, [](Bytes k) { return 60 * k + 144; }),
+                   MEMBER(float, float, Fused, 1, 32f_C1R, [](Bytes k) { return 96 * k + 96; }),
+                   MEMBER(float, float, Fused, 3, 32f_C3R, [](Bytes k) { return 288 * k + 96; }),
+                   MEMBER(I16, I16, Low, 1, Low_16s_C1R, [](Bytes k) { return 24 * k + 96; }),
+                   MEMBER(I16, I16, Low, 3, Low_16s_C3R, [](Bytes k) { return 208 * k + 96; })>;
+#undef MEMBER
 TYPED_TEST_SUITE(RowPipeline, Members);
 
 // -------------------------------------------------------------------------------------------------- differential
@@ -223,11 +219,7 @@ TYPED_TEST(RowPipeline, SizesItsScratchByTheKernelAlone) {
         EXPECT_EQ(bytes, M::scratchBytes(k));
     }
     std::int32_t bytes = 77;
-    EXPECT_EQ(M::bufferSize({0, 0}, 0, nullptr), StatusNullPointer);
-    EXPECT_EQ(M::bufferSize({0, 1}, 1, &bytes), StatusBadSize);
-    EXPECT_EQ(M::bufferSize({1, 0}, 1, &bytes), StatusBadSize);
     EXPECT_EQ(M::bufferSize({1, 1}, 0, &bytes), StatusBadSize);
-    EXPECT_EQ(M::bufferSize({1, 1}, std::numeric_limits<std::int32_t>::max(), &bytes), StatusBadSize);
     EXPECT_EQ(bytes, 77);
 }
 
@@ -245,35 +237,22 @@ TYPED_TEST(RowPipeline, ChecksItsArgumentsInOrder) {
     std::vector<std::uint8_t> scratch(static_cast<std::size_t>(M::scratchBytes(3)));
 
     const Call good{src.data(), src.step(), rows, {10, 2}, kernel, 3, 1, 1, border, 4, scratch.data()};
-    std::vector<Fault<Call>> faults{
-        {"no source", StatusNullPointer, [](Call &c) { c.src = nullptr; }},
-        {"no row array", StatusNullPointer, [](Call &c) { c.dstRows = nullptr; }},
-        {"no kernel", StatusNullPointer, [](Call &c) { c.kernel = nullptr; }},
-        {"no buffer", StatusNullPointer, [](Call &c) { c.buffer = nullptr; }},
-        {"no width", StatusBadSize, [](Call &c) { c.roi.width = 0; }},
-        {"no height", StatusBadSize, [](Call &c) { c.roi.height = -1; }},
-        {"a null row", StatusNullPointer, [&](Call &c) { c.dstRows = brokenRows; }},
-        {"no taps", StatusBadSize, [](Call &c) { c.kernelSize = 0; }},
-        {"anchor before", StatusBadAnchor, [](Call &c) { c.xAnchor = -1; }},
-        {"anchor behind", StatusBadAnchor, [](Call &c) { c.xAnchor = c.kernelSize < 1 ? 0 : c.kernelSize; }},
-        {"short step", StatusBadStep,
-         [](Call &c) { c.srcStep = static_cast<std::int32_t>(10 * channels * sizeof(S)) - 1; }},
-        {"step that would wrap", StatusBadStep, [](Call &c) { c.roi.width = 0x60000000; }},
-    };
+    constexpr std::int64_t rowBytes = 10 * channels * sizeof(S);
+    Faults<Call> faults;
+    faults.nulls(&Call::src, &Call::dstRows, &Call::kernel, &Call::buffer).empty(&Call::roi);
+    faults.add("a null row", StatusNullPointer, [&](Call &c) { c.dstRows = brokenRows; });
     if constexpr (channels == 3) {
-        faults.insert(faults.begin() + 7,
-                      {"no border value", StatusNullPointer, [](Call &c) { c.borderValue = nullptr; }});
+        faults.nulls(&Call::borderValue);
     }
-    if constexpr (sizeof(S) > 1) {
-        faults.push_back({"odd step", StatusStepNotMultiple, [](Call &c) { c.srcStep |= 1; }});
-    }
-    for (const BorderKind kind : {2, 3, 4, 5, 7, 15, 64 | 2}) {
-        faults.push_back({"border " + std::to_string(kind), StatusBadArgument, [=](Call &c) { c.border = kind; }});
-    }
+    faults.values(StatusBadSize, &Call::kernelSize, {0}).values(StatusBadAnchor, &Call::xAnchor, {-1});
+    faults.add("anchor behind", StatusBadAnchor, [](Call &c) { c.xAnchor = c.kernelSize < 1 ? 0 : c.kernelSize; });
+    faults.shortSteps(rowBytes, &Call::srcStep).values(StatusBadStep, &Call::roi, {{0x60000000, 2}});
+    faults.unevenSteps(rowBytes, sizeof(S), &Call::srcStep);
+    faults.values(StatusBadArgument, &Call::border, {2, 3, 4, 5, 7, 15, 64 | 2});
     if constexpr (M::divides) {
-        faults.push_back({"divisor 0", StatusBadArgument, [](Call &c) { c.divisor = 0; }});
+        faults.values(StatusBadArgument, &Call::divisor, {0});
         if constexpr (std::is_same_v<S, std::uint16_t>) {
-            faults.push_back({"divisor -1", StatusBadArgument, [](Call &c) { c.divisor = -1; }});
+            faults.values(StatusBadArgument, &Call::divisor, {-1});
         }
     }
     expectFaultOrder<Call>(

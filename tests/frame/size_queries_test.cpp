@@ -33,6 +33,7 @@ template <class... Argument> StatusCode invoke(void *query, Argument... argument
 struct Shape {
     const char *prefix;
     StatusCode (*call)(void *query, const Sizes &s, std::int32_t *a, std::int32_t *b);
+    bool takesHeight = true;
     bool truncates = false; // to 32 bits, by contract
 };
 
@@ -51,25 +52,26 @@ const Shape shapes[] = {
     {"rvxiFilterScharr", roiOnly},
     {"rvxiFilterLaplacian", roiAndCode},
     {"rvxiFilterLowpass", roiAndCode},
-    {"rvxiFilterMin", widthAndMask},
-    {"rvxiFilterMax", widthAndMask},
+    {"rvxiFilterMin", widthAndMask, false},
+    {"rvxiFilterMax", widthAndMask, false},
     {"rvxiFilterGaussGet", roiAndKernel},
     {"rvxiFilterGaussian",
      [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), s.side, PixelType16s, 3, a, b); }},
     {"rvxiMorphologyBorder",
-     [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.width, s.mask(), a, b); }},
-    {"rvxiMorphology", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, "mask", s.mask(), a); }},
+     [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.width, s.mask(), a, b); }, false},
+    {"rvxiMorphology", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, "mask", s.mask(), a); },
+     false},
     {"rvxiMorphAdv", [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), s.mask(), a, b); }},
     {"rvxiCannyGet", roiOnly},
     {"rvxiCannyBorder",
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 2, Mask5x5, PixelType8u, a); }},
     {"rvxiMinEigenVal", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 5, 5, a); }},
-    {"rvxiFindPeaks", widthOnly},
-    {"rvxiPyrDown", floatsOfWidth},
-    {"rvxiPyrUp", floatsOfWidth},
+    {"rvxiFindPeaks", widthOnly, false},
+    {"rvxiPyrDown", floatsOfWidth, false},
+    {"rvxiPyrUp", floatsOfWidth, false},
     {"rvxiTrueDistance", roiOnly},
-    {"rvxiFloodFill", roiOnly, true},
-    {"rvxiLabelMarkers", roiOnly, true},
+    {"rvxiFloodFill", roiOnly, true, true},
+    {"rvxiLabelMarkers", roiOnly, true, true},
 };
 
 const Shape *shapeOf(const std::string &name) {
@@ -111,13 +113,16 @@ constexpr std::int64_t refused = INT64_MAX;
 
 class SizeQuery : public testing::TestWithParam<std::string> {
 protected:
+    static constexpr std::int32_t untouched = -77;
+
     void SetUp() override {
         ASSERT_NE(shape_, nullptr) << "a new query: the table needs its arguments";
         ASSERT_NE(query_, nullptr);
     }
 
+    bool asksForTwo() { return ask({1, 1, 3}).b != untouched; }
+
     Answer ask(const Sizes &sizes) {
-        constexpr std::int32_t untouched = -77;
         std::int32_t a = untouched, b = untouched;
         const StatusCode status = shape_->call(query_, sizes, &a, &b);
         if (status == StatusBadSize) {
@@ -132,6 +137,20 @@ protected:
     void *query_ = dlsym(RTLD_DEFAULT, GetParam().c_str());
     bool wrong_ = false;
 };
+
+TEST_P(SizeQuery, ChecksPointersThenSizes) {
+    std::int32_t a = -77, b = -77;
+    const Sizes empty{0, 0, 3};
+    EXPECT_EQ(shape_->call(query_, empty, nullptr, &b), StatusNullPointer);
+    EXPECT_EQ(shape_->call(query_, empty, &a, nullptr), asksForTwo() ? StatusNullPointer : StatusBadSize);
+    EXPECT_EQ(shape_->call(query_, {0, 1, 3}, &a, &b), StatusBadSize);
+    EXPECT_EQ(shape_->call(query_, {-1, 1, 3}, &a, &b), StatusBadSize);
+    if (shape_->takesHeight) {
+        EXPECT_EQ(shape_->call(query_, {1, 0, 3}, &a, &b), StatusBadSize);
+        EXPECT_EQ(shape_->call(query_, {1, INT32_MIN, 3}, &a, &b), StatusBadSize);
+    }
+    EXPECT_TRUE(a == -77 && b == -77) << "written despite a failure";
+}
 
 TEST_P(SizeQuery, NeverWraps) {
     const auto least = ask({1, 1, 3});

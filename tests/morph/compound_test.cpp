@@ -31,34 +31,14 @@ struct View {
     }
 };
 
-struct Mask {
-    RoiSize size;
-    std::vector<std::uint8_t> bytes;
-    Point2i anchor;
-
-    bool empty() const {
-        return std::all_of(bytes.begin(), bytes.end(), [](auto b) { return b == 0; });
-    }
-    Mask turned() const {
-        Mask result = *this;
-        std::reverse(result.bytes.begin(), result.bytes.end());
-        result.anchor = {size.width - 1 - anchor.x, size.height - 1 - anchor.y};
-        return result;
-    }
-};
-
-double step(const View &view, const Mask &mask, bool dilate, std::int64_t x, std::int64_t y) {
-    if (mask.empty()) {
+double step(const View &view, const std::vector<Offset> &offsets, bool dilate, std::int64_t x, std::int64_t y) {
+    if (offsets.empty()) {
         return view.at(x, y);
     }
     double result = dilate ? -std::numeric_limits<double>::infinity() : std::numeric_limits<double>::infinity();
-    for (int j = 0; j < mask.size.height; ++j) {
-        for (int i = 0; i < mask.size.width; ++i) {
-            if (mask.bytes[static_cast<std::size_t>(j * mask.size.width + i)] != 0) {
-                const double v = view.at(x + i - mask.anchor.x, y + j - mask.anchor.y);
-                result = dilate ? std::max(result, v) : std::min(result, v);
-            }
-        }
+    for (const Offset &offset : offsets) {
+        const double v = view.at(x + offset.x, y + offset.y);
+        result = dilate ? std::max(result, v) : std::min(result, v);
     }
     return result;
 }
@@ -72,19 +52,22 @@ std::vector<double> compound(const View &src, const Mask &mask, Op op, const std
     const auto at = [&](std::int64_t x, std::int64_t y) -> double & {
         return out[static_cast<std::size_t>(y * src.width + x)];
     };
-    const Mask turned = mask.turned();
+    const std::vector<Offset> offsets = mask.offsets();
+    std::vector<Offset> turned;
+    for (const Offset &offset : offsets) {
+        turned.push_back({-offset.x, -offset.y});
+    }
     const Sides sides = src.sides();
     const bool dilateFirst = op == Op::close || op == Op::blackhat;
-    const std::int64_t left = sides.left ? turned.anchor.x : 0;
-    const std::int64_t right = sides.right ? mask.size.width - 1 - turned.anchor.x : 0;
-    const std::int64_t top = sides.top ? turned.anchor.y : 0;
-    const std::int64_t bottom = sides.bottom ? mask.size.height - 1 - turned.anchor.y : 0;
+    const Point2i before = mask.centre(); // what a mask reaches to the left and above, turned to the right and below
+    const std::int64_t left = sides.left ? mask.size.width - 1 - before.x : 0, right = sides.right ? before.x : 0;
+    const std::int64_t top = sides.top ? mask.size.height - 1 - before.y : 0, bottom = sides.bottom ? before.y : 0;
     const std::int64_t w = src.width + left + right, h = src.height + top + bottom;
     std::vector<double> between(static_cast<std::size_t>(w * h));
     const View outer{[&](std::int64_t x, std::int64_t y) { return src.pixel(x - left, y - top); }, w, h, src.border};
     for (std::int64_t y = 0; y < h; ++y) {
         for (std::int64_t x = 0; x < w; ++x) {
-            between[static_cast<std::size_t>(y * w + x)] = step(outer, mask, dilateFirst, x, y);
+            between[static_cast<std::size_t>(y * w + x)] = step(outer, offsets, dilateFirst, x, y);
         }
     }
     const View inner{
@@ -93,7 +76,7 @@ std::vector<double> compound(const View &src, const Mask &mask, Op op, const std
     for (std::int64_t y = 0; y < src.height; ++y) {
         for (std::int64_t x = 0; x < src.width; ++x) {
             if (op == Op::gradient) {
-                at(x, y) = saturate(step(src, mask, true, x, y) - step(src, mask, false, x, y));
+                at(x, y) = saturate(step(src, offsets, true, x, y) - step(src, offsets, false, x, y));
                 continue;
             }
             const double result = step(inner, turned, !dilateFirst, x, y);
@@ -106,20 +89,11 @@ std::vector<double> compound(const View &src, const Mask &mask, Op op, const std
 }
 
 Mask randomMask(Rng &rng, int width, int height) {
-    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
-    const auto kind = rng() % 4;
-    for (int i = 0; i < width * height; ++i) {
-        mask.bytes.push_back(kind == 0 ? 1 : static_cast<std::uint8_t>(rng() % 3 == 0 ? 0 : 1 + rng() % 255));
-    }
-    return mask;
+    return support::randomMask({width, height}, rng() % 4 == 0 ? 100 : 67, rng);
 }
 
 Mask solidMask(int width, int height, RoiSize inside) {
-    Mask mask{{width, height}, {}, {(width - 1) >> 1, (height - 1) >> 1}};
-    for (int i = 0; i < width * height; ++i) {
-        mask.bytes.push_back(i % width < inside.width && i / width < inside.height);
-    }
-    return mask;
+    return maskOf({width, height}, [=](auto i, auto j) { return i < inside.width && j < inside.height; });
 }
 
 // ----------------------------------------------------------------------------------------------------- members
@@ -221,7 +195,7 @@ template <class T> void checkMember(const Functions<T> &f, const char *name) {
             checkOperation(f, op, square, {uniform(rng, 0, 1) != 0 ? 64 : 75, 40}, {64, 40}, BorderReplicate | flags,
                            rng);
         }
-        checkOperation(f, op, Mask{{3, 2}, std::vector<std::uint8_t>(6), {1, 0}}, {9, 5}, {9, 5}, BorderReplicate, rng);
+        checkOperation(f, op, Mask{{3, 2}, std::vector<std::uint8_t>(6)}, {9, 5}, {9, 5}, BorderReplicate, rng);
     }
     checkOperation(f, Op::gradient, randomMask(rng, 5, 3), {20, 6}, {24, 30}, BorderReplicate, rng); // wider and taller
 }
@@ -348,9 +322,10 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
         ASSERT_EQ(run(src.data(), srcStep, src.bitOffset(), dst.data(), dstStep, dst.bitOffset(), roi, border, 0,
                       record, buffer.data()),
                   StatusOk);
+        const std::vector<Offset> offsets = mask.offsets();
         for (int y = 0; y < roi.height; ++y) {
             for (int x = 0; x < roi.width; ++x) {
-                want.push_back(step(view, mask, op == 1, x, y));
+                want.push_back(step(view, offsets, op == 1, x, y));
             }
         }
     } else {
@@ -379,7 +354,7 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
 TEST(BitMorphology, Every3x3Mask) {
     Rng rng = makeRng("bits 3x3");
     for (int code = 0; code < 512; ++code) {
-        Mask mask{{3, 3}, {}, {1, 1}};
+        Mask mask{{3, 3}, {}};
         for (int i = 0; i < 9; ++i) {
             mask.bytes.push_back(static_cast<std::uint8_t>(code >> i & 1));
         }
@@ -402,13 +377,13 @@ TEST(BitMorphology, SizesOffsetsBordersAndCompounds) {
         }
         for (const int width : {255, 256, 257, 530}) {
             checkBits(op, randomMask(rng, 5, 5), {width, 5}, BorderInMemory, rng);
-            checkBits(op, Mask{{3, 3}, std::vector<std::uint8_t>(9, 1), {1, 1}}, {width, 5}, BorderReplicate, rng);
+            checkBits(op, solidMask(3, 3, {3, 3}), {width, 5}, BorderReplicate, rng);
         }
         checkBits(op, randomMask(rng, 60, 9), {7, 3}, BorderReplicate, rng);
         // What the scratch holds is least for narrow and tall images, and for wide ones under a single row.
         checkBits(op, solidMask(3, 3, {3, 3}), {19, 49}, BorderReplicate, rng);
         checkBits(op, solidMask(4, 7, {3, 6}), {19, 49}, BorderReplicate, rng);
-        checkBits(op, Mask{{5, 1}, {1, 1, 0, 1, 1}, {2, 0}}, {1459, 29}, BorderReplicate, rng);
+        checkBits(op, Mask{{5, 1}, {1, 1, 0, 1, 1}}, {1459, 29}, BorderReplicate, rng);
     }
     // Rows of whole vectors, at other bits than the destination's: nothing is read behind the last one.
     for (std::int64_t bit = 1; bit < 8; ++bit) {
@@ -466,19 +441,12 @@ TEST(BitMorphology, StatusesInTheOrderOfTheChecks) {
     ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(20, mask.data(), {3, 3}, record, memory.data()), StatusOk);
     // The mask's own record is as wide as the region and the mask.
     ASSERT_EQ(rvxiMorphAdvInit_1u_C1R({18, 4}, mask.data(), {3, 3}, advRecord, memory.data()), StatusOk);
-    using F = Fault<Args>;
-    const std::vector<F> faults{F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
-                                F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
-                                F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
-                                F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
-                                F{"negative offset", StatusBadSize, [](auto &a) { a.srcBit = -1; }},
-                                F{"negative destination offset", StatusBadSize, [](auto &a) { a.dstBit = -1; }},
-                                F{"no height", StatusBadSize, [](auto &a) { a.roi.height = 0; }},
-                                F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 2; }},
-                                F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 2; }},
-                                F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }},
-                                F{"too wide", StatusBadSize, [](auto &a) { a.roi.width = 21; }},
-                                F{"in place", StatusInPlaceNotSupported, [](auto &a) { a.src = a.dst; }}};
+    Faults<Args> faults;
+    faults.nulls(&Args::src, &Args::dst, &Args::spec, &Args::buffer);
+    faults.values(StatusBadSize, &Args::srcBit, {-1}).values(StatusBadSize, &Args::dstBit, {-1}).empty(&Args::roi);
+    faults.shortSteps(3, &Args::srcStep, &Args::dstStep).values(StatusBadBorder, &Args::border, {BorderConstant});
+    faults.values(StatusBadSize, &Args::roi, {{21, 4}}); // wider than the records
+    faults.add("in place", StatusInPlaceNotSupported, [](Args &a) { a.src = a.dst; });
     const auto expectOrder = [&](auto operation, const auto *given, std::int32_t width) {
         using Spec = decltype(given);
         expectFaultOrder<Args>(
@@ -509,8 +477,6 @@ TEST(Compound, SizesAreTheFormulas) {
     EXPECT_EQ(buffer, 128 * 52 + 2 * basicBuffer);
 
     spec = buffer = -1;
-    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 0}, {0, 0}, nullptr, &buffer), StatusNullPointer);
-    EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({0, 5}, {3, 3}, &spec, &buffer), StatusBadSize);
     EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({5, 5}, {3, 0}, &spec, &buffer), StatusBadSize);
     // Image and scratch fit alone, not together.
     EXPECT_EQ(rvxiMorphAdvGetSize_8u_C1R({30000, 40000}, {1, 130}, &spec, &buffer), StatusBadSize);
@@ -537,17 +503,11 @@ TEST(Compound, StatusesInTheOrderOfTheChecks) {
     auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
     ASSERT_EQ(f.init({10, 6}, mask.data(), {3, 3}, record, buffer.data()), StatusOk);
     const Args good{src.data(), dst.data(), record, buffer.data(), 48, 48, {10, 6}, BorderReplicate};
-    using F = Fault<Args>;
+    Faults<Args> faults;
+    faults.nulls(&Args::src, &Args::dst, &Args::spec, &Args::buffer).empty(&Args::roi);
+    faults.shortSteps(40, &Args::srcStep, &Args::dstStep).unevenSteps(40, 4, &Args::srcStep, &Args::dstStep);
+    faults.values(StatusBadBorder, &Args::border, {BorderConstant});
     for (const Op op : allOps) {
-        std::vector<F> faults{F{"null source", StatusNullPointer, [](auto &a) { a.src = nullptr; }},
-                              F{"null destination", StatusNullPointer, [](auto &a) { a.dst = nullptr; }},
-                              F{"null record", StatusNullPointer, [](auto &a) { a.spec = nullptr; }},
-                              F{"null buffer", StatusNullPointer, [](auto &a) { a.buffer = nullptr; }},
-                              F{"no width", StatusBadSize, [](auto &a) { a.roi.width = 0; }},
-                              F{"short source step", StatusBadStep, [](auto &a) { a.srcStep = 36; }},
-                              F{"short destination step", StatusBadStep, [](auto &a) { a.dstStep = 36; }},
-                              F{"odd step", StatusStepNotMultiple, [](auto &a) { a.dstStep = 50; }},
-                              F{"constant border", StatusBadBorder, [](auto &a) { a.border = BorderConstant; }}};
         const auto call = [&](const Args &a) {
             return f.operations[static_cast<int>(op)](a.src, a.srcStep, a.dst, a.dstStep, a.roi, a.border, 0, a.spec,
                                                       a.buffer);

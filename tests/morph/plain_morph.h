@@ -5,6 +5,7 @@
 #include "support/guarded.h"
 
 #include <algorithm>
+#include <functional>
 #include <vector>
 
 namespace support {
@@ -25,6 +26,28 @@ inline std::vector<Offset> maskOffsets(const std::vector<std::uint8_t> &mask, Ro
         }
     }
     return offsets;
+}
+
+struct Mask {
+    RoiSize size;
+    std::vector<std::uint8_t> bytes;
+
+    Point2i centre() const { return {(size.width - 1) / 2, (size.height - 1) / 2}; }
+    std::vector<Offset> offsets() const { return maskOffsets(bytes, size, centre()); }
+};
+
+inline Mask maskOf(RoiSize size, const std::function<bool(std::int32_t, std::int32_t)> &isSet) {
+    Mask mask{size, {}};
+    for (std::int32_t j = 0; j < size.height; ++j) {
+        for (std::int32_t i = 0; i < size.width; ++i) {
+            mask.bytes.push_back(isSet(i, j) ? static_cast<std::uint8_t>(1 + (3 * i + 5 * j) % 255) : 0);
+        }
+    }
+    return mask;
+}
+
+inline Mask randomMask(RoiSize size, int percent, Rng &rng) {
+    return maskOf(size, [&](auto, auto) { return uniform(rng, 0, 99) < percent; });
 }
 
 struct Sides {

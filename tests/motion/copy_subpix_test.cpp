@@ -160,27 +160,13 @@ TEST(CopySubpixIntersect, StatusesInTheOrderOfTheChecks) {
     Rng rng = makeRng("subpix statuses");
     src.fill(rng, Contents::random);
     Point2i corners[2] = {{-1, -2}, {-3, -4}};
-    const std::vector<Fault<Call>> faults{
-        {"null source", StatusNullPointer, [](auto &c) { c.src = nullptr; }},
-        {"null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; }},
-        {"null min", StatusNullPointer, [](auto &c) { c.min = nullptr; }},
-        {"null max", StatusNullPointer, [](auto &c) { c.max = nullptr; }},
-        {"no source width", StatusBadSize, [](auto &c) { c.srcRoi.width = 0; }},
-        {"no source height", StatusBadSize, [](auto &c) { c.srcRoi.height = -1; }},
-        {"no patch width", StatusBadSize, [](auto &c) { c.dstRoi.width = 0; }},
-        {"no patch height", StatusBadSize, [](auto &c) { c.dstRoi.height = INT32_MIN; }},
-        {"short source step", StatusBadStep, [](auto &c) { c.srcStep = 35; }},
-        {"source width that wraps", StatusBadStep, [](auto &c) { c.srcRoi.width = 1 << 30; }},
-        {"short patch step", StatusBadStep, [](auto &c) { c.dstStep = 19; }},
-        {"source step of 38", StatusStepNotMultiple, [](auto &c) { c.srcStep = 38; }},
-        {"patch step of 21", StatusStepNotMultiple, [](auto &c) { c.dstStep = 21; }},
-        {"NaN", StatusOutOfRange, [](auto &c) { c.centre.x = NAN; }},
-        {"infinite", StatusOutOfRange, [](auto &c) { c.centre.y = -INFINITY; }},
-        {"3e9", StatusOutOfRange, [](auto &c) { c.centre.x = 3e9f; }},
-        {"just beyond 1e9", StatusOutOfRange, [](auto &c) { c.centre.y = std::nextafter(-1e9f, -2e9f); }},
-        {"left of the image", StatusError, [](auto &c) { c.centre.x = -3; }},
-        {"below the image", StatusError, [](auto &c) { c.centre.y = 5; }},
-    };
+    Faults<Call> faults;
+    faults.nulls(&Call::src, &Call::dst, &Call::min, &Call::max).empty(&Call::srcRoi).empty(&Call::dstRoi);
+    faults.shortSteps(36, &Call::srcStep).values(StatusBadStep, &Call::srcRoi, {{1 << 30, 4}});
+    faults.shortSteps(20, &Call::dstStep).unevenSteps(36, 4, &Call::srcStep).unevenSteps(20, 4, &Call::dstStep);
+    faults.values(StatusOutOfRange, &Call::centre,
+                  {{NAN, 1.5f}, {4, -INFINITY}, {3e9f, 1.5f}, {4, std::nextafter(-1e9f, -2e9f)}});
+    faults.values(StatusError, &Call::centre, {{-3, 1.5f}, {4, 5}});
     const auto call = [](const Call &c) {
         return rvxiCopySubpixIntersect_32f_C1R(c.src, c.srcStep, c.srcRoi, c.dst, c.dstStep, c.dstRoi, c.centre, c.min,
                                                c.max);

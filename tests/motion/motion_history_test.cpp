@@ -101,24 +101,15 @@ template <class T> void checkStatuses(Update<T> function) {
     GuardedImage<float> history(9, 2);
     constexpr auto size = static_cast<std::int32_t>(sizeof(T));
     using C = Call<T>;
-    std::vector<Fault<C>> faults{
-        {"null silhouette", StatusNullPointer, [](C &c) { c.silhouette = nullptr; }},
-        {"null history", StatusNullPointer, [](C &c) { c.history = nullptr; }},
-        {"no width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
-        {"no height", StatusBadSize, [](C &c) { c.roi.height = 0; }},
-        {"short silhouette step", StatusBadStep, [](C &c) { c.silhouetteStep = 9 * size - 1; }},
-        {"short history step", StatusBadStep, [](C &c) { c.historyStep = 35; }},
-        {"row bytes that wrap", StatusBadStep, [](C &c) { c.roi.width = 0x40000001; }},
-        {"history step not a multiple", StatusStepNotMultiple, [](C &c) { c.historyStep = 38; }},
-    };
-    if (size > 1) {
-        faults.push_back({"silhouette step not a multiple", StatusStepNotMultiple,
-                          [](C &c) { c.silhouetteStep = 9 * size + size / 2; }});
-    } else {
+    Faults<C> faults;
+    faults.nulls(&C::silhouette, &C::history).empty(&C::roi);
+    faults.shortSteps(9 * size, &C::silhouetteStep).shortSteps(36, &C::historyStep);
+    faults.values(StatusBadStep, &C::roi, {{0x40000001, 2}});
+    faults.unevenSteps(36, 4, &C::historyStep).unevenSteps(9 * size, size, &C::silhouetteStep);
+    faults.values(StatusOutOfRange, &C::duration, {-1.0f, -1e-45f});
+    if (size == 1) {
         EXPECT_EQ(function(silhouette.data(), 9, history.data(), 36, {7, 2}, 1.0f, 1.0f), StatusOk);
     }
-    faults.push_back({"negative duration", StatusOutOfRange, [](C &c) { c.duration = -1.0f; }});
-    faults.push_back({"slightly negative duration", StatusOutOfRange, [](C &c) { c.duration = -1e-45f; }});
     expectFaultOrder<C>(
         {silhouette.data(), history.data(), silhouette.step(), history.step(), history.roi(), 1.0f}, faults,
         [&](const C &c) {

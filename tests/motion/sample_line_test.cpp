@@ -183,28 +183,16 @@ template <class T> void checkStatuses(Sample<T> function, int channels) {
     constexpr auto size = static_cast<std::int32_t>(sizeof(T));
     const std::int32_t row = 9 * channels * size;
     using C = Call<T>;
-    std::vector<Fault<C>> faults{
-        {"null source", StatusNullPointer, [](C &c) { c.src = nullptr; }},
-        {"null line", StatusNullPointer, [](C &c) { c.line = nullptr; }},
-        {"no width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
-        {"no height", StatusBadSize, [](C &c) { c.roi.height = 0; }},
-        {"short step", StatusBadStep, [=](C &c) { c.step = row - 1; }},
-    };
+    Faults<C> faults;
+    faults.nulls(&C::src, &C::line).empty(&C::roi).shortSteps(row, &C::step);
     if (channels * size > 1) {
-        faults.push_back({"row bytes that wrap", StatusBadStep, [](C &c) { c.roi.width = 0x60000000; }});
+        faults.values(StatusBadStep, &C::roi, {{0x60000000, 7}});
     }
-    if (size > 1) {
-        faults.push_back({"odd step", StatusStepNotMultiple, [=](C &c) { c.step = row + size / 2; }});
-    }
-    const std::vector<Fault<C>> outside{
-        {"x left", StatusOutOfRange, [](C &c) { c.first.x = -1; }},
-        {"y above", StatusOutOfRange, [](C &c) { c.second.y = -1; }},
-        {"x right", StatusOutOfRange, [](C &c) { c.second.x = 9; }},
-        {"y below", StatusOutOfRange, [](C &c) { c.first.y = 7; }},
-        {"far apart", StatusOutOfRange, [](C &c) { c.first.x = INT32_MIN, c.second.x = INT32_MAX; }},
-        {"far away", StatusOutOfRange, [](C &c) { c.first.y = INT32_MAX, c.second.y = INT32_MIN; }},
-    };
-    faults.insert(faults.end(), outside.begin(), outside.end());
+    faults.unevenSteps(row, size, &C::step);
+    faults.values(StatusOutOfRange, &C::first, {{-1, 6}, {0, 7}, {INT32_MIN, 6}, {0, INT32_MAX}});
+    faults.values(StatusOutOfRange, &C::second, {{8, -1}, {9, 0}, {INT32_MAX, 0}, {8, INT32_MIN}});
+    faults.add("far apart", StatusOutOfRange, [](C &c) { c.first.x = INT32_MIN, c.second.x = INT32_MAX; });
+    faults.add("far away", StatusOutOfRange, [](C &c) { c.first.y = INT32_MAX, c.second.y = INT32_MIN; });
     expectFaultOrder<C>(
         {src.data(), line.data(), src.step(), src.roi(channels), {0, 6}, {8, 0}}, faults,
         [&](const C &c) { return function(c.src, c.step, c.roi, c.line, c.first, c.second); },

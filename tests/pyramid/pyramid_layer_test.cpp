@@ -351,46 +351,6 @@ TEST(PyramidLayerDown, DestinationsWiderThanTheSource) {
     }
 }
 
-// At rate 2 the kernel 1 4 6 4 1 does what the fixed functions do.
-TEST(PyramidLayer, AgreesWithTheFixedFunctions) {
-    constexpr std::int16_t kernel[] = {1, 4, 6, 4, 1};
-    Rng rng = makeRng("fixed");
-    for (std::int32_t width = 1; width <= 40; ++width) {
-        const std::int32_t height = 1 + width * 7 % 23;
-        GuardedImage<std::uint8_t> src(width, height);
-        src.fill(rng, Contents::random);
-        GuardedBuffer buffer(width * 40 + 200);
-        const auto compare = [&](const GuardedImage<std::uint8_t> &a, const GuardedImage<std::uint8_t> &b) {
-            for (std::int64_t y = 0; y < a.height(); ++y) {
-                for (std::int64_t x = 0; x < a.width(); ++x) {
-                    ASSERT_LE(std::abs(a.at(x, y) - b.at(x, y)), 1) << x << ", " << y << " of " << width;
-                }
-            }
-        };
-        const RoiSize half = downSize(src.roi(), 2.0f);
-        GuardedImage<std::uint8_t> small(half.width, half.height), layer(half.width, half.height);
-        if (half.width == (width + 1) / 2 && half.height == (height + 1) / 2) {
-            PyramidLayerDownState *down = nullptr;
-            ASSERT_EQ(rvxiPyramidLayerDownInitAlloc_8u_C1R(&down, src.roi(), 2.0f, kernel, 5, 2), StatusOk);
-            rvxiPyrDown_Gauss5x5_8u_C1R(src.data(), src.step(), small.data(), small.step(), src.roi(), buffer.data());
-            ASSERT_EQ(
-                rvxiPyramidLayerDown_8u_C1R(src.data(), src.step(), src.roi(), layer.data(), layer.step(), half, down),
-                StatusOk);
-            compare(small, layer);
-            rvxiPyramidLayerDownFree_8u_C1R(down);
-        }
-        PyramidLayerUpState *up = nullptr;
-        ASSERT_EQ(rvxiPyramidLayerUpInitAlloc_8u_C1R(&up, src.roi(), 2.0f, kernel, 5, 2), StatusOk);
-        GuardedImage<std::uint8_t> large(2 * width, 2 * height), upper(2 * width, 2 * height);
-        rvxiPyrUp_Gauss5x5_8u_C1R(src.data(), src.step(), large.data(), large.step(), src.roi(), buffer.data());
-        ASSERT_EQ(
-            rvxiPyramidLayerUp_8u_C1R(src.data(), src.step(), src.roi(), upper.data(), upper.step(), upper.roi(), up),
-            StatusOk);
-        compare(large, upper);
-        rvxiPyramidLayerUpFree_8u_C1R(up);
-    }
-}
-
 // A pixel that has no weight plays no part, whatever it holds.
 TEST(PyramidLayer, NaNReachesItsWeights) {
     constexpr float kernel[] = {1, 4, 6, 4, 1};
@@ -482,21 +442,11 @@ template <class State> void checkInit() {
             const Tap *kernel;
             std::int32_t size, mode;
         };
-        std::vector<Fault<Args>> faults{
-            {"no state", StatusNullPointer, [](Args &a) { a.state = nullptr; }},
-            {"no kernel", StatusNullPointer, [](Args &a) { a.kernel = nullptr; }},
-            {"no width", StatusBadSize, [](Args &a) { a.roi.width = 0; }},
-            {"no height", StatusBadSize, [](Args &a) { a.roi.height = -4; }},
-        };
-        for (const std::int32_t mode : {0, 1, 3, -2}) {
-            faults.push_back({"mode", StatusBadArgument, [=](Args &a) { a.mode = mode; }});
-        }
-        for (const float rate : {1.0f, -3.0f, 10.00001f, NAN}) {
-            faults.push_back({"rate", StatusBadArgument, [=](Args &a) { a.rate = rate; }});
-        }
-        for (const std::int32_t size : {4, 1, 2, 0, -5, INT32_MIN}) {
-            faults.push_back({"kernel size", StatusBadArgument, [=](Args &a) { a.size = size; }});
-        }
+        Faults<Args> faults;
+        faults.nulls(&Args::state, &Args::kernel).empty(&Args::roi);
+        faults.values(StatusBadArgument, &Args::mode, {0, 1, 3, -2});
+        faults.values(StatusBadArgument, &Args::rate, {1.0f, -3.0f, 10.00001f, NAN});
+        faults.values(StatusBadArgument, &Args::size, {4, 1, 2, 0, -5, INT32_MIN});
         State *state = nullptr;
         const std::int64_t live = CountedAlloc::live;
         expectFaultOrder<Args>(
@@ -534,24 +484,16 @@ template <class State> void checkCallStatuses() {
         const RoiSize to = up ? RoiSize{18, 13} : RoiSize{8, 6};
         GuardedImage<T> src(12 * m.channels, 9, {.padding = 8}), dst(to.width * m.channels, to.height, {.padding = 8});
         const std::int32_t srcRow = 12 * m.channels * size, dstRow = to.width * m.channels * size;
-        std::vector<Fault<Args>> faults{
-            {"null source", StatusNullPointer, [](Args &a) { a.src = nullptr; }},
-            {"null destination", StatusNullPointer, [](Args &a) { a.dst = nullptr; }},
-            {"null state", StatusNullPointer, [](Args &a) { a.state = nullptr; }},
-            {"no width", StatusBadSize, [](Args &a) { a.srcRoi.width = 0; }},
-            {"no height", StatusBadSize, [](Args &a) { a.srcRoi.height = 0; }},
-            {"short source step", StatusBadStep, [=](Args &a) { a.srcStep = srcRow - 1; }},
-            {"negative destination step", StatusBadStep, [=](Args &a) { a.dstStep = -dstRow; }},
-        };
-        if (size > 1) {
-            faults.push_back({"odd source step", StatusStepNotMultiple, [=](Args &a) { a.srcStep = srcRow + 1; }});
-            faults.push_back(
-                {"odd destination step", StatusStepNotMultiple, [=](Args &a) { a.dstStep = dstRow + size / 2; }});
-        }
-        faults.push_back({"low destination", StatusBadSize, [=](Args &a) { a.dstRoi.height = up ? 12 : 5; }});
-        faults.push_back({"high destination", StatusBadSize, [](Args &a) { a.dstRoi.height = up ? 14 : 7; }});
-        faults.push_back({"narrow destination", StatusBadSize, [](Args &a) { a.dstRoi.width = up ? 16 : 7; }});
-        faults.push_back({"no destination", StatusBadSize, [](Args &a) { a.dstRoi.width = -1; }});
+        Faults<Args> faults;
+        faults.nulls(&Args::src, &Args::dst, &Args::state).empty(&Args::srcRoi).shortSteps(srcRow, &Args::srcStep);
+        faults.values(StatusBadStep, &Args::dstStep, {-dstRow});
+        faults.unevenSteps(srcRow, size, &Args::srcStep).unevenSteps(dstRow, size, &Args::dstStep);
+        // Too low, too high, too narrow, without columns.
+        faults.values(StatusBadSize, &Args::dstRoi,
+                      {{to.width, to.height - 1},
+                       {to.width, to.height + 1},
+                       {to.width - (up ? 2 : 1), to.height},
+                       {-1, to.height}});
         expectFaultOrder<Args>(
             {src.data(), src.step(), {12, 9}, dst.data(), dst.step(), to, state}, faults,
             [&](const Args &a) { return m.run(a.src, a.srcStep, a.srcRoi, a.dst, a.dstStep, a.dstRoi, a.state); },

@@ -68,10 +68,11 @@ std::vector<float> twoPasses(const Picture &pixels, std::int64_t width, std::int
                              const std::array<float, 3> &costs) {
     std::vector<float> distance(pixels.size());
     std::transform(pixels.begin(), pixels.end(), distance.begin(), [](auto p) { return p == 0 ? 0.0f : largest; });
+    const std::vector<Step> all = steps(maskSize);
     for (const int direction : {1, -1}) {
         for (std::int64_t i = 0; i < width * height; ++i) {
             const std::int64_t at = direction > 0 ? i : width * height - 1 - i, x = at % width, y = at / width;
-            for (const Step &s : steps(maskSize)) {
+            for (const Step &s : all) {
                 const std::int64_t u = x - s.dx, v = y - s.dy;
                 const bool visited = direction * s.dy > 0 || (s.dy == 0 && direction * s.dx > 0);
                 if (visited && u >= 0 && u < width && v >= 0 && v < height) {
@@ -327,37 +328,28 @@ struct Call {
     const void *metrics;
 };
 
-template <class T> std::vector<Fault<Call>> callFaults(bool inPlace, int maskSize) {
-    constexpr auto size = static_cast<std::int32_t>(sizeof(T));
-    std::vector<Fault<Call>> faults;
-    const auto add = [&](const char *name, StatusCode status, std::function<void(Call &)> apply) {
-        faults.push_back({name, status, std::move(apply)});
-    };
+template <class T> Faults<Call> callFaults(bool inPlace, int maskSize) {
+    constexpr std::int64_t size = sizeof(T);
+    Faults<Call> faults;
     if (!inPlace) {
-        add("null source", StatusNullPointer, [](auto &c) { c.src = nullptr; });
+        faults.nulls(&Call::src);
     }
-    add("null destination", StatusNullPointer, [](auto &c) { c.dst = nullptr; });
-    add("null metrics", StatusNullPointer, [](auto &c) { c.metrics = nullptr; });
-    add("no width", StatusBadSize, [](auto &c) { c.roi.width = 0; });
-    add("no height", StatusBadSize, [](auto &c) { c.roi.height = -1; });
+    faults.nulls(&Call::dst, &Call::metrics).empty(&Call::roi);
     if (!inPlace) {
-        add("source step short by one byte", StatusBadStep, [](auto &c) { c.srcStep = 9 - 1; });
+        faults.shortSteps(9, &Call::srcStep);
     }
-    add("destination step short by one byte", StatusBadStep, [](auto &c) { c.dstStep = size * 9 - 1; });
-    add("row bytes that wrap", StatusBadStep, [](auto &c) { c.roi.width = 0x40000001; });
-    if (size > 1) {
-        add("destination step longer by one byte", StatusStepNotMultiple, [](auto &c) { c.dstStep = size * 9 + 1; });
-    }
+    faults.shortSteps(size * 9, &Call::dstStep).values(StatusBadStep, &Call::roi, {{0x40000001, 5}});
+    faults.unevenSteps(size * 9, size, &Call::dstStep);
     static constexpr float nan = std::numeric_limits<float>::quiet_NaN();
     static constexpr CostOf<T> zero = 0;
     static constexpr CostOf<T> bad[][3] = {{zero, 1, 1}, {1, zero, 1}, {1, 1, zero}, {-1, 1, 1}, {1, -3, 1}};
     static constexpr float badFloats[][3] = {{-0.0f, 1, 1}, {nan, 1, 1}, {1, nan, 1}, {1, 1, nan}, {1, -infinity, 1}};
     for (int i = 0; i < 5; ++i) {
         if (maskSize == 5 || i != 2) {
-            add("cost below the smallest", StatusBadMetric, [i](auto &c) { c.metrics = bad[i]; });
+            faults.values(StatusBadMetric, &Call::metrics, {bad[i]});
         }
         if (std::is_same_v<T, float> && (maskSize == 5 || i != 3)) {
-            add("cost that is no positive float", StatusBadMetric, [i](auto &c) { c.metrics = badFloats[i]; });
+            faults.values(StatusBadMetric, &Call::metrics, {badFloats[i]});
         }
     }
     return faults;

@@ -294,6 +294,9 @@ TEST(FloodFill, LargeShapes32fC3) { checkLarge<float, 3>(); }
 TEST(FloodFill, HugeImages) {
     Rng rng = makeRng("huge");
     for (const Member<std::uint8_t> &member : members<std::uint8_t, 1>()) {
+        if (member.rule != Rule::gradient && member.eight != (member.rule == Rule::plain)) {
+            continue; // plain and range fills share an engine
+        }
         const Picture picture = draw(member.eight ? Shape::half : Shape::crowded, 4170, 1005, rng);
         auto image = makeImage<std::uint8_t, 1>(4170, 1005, 1);
         for (std::int64_t i = 0; i < 4170 * 1005; ++i) {
@@ -369,30 +372,18 @@ template <class T, int channels> void checkStatuses() {
         GuardedBuffer output(sizeof(ConnectedComponent)), scratch(scratchBytes(member.rule, 9, 6));
         output.scribble();
         const T newVal[3] = {1, 2, 3}, delta[3] = {1, 1, 1};
-        constexpr std::int32_t rowBytes = 9 * sizeof(T); // of one channel
-        std::vector<Fault<C>> faults{{"null image", StatusNullPointer, [](C &c) { c.image = nullptr; }},
-                                     {"null record", StatusNullPointer, [](C &c) { c.region = nullptr; }},
-                                     {"null buffer", StatusNullPointer, [](C &c) { c.buffer = nullptr; }}};
+        constexpr std::int64_t size = sizeof(T);
+        Faults<C> faults;
+        faults.nulls(&C::image, &C::region, &C::buffer);
         if (channels == 3) {
-            faults.push_back({"null value", StatusNullPointer, [](C &c) { c.newVal = nullptr; }});
+            faults.nulls(&C::newVal);
             if (member.rule != Rule::plain) {
-                faults.push_back({"null lower delta", StatusNullPointer, [](C &c) { c.minDelta = nullptr; }});
-                faults.push_back({"null upper delta", StatusNullPointer, [](C &c) { c.maxDelta = nullptr; }});
+                faults.nulls(&C::minDelta, &C::maxDelta);
             }
         }
-        faults.push_back({"no width", StatusBadSize, [](C &c) { c.roi.width = 0; }});
-        faults.push_back({"no height", StatusBadSize, [](C &c) { c.roi.height = -1; }});
-        faults.push_back({"short step", StatusBadStep, [](C &c) { c.step = rowBytes - 1; }});
-        if (sizeof(T) > 1) {
-            faults.push_back({"odd step", StatusStepNotMultiple, [](C &c) { c.step = rowBytes * channels + 1; }});
-        }
-        if (sizeof(T) > 2) {
-            faults.push_back({"half step", StatusStepNotMultiple, [](C &c) { c.step = rowBytes * channels + 2; }});
-        }
-        faults.push_back({"seed at the right edge", StatusOutOfRange, [](C &c) { c.seed.x = 9; }});
-        faults.push_back({"seed to the left", StatusOutOfRange, [](C &c) { c.seed.x = -1; }});
-        faults.push_back({"seed below", StatusOutOfRange, [](C &c) { c.seed.y = 6; }});
-        faults.push_back({"seed above", StatusOutOfRange, [](C &c) { c.seed.y = -1; }});
+        faults.empty(&C::roi).shortSteps(9 * size, &C::step); // of one channel
+        faults.unevenSteps(9 * size * channels, size, &C::step);
+        faults.values(StatusOutOfRange, &C::seed, {{9, 5}, {-1, 5}, {8, 6}, {8, -1}});
         expectFaultOrder<C>(
             {image.data(),
              image.step(),
@@ -447,13 +438,6 @@ TEST(FloodFill, ScratchSizesAreTruncated) {
         EXPECT_EQ(bytes, static_cast<std::int32_t>(size.members)) << size.roi.width << "x" << size.roi.height;
         EXPECT_EQ(rvxiFloodFillGetSize_Grad(size.roi, &bytes), StatusOk);
         EXPECT_EQ(bytes, static_cast<std::int32_t>(size.gradient)) << size.roi.width << "x" << size.roi.height;
-    }
-    for (const auto query : {rvxiFloodFillGetSize, rvxiFloodFillGetSize_Grad}) {
-        std::int32_t bytes = -1;
-        EXPECT_EQ(query({0, 1}, nullptr), StatusNullPointer);
-        EXPECT_EQ(query({0, 1}, &bytes), StatusBadSize);
-        EXPECT_EQ(query({1, 0}, &bytes), StatusBadSize);
-        EXPECT_EQ(bytes, -1);
     }
 }
 

@@ -17,50 +17,40 @@ constexpr Shape allShapes[] = {Shape::none,         Shape::all,      Shape::corn
                                Shape::center,       Shape::dense,    Shape::sparse, Shape::rare,
                                Shape::checkerboard, Shape::diagonal, Shape::comb,   Shape::walls};
 
+inline bool isZero(Shape shape, std::int64_t x, std::int64_t y, std::int64_t width, std::int64_t height, Rng &rng) {
+    switch (shape) {
+    case Shape::all:
+        return true;
+    case Shape::corner:
+        return x == 0 && y == 0;
+    case Shape::lastPixel:
+        return x == width - 1 && y == height - 1;
+    case Shape::center:
+        return x == width / 2 && y == height / 2;
+    case Shape::dense:
+        return rng() % 2 == 0;
+    case Shape::sparse:
+        return rng() % 11 == 0;
+    case Shape::rare:
+        return rng() % 400 == 0;
+    case Shape::checkerboard:
+        return (x + y) % 2 == 0;
+    case Shape::diagonal:
+        return (x + y) % 13 == 5;
+    case Shape::comb:
+        return x % 7 == 3 && y > 2;
+    case Shape::walls:
+        return y == 0 || (x == width - 1 && y % 3 == 0);
+    default:
+        return false;
+    }
+}
+
 inline Picture picture(Shape shape, std::int64_t width, std::int64_t height, Rng &rng) {
     Picture result(static_cast<std::size_t>(width * height));
-    for (std::int64_t y = 0; y < height; ++y) {
-        for (std::int64_t x = 0; x < width; ++x) {
-            bool zero = false;
-            switch (shape) {
-            case Shape::none:
-                break;
-            case Shape::all:
-                zero = true;
-                break;
-            case Shape::corner:
-                zero = x == 0 && y == 0;
-                break;
-            case Shape::lastPixel:
-                zero = x == width - 1 && y == height - 1;
-                break;
-            case Shape::center:
-                zero = x == width / 2 && y == height / 2;
-                break;
-            case Shape::dense:
-                zero = rng() % 2 == 0;
-                break;
-            case Shape::sparse:
-                zero = rng() % 11 == 0;
-                break;
-            case Shape::rare:
-                zero = rng() % 400 == 0;
-                break;
-            case Shape::checkerboard:
-                zero = (x + y) % 2 == 0;
-                break;
-            case Shape::diagonal:
-                zero = (x + y) % 13 == 5;
-                break;
-            case Shape::comb:
-                zero = x % 7 == 3 && y > 2;
-                break;
-            case Shape::walls:
-                zero = y == 0 || (x == width - 1 && y % 3 == 0);
-                break;
-            }
-            result[static_cast<std::size_t>(y * width + x)] = zero ? 0 : static_cast<std::uint8_t>(1 + rng() % 255);
-        }
+    for (std::int64_t i = 0; i < width * height; ++i) {
+        const bool zero = isZero(shape, i % width, i / width, width, height, rng);
+        result[static_cast<std::size_t>(i)] = zero ? 0 : static_cast<std::uint8_t>(1 + rng() % 255);
     }
     return result;
 }

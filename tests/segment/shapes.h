@@ -64,61 +64,48 @@ inline void windSpiral(Picture &picture) {
     }
 }
 
+inline bool isSet(Shape shape, std::int64_t x, std::int64_t y, std::int64_t width, std::int64_t height, Rng &rng) {
+    const std::int64_t percent = uniform(rng, 0, 99);
+    switch (shape) {
+    case Shape::comb:
+        return y == 0 || x % 2 == 0;
+    case Shape::combBelow:
+        return y == height - 1 || x % 2 == 0;
+    case Shape::rake:
+        return x == width - 1 || y % 2 == 0;
+    case Shape::serpentine:
+        return y % 2 == 0 || x == (y % 4 == 1 ? width - 1 : 0);
+    case Shape::columns:
+        return x % 2 == 0 || y == (x % 4 == 1 ? height - 1 : 0);
+    case Shape::checkerboard:
+        return (x + y) % 2 == 0;
+    case Shape::diagonals:
+        return (x + 3 * y) % 4 == 0;
+    case Shape::antidiagonals:
+        return (x + y) % 3 == 0;
+    case Shape::dots:
+        return x % 2 == 0 && y % 2 == 0;
+    case Shape::sparse:
+        return percent < 10;
+    case Shape::half:
+        return percent < 50;
+    case Shape::dense:
+        return percent < 60;
+    case Shape::crowded:
+        return percent < 90;
+    default:
+        return true;
+    }
+}
+
 inline Picture draw(Shape shape, std::int64_t width, std::int64_t height, Rng &rng) {
     Picture picture{width, height, std::vector<char>(static_cast<std::size_t>(width * height))};
     if (shape == Shape::spiral) {
         windSpiral(picture);
         return picture;
     }
-    for (std::int64_t y = 0; y < height; ++y) {
-        for (std::int64_t x = 0; x < width; ++x) {
-            const std::int64_t percent = uniform(rng, 0, 99);
-            bool set = true;
-            switch (shape) {
-            case Shape::comb:
-                set = y == 0 || x % 2 == 0;
-                break;
-            case Shape::combBelow:
-                set = y == height - 1 || x % 2 == 0;
-                break;
-            case Shape::rake:
-                set = x == width - 1 || y % 2 == 0;
-                break;
-            case Shape::serpentine:
-                set = y % 2 == 0 || x == (y % 4 == 1 ? width - 1 : 0);
-                break;
-            case Shape::columns:
-                set = x % 2 == 0 || y == (x % 4 == 1 ? height - 1 : 0);
-                break;
-            case Shape::checkerboard:
-                set = (x + y) % 2 == 0;
-                break;
-            case Shape::diagonals:
-                set = (x + 3 * y) % 4 == 0;
-                break;
-            case Shape::antidiagonals:
-                set = (x + y) % 3 == 0;
-                break;
-            case Shape::dots:
-                set = x % 2 == 0 && y % 2 == 0;
-                break;
-            case Shape::sparse:
-                set = percent < 10;
-                break;
-            case Shape::half:
-                set = percent < 50;
-                break;
-            case Shape::dense:
-                set = percent < 60;
-                break;
-            case Shape::crowded:
-                set = percent < 90;
-                break;
-            default:
-                break;
-            }
-            picture.set[static_cast<std::size_t>(y * width + x)] = set ? 1 : 0;
-        }
+    for (std::int64_t i = 0; i < width * height; ++i) {
+        picture.set[static_cast<std::size_t>(i)] = isSet(shape, i % width, i / width, width, height, rng) ? 1 : 0;
     }
     return picture;
 }

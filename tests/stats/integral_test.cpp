@@ -142,26 +142,6 @@ TEST(Integral, LongBrightRows) {
     });
 }
 
-// The float sums of a long row round neither pixel by pixel nor once at the end: groups of eight pixels with an odd sum
-// round at each group's last pixel.
-TEST(Integral, FloatSumsRoundByGroupsOfEight) {
-    constexpr std::int64_t width = 70001;
-    Images<float, float> images(false, width, 1, 3);
-    float pixelByPixel = 0;
-    std::int32_t exact = 0;
-    for (std::int64_t x = 0; x < width; ++x) {
-        const std::uint8_t pixel = x % 8 == 3 ? 252 : 255;
-        images.src.set(x, 0, pixel);
-        pixelByPixel += static_cast<float>(pixel);
-        exact += pixel;
-    }
-    ASSERT_EQ(rvxiIntegral_8u32f_C1R(images.src.data(), images.src.step(), images.dst.data(), images.dst.step(),
-                                     images.src.roi(), 0.0f),
-              StatusOk);
-    EXPECT_NE(images.dst.at(width, 1), pixelByPixel);
-    EXPECT_NE(images.dst.at(width, 1), static_cast<float>(exact));
-}
-
 TEST(Integral, FloatPixelsAddFromTheLeft) {
     Rng rng = makeRng("float pixels");
     const auto run = [&](std::int64_t width, std::int64_t height, int salt) {
@@ -193,59 +173,6 @@ TEST(Integral, FloatPixelsAddFromTheLeft) {
     }
 }
 
-// Tilted sums are what they are named after: the pixels of a tilted rectangle, also where its corners' triangles reach
-// beyond the image.
-TEST(Integral, TiltedWindowsHoldTheirPixels) {
-    constexpr std::int64_t width = 13, height = 11;
-    Rng rng = makeRng("tilted windows");
-    Images<std::int32_t, std::int32_t> images(true, width, height, 3);
-    images.src.fill(rng, Contents::random);
-    ASSERT_EQ(rvxiTiltedIntegral_8u32s_C1R(images.src.data(), images.src.step(), images.dst.data(), images.dst.step(),
-                                           images.src.roi(), 99),
-              StatusOk);
-    // The triangle of element (x, y): two pixels in row y - 2, four in the row above, and so on.
-    const auto inTriangle = [](std::int64_t x, std::int64_t y, std::int64_t column, std::int64_t row) {
-        const std::int64_t up = y - 2 - row;
-        return static_cast<std::int32_t>(up >= 0 && column >= x - 1 - up && column <= x + up);
-    };
-    for (std::int64_t w = 1; w <= 4; ++w) {
-        for (std::int64_t h = 1; h <= 4; ++h) {
-            for (std::int64_t y = 1; y + w + h <= height + 1; ++y) {
-                for (std::int64_t x = h; x + w <= width; ++x) {
-                    std::int32_t want = 0, pixels = 0;
-                    for (std::int64_t row = 0; row < height; ++row) {
-                        for (std::int64_t column = 0; column < width; ++column) {
-                            const std::int32_t inside =
-                                inTriangle(x + w - h, y + w + h, column, row) - inTriangle(x - h, y + h, column, row) -
-                                inTriangle(x + w, y + w, column, row) + inTriangle(x, y, column, row);
-                            want += inside * images.src.at(column, row);
-                            pixels += inside;
-                        }
-                    }
-                    const auto at = [&](std::int64_t i, std::int64_t j) { return images.dst.at(i, j); };
-                    ASSERT_EQ(pixels, 2 * w * h) << x << ", " << y;
-                    ASSERT_EQ(at(x + w - h, y + w + h) - at(x - h, y + h) - at(x + w, y + w) + at(x, y), want);
-                }
-            }
-        }
-    }
-}
-
-TEST(Integral, ValueIsInEverySum) {
-    const std::uint8_t seven = 7, zeros[6] = {};
-    std::int32_t square[4];
-    ASSERT_EQ(rvxiIntegral_8u32s_C1R(&seven, 1, square, 8, {1, 1}, 0), StatusOk);
-    EXPECT_EQ(std::vector<std::int32_t>(square, square + 4), (std::vector<std::int32_t>{0, 0, 0, 7}));
-
-    double all[12];
-    std::int32_t sums[12];
-    ASSERT_EQ(rvxiSqrIntegral_8u32s64f_C1R(zeros, 3, sums, 16, all, 32, {3, 2}, 5, 0.3), StatusOk);
-    for (int i = 0; i < 12; ++i) {
-        EXPECT_EQ(sums[i], 5);
-        EXPECT_EQ(all[i], 0.3);
-    }
-}
-
 // The mixed float members take their float offset in double precision and round it.
 TEST(Integral, DoubleOffsetOfFloatSumsIsRounded) {
     const std::uint8_t pixel = 1;
@@ -263,20 +190,20 @@ TEST(Integral, FaultsInTheirOrder) {
     eachMember([]<class T, class Q>(const Member<T, Q> &member) {
         Images<T, Q> images(member.tilted, 9, 4, 3);
         using C = Call<T, Q>;
-        std::vector<Fault<C>> faults = {
-            {"src", StatusNullPointer, [](C &c) { c.src = nullptr; }},
-            {"dst", StatusNullPointer, [](C &c) { c.dst = nullptr; }},
-            {"width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
-            {"height", StatusBadSize, [](C &c) { c.roi.height = -1; }},
-            {"srcStep", StatusBadStep, [](C &c) { c.srcStep = 8; }},
-            {"dstStep", StatusBadStep, [](C &c) { c.dstStep = 36; }},
-            {"huge width", StatusBadStep, [](C &c) { c.roi.width = INT32_MAX; }},
-            {"dst multiple", StatusStepNotMultiple, [&](C &c) { c.dstStep = images.dst.step() + 2; }}};
+        constexpr std::int64_t size = sizeof(T), sqrSize = sizeof(Q);
+        const std::int64_t elements = 9 + images.margin;
+        Faults<C> faults;
+        faults.nulls(&C::src, &C::dst);
         if (member.squares) {
-            faults.insert(faults.begin(), {"sqr", StatusNullPointer, [](C &c) { c.sqr = nullptr; }});
-            faults.insert(faults.end() - 1, {"sqrStep", StatusBadStep, [](C &c) { c.sqrStep = 9 * sizeof(Q); }});
-            faults.push_back({"sqr multiple", StatusStepNotMultiple,
-                              [&](C &c) { c.sqrStep = images.sqr.step() + static_cast<std::int32_t>(sizeof(Q) / 2); }});
+            faults.nulls(&C::sqr);
+        }
+        faults.empty(&C::roi).shortSteps(9, &C::srcStep).shortSteps(elements * size, &C::dstStep);
+        if (member.squares) {
+            faults.shortSteps(elements * sqrSize, &C::sqrStep);
+        }
+        faults.values(StatusBadStep, &C::roi, {{INT32_MAX, 4}}).unevenSteps(elements * size, size, &C::dstStep);
+        if (member.squares) {
+            faults.unevenSteps(elements * sqrSize, sqrSize, &C::sqrStep);
         }
         expectFaultOrder<C>(images.call(1, 1), faults, member.call, [&] {
             auto bytes = images.dst.bytes();
@@ -296,16 +223,9 @@ TEST(Integral, FaultsOfFloatPixels) {
         RoiSize roi;
     };
     GuardedImage<float> src(5, 3), dst(6, 4);
-    const std::vector<Fault<C>> faults = {{"src", StatusNullPointer, [](C &c) { c.src = nullptr; }},
-                                          {"dst", StatusNullPointer, [](C &c) { c.dst = nullptr; }},
-                                          {"size", StatusBadSize,
-                                           [](C &c) {
-                                               c.roi = {5, 0};
-                                           }},
-                                          {"srcStep", StatusBadStep, [](C &c) { c.srcStep = 19; }},
-                                          {"dstStep", StatusBadStep, [](C &c) { c.dstStep = 20; }},
-                                          {"src multiple", StatusStepNotMultiple, [](C &c) { c.srcStep = 22; }},
-                                          {"dst multiple", StatusStepNotMultiple, [](C &c) { c.dstStep = 25; }}};
+    Faults<C> faults;
+    faults.nulls(&C::src, &C::dst).empty(&C::roi).shortSteps(20, &C::srcStep).shortSteps(24, &C::dstStep);
+    faults.unevenSteps(20, 4, &C::srcStep).unevenSteps(24, 4, &C::dstStep);
     expectFaultOrder<C>(
         {src.data(), src.step(), dst.data(), dst.step(), src.roi()}, faults,
         [](const C &c) { return rvxiIntegral_32f_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.roi); },

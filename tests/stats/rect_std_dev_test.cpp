@@ -230,69 +230,35 @@ TEST(RectStdDev, ScaleFactorsToTheExtremes) {
     });
 }
 
-// Exactly none where the reciprocal of the area is exact; else what its rounding leaves, never NaN.
-TEST(RectStdDev, EqualPixelsHaveNone) {
-    eachMember([]<class S, class Q, class D>(const Member<S, Q, D> &member) {
-        for (int pixel = 0; pixel < 256; pixel += 5) {
-            for (const Rect2i rect : {Rect2i{4, 1, 4, 4}, Rect2i{4, 0, 3 + pixel % 7, 5}}) {
-                Images<S, Q, D> images(member.tilted, 21, 2, rect, 0);
-                Source picture(images.sum.width() + 1, images.sum.height() + 1);
-                for (std::int64_t y = 0; y < picture.height(); ++y) {
-                    for (std::int64_t x = 0; x < picture.width(); ++x) {
-                        picture.set(x, y, static_cast<std::uint8_t>(pixel));
-                    }
-                }
-                images.integrate(member.tilted, picture);
-                ASSERT_EQ(member.call(images.call(rect, 0)), StatusOk);
-                const double most = rect.height == 4 ? 0 : 1e-5;
-                for (std::int64_t x = 0; x < images.dst.width(); ++x) {
-                    ASSERT_LE(static_cast<double>(images.dst.at(x, 1)), most) << member.name << " pixel " << pixel;
-                }
-            }
-        }
-    });
-}
-
 TEST(RectStdDev, FaultsInTheirOrder) {
     eachMember([]<class S, class Q, class D>(const Member<S, Q, D> &member) {
         const Rect2i rect{3, 2, 4, 4};
         Images<S, Q, D> images(member.tilted, 9, 4, rect, 3);
         using C = Call<S, Q, D>;
-        C good = images.call(rect, 0);
-        const auto half = static_cast<std::int32_t>(sizeof(Q) / 2);
-        std::vector<Fault<C>> faults = {
-            {"sum", StatusNullPointer, [](C &c) { c.sum = nullptr; }},
-            {"sqr", StatusNullPointer, [](C &c) { c.sqr = nullptr; }},
-            {"dst", StatusNullPointer, [](C &c) { c.dst = nullptr; }},
-            {"width", StatusBadSize, [](C &c) { c.roi.width = 0; }},
-            {"height", StatusBadSize, [](C &c) { c.roi.height = 0; }},
-            {"sumStep", StatusBadStep, [](C &c) { c.sumStep = 4; }},
-            {"sqrStep", StatusBadStep, [](C &c) { c.sqrStep = 8; }},
-            {"dstStep", StatusBadStep, [](C &c) { c.dstStep = 4 * c.roi.width - 4; }},
-            {"far window", StatusBadStep, [](C &c) { c.rect.width = INT32_MAX; }},
-            {"sum multiple", StatusStepNotMultiple, [&](C &c) { c.sumStep = good.sumStep + 2; }},
-            {"sqr multiple", StatusStepNotMultiple, [&](C &c) { c.sqrStep = good.sqrStep + half; }},
-            {"dst multiple", StatusStepNotMultiple, [&](C &c) { c.dstStep = good.dstStep + 1; }},
-            {"x", StatusBadSize, [](C &c) { c.rect.x = -1; }},
-            {"y", StatusBadSize, [](C &c) { c.rect.y = -1; }},
-            {"window width", StatusBadSize, [](C &c) { c.rect.width = 0; }},
-            {"window height", StatusBadSize, [](C &c) { c.rect.height = 0; }}};
+        const C good = images.call(rect, 0);
+        constexpr std::int64_t sumSize = sizeof(S), sqrSize = sizeof(Q);
+        const std::int64_t elements = good.roi.width + rect.x + rect.width;
+        Faults<C> faults;
+        faults.nulls(&C::sum, &C::sqr, &C::dst).empty(&C::roi);
+        faults.values(StatusBadStep, &C::sumStep, {4}).values(StatusBadStep, &C::sqrStep, {8});
+        faults.shortSteps(good.roi.width * std::int64_t{sizeof(D)}, &C::dstStep);
+        faults.values(StatusBadStep, &C::rect, {{3, 2, INT32_MAX, 4}});
+        faults.unevenSteps(good.sumStep, sumSize, &C::sumStep).unevenSteps(good.sqrStep, sqrSize, &C::sqrStep);
+        faults.unevenSteps(good.dstStep, sizeof(D), &C::dstStep);
+        faults.values(StatusBadSize, &C::rect, {{-1, 2, 4, 4}, {3, -1, 4, 4}, {3, 2, 0, 4}, {3, 2, 4, 0}});
         if (member.tilted) {
-            faults.push_back({"left corner", StatusBadSize, [](C &c) { c.rect.x = c.rect.height - 2; }});
+            faults.values(StatusBadSize, &C::rect, {{2, 2, 4, 4}}); // the left corner
         }
         expectFaultOrder<C>(good, faults, member.call, [&] { return images.dst.bytes(); });
-
-        // The steps' limits: just enough, and one element less.
-        const std::int32_t elements = good.roi.width + rect.x + rect.width;
-        good.sumStep = elements * static_cast<std::int32_t>(sizeof(S));
-        good.sqrStep = elements * static_cast<std::int32_t>(sizeof(Q));
-        EXPECT_EQ(member.call(good), StatusOk);
-        C tooSmall = good;
-        tooSmall.sumStep -= 4;
-        EXPECT_EQ(member.call(tooSmall), StatusBadStep);
-        tooSmall = good;
-        tooSmall.sqrStep -= static_cast<std::int32_t>(sizeof(Q));
-        EXPECT_EQ(member.call(tooSmall), StatusBadStep);
+        C least = good;
+        least.sumStep = static_cast<std::int32_t>(elements * sumSize);
+        least.sqrStep = static_cast<std::int32_t>(elements * sqrSize);
+        EXPECT_EQ(member.call(least), StatusOk);
+        for (const auto step : {&C::sumStep, &C::sqrStep}) {
+            C tooSmall = least;
+            tooSmall.*step -= 8;
+            EXPECT_EQ(member.call(tooSmall), StatusBadStep);
+        }
     });
 }
 

@@ -6,9 +6,13 @@
 
 #include "rvxcv/types.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace support {
@@ -19,6 +23,43 @@ template <class Args> struct Fault {
     std::string name;
     StatusCode status;
     std::function<void(Args &)> apply;
+};
+
+// A list of faults in the order of the checks, put together from what calls have in common. Arguments are given as
+// pointers to members; a fault's name is its kind and its number in the list.
+template <class Args> class Faults : public std::vector<Fault<Args>> {
+public:
+    Faults &add(const std::string &name, StatusCode status, std::function<void(Args &)> apply) {
+        this->push_back({name + " (" + std::to_string(this->size()) + ")", status, std::move(apply)});
+        return *this;
+    }
+    template <class... Pointer> Faults &nulls(Pointer Args::*...pointer) {
+        (add("null", StatusNullPointer, [=](Args &a) { a.*pointer = nullptr; }), ...);
+        return *this;
+    }
+    Faults &empty(RoiSize Args::*roi) {
+        add("no width", StatusBadSize, [=](Args &a) { (a.*roi).width = 0; });
+        return add("negative height", StatusBadSize, [=](Args &a) { (a.*roi).height = -1; });
+    }
+    // One byte short of a row.
+    template <class... Step> Faults &shortSteps(std::int64_t rowBytes, Step Args::*...step) {
+        (values(StatusBadStep, step, {static_cast<Step>(rowBytes - 1)}), ...);
+        return *this;
+    }
+    // Long enough, but for one byte or half an element too long; none with elements of a byte.
+    template <class... Step> Faults &unevenSteps(std::int64_t rowBytes, std::size_t elementSize, Step Args::*...step) {
+        for (std::size_t more = 1; more < elementSize; more *= std::max<std::size_t>(elementSize / 2, 2)) {
+            (values(StatusStepNotMultiple, step, {static_cast<Step>(rowBytes + static_cast<std::int64_t>(more))}), ...);
+        }
+        return *this;
+    }
+    template <class Value>
+    Faults &values(StatusCode status, Value Args::*argument, std::initializer_list<std::type_identity_t<Value>> all) {
+        for (const Value &value : all) {
+            add("value", status, [=](Args &a) { a.*argument = value; });
+        }
+        return *this;
+    }
 };
 
 // `call` runs the function on the arguments, `outputs` returns the bytes of everything that it could write.
