@@ -64,51 +64,53 @@ struct ScharrHoriz {
     using Floats3 = Staged<kerScharr_3_32f, kerDx_3_32f>;
 };
 
+inline constexpr FixedKernel16s<3> twiceBoth{{2, 0, 2}}, lessEight{{0, -8, 0}};
+
 //   2  0  2
 //   0 -8  0   =  2 * (corners) - 8 * (centre)
 //   2  0  2
-struct LaplacianSums3 {
+struct LaplacianSums3 : ByteFilter {
     static constexpr int taps = 3, planes = 2;
 
-    template <class V, class Tap> static RVX_INLINE void vertical(const Tap &tap, V (&sums)[planes]) {
-        sums[0] = detail::times<2>(exactSum<kerLap_3_16s>(tap));
-        sums[1] = detail::times<8>(tap(1));
+    static RVX_INLINE void along(const std::uint8_t *row, I16x16 (&sums)[planes][parts]) {
+        sumAlong<twiceBoth>(row, sums[0]);
+        sumAlong<lessEight>(row, sums[1]);
     }
-    template <class Tap> static RVX_INLINE I16x16 horizontal(const Tap &tap) {
-        return sub(exactSum<kerLap_3_16s>([&](int i) { return tap(0, i); }), tap(1, 1));
-    }
+    template <class At> static RVX_INLINE I16x16 down(const At &at) { return add(add(at(0, 0), at(0, 2)), at(1, 1)); }
 };
 
-//   2  4   4  4  2      With s = column sums by 1 4 6 4 1, d = column sums by 1 0 -2 0 1 and e = s + d, the result is
+inline constexpr FixedKernel16s<5> smoothPlusSecond{{2, 4, 4, 4, 2}}, secondTimes4{{4, 0, -8, 0, 4}};
+
+//   2  4   4  4  2      With s = row sums by 1 4 6 4 1, d = row sums by 1 0 -2 0 1 and e = s + d, the result is
 //   4  0  -8  0  4          s[-2] - 2 s[0] + s[2]  +  d[-2] + 4 d[-1] + 6 d[0] + 4 d[1] + d[2]
 //   4 -8 -24 -8  4      =   e[-2] - 2 e[0] + e[2]  +  4 (d[-1] + 2 d[0] + d[1])
-//   4  0  -8  0  4      in which the second line needs one column less of d.
+//   4  0  -8  0  4      in which the second line needs one row less of d.
 //   2  4   4  4  2
-struct LaplacianSums5 {
+struct LaplacianSums5 : ByteFilter {
     static constexpr int taps = 5, planes = 2;
 
-    template <class V, class Tap> static RVX_INLINE void vertical(const Tap &tap, V (&sums)[planes]) {
-        const V d = exactSum<kerD2x_5_16s>(tap);
-        sums[0] = detail::plus(exactSum<kerSobel_5_16s>(tap), d);
-        sums[1] = detail::times<4>(d);
+    static RVX_INLINE void along(const std::uint8_t *row, I16x16 (&sums)[planes][parts]) {
+        sumAlong<smoothPlusSecond>(row, sums[0]);
+        sumAlong<secondTimes4>(row, sums[1]);
     }
-    template <class Tap> static RVX_INLINE I16x16 horizontal(const Tap &tap) {
-        return add(exactSum<kerD2x_5_16s>([&](int i) { return tap(0, i); }),
-                   exactSum<kerSobel_3_16s>([&](int i) { return tap(1, i + 1); }));
+    template <class At> static RVX_INLINE I16x16 down(const At &at) {
+        return add(exactSum<kerD2x_5_16s>([&](int i) { return at(0, i); }),
+                   exactSum<kerSobel_3_16s>([&](int i) { return at(1, i + 1); }));
     }
 };
 
-// Both second derivatives, each rounded by its own stages, then added.
-template <const auto &smooth, const auto &second> struct LaplacianFloats {
+// Both second derivatives, each rounded by its own stages, then added. The strip's width leaves its sums in registers.
+template <const auto &smooth, const auto &second> struct LaplacianFloats : FloatFilter<smooth.taps == 3 ? 2 : 1> {
+    using Base = FloatFilter<smooth.taps == 3 ? 2 : 1>;
     static constexpr int taps = smooth.taps, planes = 2;
 
-    static RVX_INLINE void rows(const float *source, const ColumnMargins<smooth.reach> &margins, float borderValue,
-                                std::int64_t start, std::int64_t count, float *const (&out)[planes]) {
-        rowStage<second, smooth>(source, margins, borderValue, start, count, out);
+    static RVX_INLINE void along(const float *row, F32x8 (&sums)[planes][Base::parts]) {
+        Base::template sumAlong<second>(row, sums[0]);
+        Base::template sumAlong<smooth>(row, sums[1]);
     }
-    template <class Span>
-    static RVX_INLINE F32x8 column(const float *const (&sums)[planes][taps], std::ptrdiff_t x, Span span) {
-        return add(columnSum<smooth>(sums[0], x, span), columnSum<second>(sums[1], x, span));
+    template <class At> static RVX_INLINE F32x8 down(const At &at) {
+        return add(chainedSum<smooth>([&](int i) { return at(0, i); }),
+                   chainedSum<second>([&](int i) { return at(1, i); }));
     }
 };
 
@@ -130,8 +132,7 @@ template <class Filter> StatusCode derive(const Call8u8s &call, MaskCode mask, s
     if (checks.failed()) {
         return checks.status();
     }
-    const StoreDivided8s sink(divisor);
-    filterByMask<Filter>(call, mask, [&](std::int8_t *row) { return sink.at(row); });
+    filterByMask<Filter>(call, mask, StoreDivided8s(divisor));
     return StatusOk;
 }
 
@@ -140,7 +141,7 @@ template <class Filter> StatusCode derive(const Call8u16s &call, MaskCode mask) 
     if (checks.failed()) {
         return checks.status();
     }
-    filterByMask<Filter>(call, mask, [](std::int16_t *row) { return Store16s{row}; });
+    filterByMask<Filter>(call, mask, Store16s{});
     return StatusOk;
 }
 

@@ -1,8 +1,9 @@
-// Whole images through the fixed filters: the argument checks, the loops over rows, and what becomes of an integer sum.
+// Whole images through the fixed filters: the argument checks, the filters as column strips take them, and what becomes
+// of their sums.
 #pragma once
 
+#include "filter/column_strips.h"
 #include "filter/fixed_filter_sizes.h"
-#include "filter/gradient_rows.h"
 #include "kernel/checks.h"
 #include "kernel/scratch.h"
 
@@ -43,20 +44,22 @@ template <class T, class D> struct FilterCall {
 
 // ---------------------------------------------------------------------------------------- what becomes of a sum
 
-struct Store16s {
-    static constexpr Tail tail = Tail::overlap;
-    static constexpr bool rereads = false;
-    std::int16_t *dst;
+// Sums of bytes come as two vectors: those of the strip's even columns and those of the odd ones.
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
-        store(dst + x, sum, span);
+struct Store16s {
+    using Element = std::int16_t;
+    static constexpr bool truncatesLast = false;
+
+    RVX_INLINE void store(std::int16_t *dst, const I16x16 (&sums)[2]) const {
+        const I16x16 low = pairsInLaneLow(sums[0], sums[1]), high = pairsInLaneHigh(sums[0], sums[1]);
+        rvxcv::store(dst, lowThenLow(low, high));
+        rvxcv::store(dst + 16, highThenHigh(low, high));
     }
 };
 
 // sum * (1 / divisor) in single precision, saturated. Whole blocks of 16 pixels are rounded to nearest even, the width
-// modulo 16 at a row's end is truncated: the pipeline's rule, and the reason why this tail must not overlap. Sums of
-// these filters are below 2^14 and quotients no larger, so that saturating behind the conversion (16 bits hold every
-// quotient) is the same as clamping before it.
+// modulo 16 at a row's end is truncated: the pipeline's rule. Sums of these filters are below 2^14 and quotients no
+// larger, so that saturating behind the conversion (16 bits hold every quotient) is the same as clamping before it.
 //
 // Where the two roundings of that product cannot show, integers do the same faster. A quotient that is no tie lies at
 // least 1 / (2 * divisor) from the middle between two integers and the roundings move it by less, so it goes to the
@@ -64,8 +67,8 @@ struct Store16s {
 // even divisors go where the roundings take them.)
 class StoreDivided8s {
 public:
-    static constexpr Tail tail = Tail::partial;
-    static constexpr bool rereads = false;
+    using Element = std::int8_t;
+    static constexpr bool truncatesLast = true;
 
     explicit StoreDivided8s(std::int32_t divisor) : reciprocal_(1.0f / static_cast<float>(divisor)) {
         if (divisor < 1 || divisor >= limit) {
@@ -85,50 +88,60 @@ public:
         }
     }
 
-    StoreDivided8s at(std::int8_t *row) const {
-        StoreDivided8s sink = *this;
-        sink.dst_ = row;
-        return sink;
-    }
-
-    RVX_INLINE void operator()(std::ptrdiff_t x, Full span, I16x16 sum) const {
+    RVX_INLINE void store(std::int8_t *dst, const I16x16 (&sums)[2]) const {
         switch (method_) {
         case Method::none:
-            storeSaturated(dst_ + x, sum, span);
+            storeBytes(dst, sums[0], sums[1]);
             break;
-        case Method::shift: {
-            const I16x16 odd = bitAnd(shiftRight(sum, bits_), splat(std::int16_t{1}));
-            storeSaturated(dst_ + x, shiftRight(add(add(sum, splat(half_)), odd), bits_), span);
+        case Method::shift:
+            storeBytes(dst, shifted(sums[0]), shifted(sums[1]));
             break;
-        }
-        case Method::multiply: {
-            const I16x16 n = add(abs(sum), splat(half_));
-            const U16x16 product = mulHigh(U16x16{{add(n, n).v}}, splat(factor_));
-            storeSaturated(dst_ + x, mulSign(I16x16{{shiftRight(product, bits_).v}}, sum), span);
+        case Method::multiply:
+            storeBytes(dst, multiplied(sums[0]), multiplied(sums[1]));
             break;
-        }
         case Method::floats:
-            storeProduct(x, span, sum, [](F32x8 a) { return roundToEven(a); });
+            storeProducts(dst, sums, [](F32x8 a) { return roundToEven(a); });
+            break;
+        case Method::truncatedFloats:
+            storeProducts(dst, sums, [](F32x8 a) { return truncate(a); });
             break;
         }
     }
-    RVX_INLINE void operator()(std::ptrdiff_t x, Part span, I16x16 sum) const {
-        storeProduct(x, span, sum, [](F32x8 a) { return truncate(a); });
+    StoreDivided8s last() const {
+        StoreDivided8s result = *this;
+        result.method_ = Method::truncatedFloats;
+        return result;
     }
 
 private:
-    enum class Method : std::uint8_t { floats, none, shift, multiply };
+    enum class Method : std::uint8_t { floats, truncatedFloats, none, shift, multiply };
     static constexpr std::int32_t limit = 1 << 14; // keeps sum + divisor / 2 below 2^15
 
-    template <class Span, class Convert>
-    RVX_INLINE void storeProduct(std::ptrdiff_t x, Span span, I16x16 sum, const Convert &convert) const {
-        const F32x8 factor = splat(reciprocal_);
-        const I32x8 even = convert(mul(toF32(widenEven(sum)), factor)),
-                    odd = convert(mul(toF32(widenOdd(sum)), factor));
-        storeSaturated(dst_ + x, interleaveLowHalves(even, odd), span);
+    RVX_INLINE I16x16 shifted(I16x16 sum) const {
+        const I16x16 odd = bitAnd(shiftRight(sum, bits_), splat(std::int16_t{1}));
+        return shiftRight(add(add(sum, splat(half_)), odd), bits_);
+    }
+    RVX_INLINE I16x16 multiplied(I16x16 sum) const {
+        const I16x16 n = add(abs(sum), splat(half_));
+        const U16x16 product = mulHigh(U16x16{{add(n, n).v}}, splat(factor_));
+        return mulSign(I16x16{{shiftRight(product, bits_).v}}, sum);
+    }
+    template <class Convert>
+    RVX_INLINE void storeProducts(std::int8_t *dst, const I16x16 (&sums)[2], const Convert &convert) const {
+        I16x16 quotients[2];
+        for (int i = 0; i < 2; ++i) {
+            const F32x8 factor = splat(reciprocal_);
+            const I32x8 even = convert(mul(toF32(widenEven(sums[i])), factor)),
+                        odd = convert(mul(toF32(widenOdd(sums[i])), factor));
+            quotients[i] = interleaveLowHalves(even, odd);
+        }
+        storeBytes(dst, quotients[0], quotients[1]);
+    }
+    static RVX_INLINE void storeBytes(std::int8_t *dst, I16x16 even, I16x16 odd) {
+        const I8x32 bytes = narrowSignedInLane(even, odd);
+        rvxcv::store(dst, reorderedInHalves<0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15>(bytes));
     }
 
-    std::int8_t *dst_ = nullptr;
     float reciprocal_;
     Method method_ = Method::floats;
     int bits_ = 0;
@@ -165,126 +178,123 @@ template <int area> constexpr bool meansAreExact() {
 static_assert(meansAreExact<9>() && meansAreExact<25>());
 
 template <int area> struct StoreMean8u {
-    static constexpr Tail tail = Tail::overlap;
-    static constexpr bool rereads = false;
-    std::uint8_t *dst;
+    using Element = std::uint8_t;
+    static constexpr bool truncatesLast = false;
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, I16x16 sum) const {
-        storeSaturated(dst + x, RoundedMean<area>::of(sum), span);
+    RVX_INLINE void store(std::uint8_t *dst, const I16x16 (&sums)[2]) const {
+        const I16x16 even = RoundedMean<area>::of(sums[0]), odd = RoundedMean<area>::of(sums[1]);
+        rvxcv::store(dst, U8x32{{bitOr(even, shiftLeft<8>(odd)).v}}); // means are bytes
+    }
+};
+
+template <int parts> struct Store32f {
+    using Element = float;
+    static constexpr bool truncatesLast = false;
+
+    RVX_INLINE void store(float *dst, const F32x8 (&sums)[parts]) const {
+        for (int i = 0; i < parts; ++i) {
+            rvxcv::store(dst + 8 * i, sums[i]);
+        }
+    }
+};
+
+// ------------------------------------------------------------------------------------------------- the filters
+
+// Integer filters of bytes: two vectors of sums, those of the even columns of a strip and those of the odd ones.
+struct ByteFilter {
+    using Pixel = std::uint8_t;
+    using Vector = I16x16;
+    static constexpr int parts = 2, columns = 32;
+};
+
+// kernel[first] and the coefficient behind it for two neighbouring bytes; those outside the kernel are zero.
+template <const auto &kernel, int first> RVX_INLINE I16x16 plusBytePair(I16x16 sum, U8x32 bytes) {
+    constexpr int even = first >= 0 ? kernel[first] : 0, odd = first + 1 < kernel.taps ? kernel[first + 1] : 0;
+    if constexpr (even == 0 && odd == 0) {
+        return sum;
+    } else {
+        return add(sum, mulAddPairs(bytes, splatBytePair<I8x32>(even, odd)));
+    }
+}
+
+// Sums along a row of bytes: neighbouring bytes are multiplied and added at once. From byte 2 * j - reach on, the pairs
+// lie under the taps 2 * j and 2 * j + 1 of an even column and under the taps 2 * j - 1 and 2 * j of the odd one.
+template <const auto &kernel> RVX_INLINE void sumAlong(const std::uint8_t *row, I16x16 (&sums)[2]) {
+    [&]<int... j>(std::integer_sequence<int, j...>) {
+        const U8x32 bytes[] = {load<U8x32>(row + 2 * j - kernel.reach)...};
+        I16x16 even = splat(std::int16_t{0}), odd = even;
+        ((even = plusBytePair<kernel, 2 * j>(even, bytes[j])), ...);
+        ((odd = plusBytePair<kernel, 2 * j - 1>(odd, bytes[j])), ...);
+        sums[0] = even;
+        sums[1] = odd;
+    }
+    (std::make_integer_sequence<int, kernel.reach + 1>{});
+}
+
+// One separable filter.
+template <const auto &row, const auto &column> struct Separable : ByteFilter {
+    static constexpr int taps = row.taps, planes = 1;
+
+    static RVX_INLINE void along(const std::uint8_t *source, I16x16 (&sums)[planes][parts]) {
+        sumAlong<row>(source, sums[0]);
+    }
+    template <class At> static RVX_INLINE I16x16 down(const At &at) {
+        return exactSum<column>([&](int i) { return at(0, i); });
+    }
+};
+
+// Float filters: a row stage of one kernel or two, then a column stage.
+template <int vectors> struct FloatFilter {
+    using Pixel = float;
+    using Vector = F32x8;
+    static constexpr int parts = vectors, columns = 8 * vectors;
+
+    template <const auto &kernel> static RVX_INLINE void sumAlong(const float *row, F32x8 (&sums)[parts]) {
+        for (int part = 0; part < parts; ++part) {
+            sums[part] = chainedSum<kernel>([&](int i) { return load<F32x8>(row + 8 * part + i - kernel.reach); });
+        }
+    }
+};
+
+template <const auto &row, const auto &column, class Finish = Unscaled> struct Staged : FloatFilter<2> {
+    static constexpr int taps = row.taps, planes = 1;
+
+    static RVX_INLINE void along(const float *source, F32x8 (&sums)[planes][parts]) { sumAlong<row>(source, sums[0]); }
+    template <class At> static RVX_INLINE F32x8 down(const At &at) {
+        return Finish{}(chainedSum<column>([&](int i) { return at(0, i); }));
     }
 };
 
 // ----------------------------------------------------------------------------------------------- whole images
 
-// An integer filter of an 8u image; `makeSink(row)` says what becomes of a destination row's sums.
-template <class Filter, class D, class MakeSink>
-void filterImage(const FilterCall<std::uint8_t, D> &call, const MakeSink &makeSink) {
+template <class Filter, class T, class D, class Sink> void filterImage(const FilterCall<T, D> &call, const Sink &sink) {
     constexpr int reach = Filter::taps / 2;
+    using Rows = BorderedRows<T, reach>;
     const Border border(call.border);
-    const ColumnMargins<reach> margins(border, call.roi.width);
-    const BorderedRows<std::uint8_t, reach> source({call.src, call.srcStep}, call.roi, border, call.borderValue,
-                                                   call.buffer);
-    const Plane dst{call.dst, call.dstStep};
-    for (std::int64_t y = 0; y < call.roi.height; ++y) {
-        const std::uint8_t *rows[Filter::taps];
-        source.around(y, rows);
-        filterRow<Filter>(rows, margins, call.borderValue, makeSink(dst.row(y)));
-    }
-}
-
-// A float filter is a row stage of one or more kernels and a sum over the columns of their results:
-//
-//     static constexpr int taps, planes;
-//     static void rows(row, margins, borderValue, start, count, out);              planes results of one row
-//     static F32x8 column(const float *const (&rows)[planes][taps], x, span);
-
-template <const auto &rowKernel, const auto &columnKernel, class Finish = Unscaled> struct Staged {
-    static constexpr int taps = rowKernel.taps, planes = 1;
-
-    static RVX_INLINE void rows(const float *source, const ColumnMargins<rowKernel.reach> &margins, float borderValue,
-                                std::int64_t start, std::int64_t count, float *const (&out)[planes]) {
-        rowStage<rowKernel>(source, margins, borderValue, start, count, out);
-    }
-    template <class Span>
-    static RVX_INLINE F32x8 column(const float *const (&sums)[planes][taps], std::ptrdiff_t x, Span span) {
-        return Finish{}(columnSum<columnKernel>(sums[0], x, span));
-    }
-};
-
-template <class Filter> struct StagedColumns {
-    static constexpr bool rereads = false;
-    const float *rows[Filter::planes][Filter::taps];
-    float *dst;
-
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-        store(dst + x, Filter::column(rows, x, span), span);
-    }
-};
-
-// A float filter of an image: row stages into a ring of `taps` rows, columns over the ring. A row goes through both
-// stages in chunks, so that the newest results are still in the first-level cache; narrow strips over the whole height
-// would keep the entire ring there, but read the images in pieces that the processor cannot prefetch, and are slower.
-template <class Filter> void filterImage(const FilterCall<float, float> &call) {
-    constexpr int taps = Filter::taps, reach = taps / 2, planes = Filter::planes;
-    constexpr std::int64_t chunkColumns = 512;
-    const std::int64_t width = call.roi.width;
-    const Border border(call.border);
-    const ColumnMargins<reach> margins(border, width);
-
-    Scratch scratch(call.buffer, intermediateRows<float>(width, taps) * planes);
-    // Rows of the ring are an odd number of vectors apart, so that they do not fall on the same cache sets.
-    const std::int64_t pitch = roundUp(width, 16) + 8;
-    auto *const ring = scratch.take<float>(planes * taps * pitch, 32);
-    auto *const constantRow = scratch.take<float>(BorderedRows<float, reach>::constantElements(width));
-    const BorderedRows<float, reach> source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
-    const Plane dst{call.dst, call.dstStep};
-
-    float *slots[planes][taps]; // the oldest row first
-    for (int i = 0; i < planes * taps; ++i) {
-        slots[i / taps][i % taps] = ring + i * pitch;
-    }
-    for (std::int64_t y = -reach; y < call.roi.height + reach; ++y) {
-        for (auto &plane : slots) {
-            std::rotate(plane, plane + 1, plane + taps);
-        }
-        const float *const row = source.row(y);
-        for (std::int64_t start = 0; start < width; start += chunkColumns) {
-            const std::int64_t count = std::min(width - start, chunkColumns);
-            float *newest[planes];
-            StagedColumns<Filter> columns;
-            for (int p = 0; p < planes; ++p) {
-                newest[p] = slots[p][taps - 1] + start;
-                for (int i = 0; i < taps; ++i) {
-                    columns.rows[p][i] = slots[p][i] + start;
-                }
-            }
-            Filter::rows(row, margins, call.borderValue, start, count, newest);
-            if (y >= reach) {
-                columns.dst = dst.row(y - reach) + start;
-                walkRow<8, Tail::overlap>(count, columns);
-            }
-        }
-    }
+    auto *const constantRow = Scratch(call.buffer, Rows::constantElements(call.roi.width) * sizeof(T))
+                                  .template take<T>(Rows::constantElements(call.roi.width), 1);
+    const Rows source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
+    ColumnStrips<Filter, Sink>(source, {call.dst, call.dstStep}, call.roi, border, call.borderValue, sink).run();
 }
 
 // The member of a filter for a mask. A filter without a 5x5 form is never asked for it.
-template <class Filter, class D, class MakeSink>
-void filterByMask(const FilterCall<std::uint8_t, D> &call, MaskCode mask, const MakeSink &makeSink) {
+template <class Filter, class D, class Sink>
+void filterByMask(const FilterCall<std::uint8_t, D> &call, MaskCode mask, const Sink &sink) {
     if constexpr (requires { typename Filter::Sums5; }) {
         if (mask == Mask5x5) {
-            return filterImage<typename Filter::Sums5>(call, makeSink);
+            return filterImage<typename Filter::Sums5>(call, sink);
         }
     }
-    filterImage<typename Filter::Sums3>(call, makeSink);
+    filterImage<typename Filter::Sums3>(call, sink);
 }
 
 template <class Filter> void filterByMask(const FilterCall<float, float> &call, MaskCode mask) {
     if constexpr (requires { typename Filter::Floats5; }) {
         if (mask == Mask5x5) {
-            return filterImage<typename Filter::Floats5>(call);
+            return filterImage<typename Filter::Floats5>(call, Store32f<Filter::Floats5::parts>{});
         }
     }
-    filterImage<typename Filter::Floats3>(call);
+    filterImage<typename Filter::Floats3>(call, Store32f<Filter::Floats3::parts>{});
 }
 
 } // namespace rvxcv

@@ -214,18 +214,6 @@ template <const auto &kernel, class Tap> RVX_INLINE auto chainedSum(const Tap &t
 //
 // `vertical` serves vectors and, beside a border, single ints.
 
-// One separable filter; the result is an I16x16.
-template <const auto &row, const auto &column> struct Separable {
-    static constexpr int taps = row.taps, planes = 1;
-
-    template <class V, class Tap> static RVX_INLINE void vertical(const Tap &tap, V (&sums)[planes]) {
-        sums[0] = exactSum<column>(tap);
-    }
-    template <class Tap> static RVX_INLINE I16x16 horizontal(const Tap &tap) {
-        return exactSum<row>([&](int i) { return tap(0, i); });
-    }
-};
-
 // Both first derivatives: dx = right minus left, dy = below minus above, each smoothed across.
 //
 //     3x3 Sobel, dx   -1  0  1      dy   -1 -2 -1         Scharr, dx    -3  0  3      dy   -3 -10 -3

@@ -29,9 +29,9 @@ StatusCode rvxiFilterLowpassBorder_8u_C1R(const uint8_t *src, int32_t srcStep, u
         return checks.status();
     }
     if (mask == Mask3x3) {
-        filterImage<Box::Sums3>(call, [](std::uint8_t *row) { return StoreMean8u<9>{row}; });
+        filterImage<Box::Sums3>(call, StoreMean8u<9>{});
     } else {
-        filterImage<Box::Sums5>(call, [](std::uint8_t *row) { return StoreMean8u<25>{row}; });
+        filterImage<Box::Sums5>(call, StoreMean8u<25>{});
     }
     return StatusOk;
 }

@@ -11,9 +11,9 @@ RVX_INLINE I16x16 splat(std::int16_t a) { return {{_mm256_set1_epi16(a)}}; }
 RVX_INLINE U16x16 splat(std::uint16_t a) { return {{_mm256_set1_epi16(static_cast<short>(a))}}; }
 RVX_INLINE U8x32 splat(std::uint8_t a) { return {{_mm256_set1_epi8(static_cast<char>(a))}}; }
 RVX_INLINE I8x32 splat(std::int8_t a) { return {{_mm256_set1_epi8(a)}}; }
-// Two neighbouring bytes in every 16-bit lane, both below 128: one operand of mulAddPairsSaturated.
+// Two neighbouring bytes in every 16-bit lane, -128..127: one operand of mulAddPairsSaturated.
 template <class V> RVX_INLINE V splatBytePair(int even, int odd) {
-    return {{_mm256_set1_epi16(static_cast<short>(odd << 8 | even))}};
+    return {{_mm256_set1_epi16(static_cast<short>(odd * 256 + (even & 0xff)))}};
 }
 // Two neighbouring 16-bit values in every 32-bit lane: one operand of mulAddPairs.
 RVX_INLINE I16x16 splatPair(std::int16_t even, std::int16_t odd) {

@@ -68,6 +68,7 @@ RVX_INLINE I16x16 widenInLaneHigh(U8x32 a) { return {{_mm256_unpackhi_epi8(a.v, 
 RVX_INLINE I32x8 widenInLaneLow(U16x16 a) { return {{_mm256_unpacklo_epi16(a.v, _mm256_setzero_si256())}}; }
 RVX_INLINE I32x8 widenInLaneHigh(U16x16 a) { return {{_mm256_unpackhi_epi16(a.v, _mm256_setzero_si256())}}; }
 RVX_INLINE U8x32 narrowUnsignedInLane(I16x16 low, I16x16 high) { return {{_mm256_packus_epi16(low.v, high.v)}}; }
+RVX_INLINE I8x32 narrowSignedInLane(I16x16 low, I16x16 high) { return {{_mm256_packs_epi16(low.v, high.v)}}; }
 RVX_INLINE U16x16 narrowUnsignedInLane(I32x8 low, I32x8 high) { return {{_mm256_packus_epi32(low.v, high.v)}}; }
 // The lanes 0, 2, 4 ... and the lanes 1, 3, 5 ...; interleaveLowHalves puts 32-bit results of such lanes back in order.
 RVX_INLINE I32x8 widenEven(I16x16 a) { return mulAddPairs(a, splatPair(1, 0)); }
