@@ -1,11 +1,10 @@
-// Whole images through the fixed filters: the argument checks, the filters as column strips take them, and what becomes
-// of their sums.
+// Whole images through the fixed filters: the argument checks, the filters as the ring of rows takes them, and what
+// becomes of their sums.
 #pragma once
 
-#include "filter/column_strips.h"
 #include "filter/fixed_filter_sizes.h"
+#include "filter/row_ring.h"
 #include "kernel/checks.h"
-#include "kernel/scratch.h"
 
 #include <bit>
 
@@ -271,10 +270,10 @@ template <class Filter, class T, class D, class Sink> void filterImage(const Fil
     constexpr int reach = Filter::taps / 2;
     using Rows = BorderedRows<T, reach>;
     const Border border(call.border);
-    auto *const constantRow = Scratch(call.buffer, Rows::constantElements(call.roi.width) * sizeof(T))
-                                  .template take<T>(Rows::constantElements(call.roi.width), 1);
+    Scratch scratch(call.buffer, intermediateRows<T>(call.roi.width, Filter::taps) * Filter::planes);
+    auto *const constantRow = scratch.take<T>(Rows::constantElements(call.roi.width), 1);
     const Rows source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
-    ColumnStrips<Filter, Sink>(source, {call.dst, call.dstStep}, call.roi, border, call.borderValue, sink).run();
+    RowRing<Filter, Sink>(source, {call.dst, call.dstStep}, call.roi, border, call.borderValue, scratch, sink).run();
 }
 
 // The member of a filter for a mask. A filter without a 5x5 form is never asked for it.
