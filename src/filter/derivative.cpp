@@ -132,7 +132,7 @@ template <class Filter> StatusCode derive(const Call8u8s &call, MaskCode mask, s
     if (checks.failed()) {
         return checks.status();
     }
-    filterByMask<Filter>(call, mask, StoreDivided8s(divisor));
+    filterByMask<Filter>(call, mask, StoreDivided8s{Division8s(divisor)});
     return StatusOk;
 }
 

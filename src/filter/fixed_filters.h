@@ -49,10 +49,12 @@ struct Store16s {
     using Element = std::int16_t;
     static constexpr bool truncatesLast = false;
 
-    RVX_INLINE void store(std::int16_t *dst, const I16x16 (&sums)[2]) const {
-        const I16x16 low = pairsInLaneLow(sums[0], sums[1]), high = pairsInLaneHigh(sums[0], sums[1]);
-        rvxcv::store(dst, lowThenLow(low, high));
-        rvxcv::store(dst + 16, highThenHigh(low, high));
+    template <int rows> RVX_INLINE void store(std::int16_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
+        for (int k = 0; k < rows; ++k) {
+            const I16x16 low = pairsInLaneLow(sums[k][0], sums[k][1]), high = pairsInLaneHigh(sums[k][0], sums[k][1]);
+            rvxcv::store(dst[k], lowThenLow(low, high));
+            rvxcv::store(dst[k] + 16, highThenHigh(low, high));
+        }
     }
 };
 
@@ -64,12 +66,11 @@ struct Store16s {
 // least 1 / (2 * divisor) from the middle between two integers and the roundings move it by less, so it goes to the
 // nearest integer either way; odd divisors have no ties, and with powers of two the product is exact. (Ties of other
 // even divisors go where the roundings take them.)
-class StoreDivided8s {
+class Division8s {
 public:
-    using Element = std::int8_t;
-    static constexpr bool truncatesLast = true;
+    enum class Method : std::uint8_t { floats, truncatedFloats, none, shift, multiply };
 
-    explicit StoreDivided8s(std::int32_t divisor) : reciprocal_(1.0f / static_cast<float>(divisor)) {
+    explicit Division8s(std::int32_t divisor) : reciprocal_(1.0f / static_cast<float>(divisor)) {
         if (divisor < 1 || divisor >= limit) {
             return;
         }
@@ -87,65 +88,70 @@ public:
         }
     }
 
-    RVX_INLINE void store(std::int8_t *dst, const I16x16 (&sums)[2]) const {
-        switch (method_) {
-        case Method::none:
-            storeBytes(dst, sums[0], sums[1]);
-            break;
-        case Method::shift:
-            storeBytes(dst, shifted(sums[0]), shifted(sums[1]));
-            break;
-        case Method::multiply:
-            storeBytes(dst, multiplied(sums[0]), multiplied(sums[1]));
-            break;
-        case Method::floats:
-            storeProducts(dst, sums, [](F32x8 a) { return roundToEven(a); });
-            break;
-        case Method::truncatedFloats:
-            storeProducts(dst, sums, [](F32x8 a) { return truncate(a); });
-            break;
+    Method method() const { return method_; }
+
+    template <Method method> RVX_INLINE I16x16 quotient(I16x16 sum) const {
+        if constexpr (method == Method::none) {
+            return sum;
+        } else if constexpr (method == Method::shift) {
+            const I16x16 odd = bitAnd(shiftRight(sum, bits_), splat(std::int16_t{1}));
+            return shiftRight(add(add(sum, splat(half_)), odd), bits_);
+        } else if constexpr (method == Method::multiply) {
+            const I16x16 n = add(abs(sum), splat(half_));
+            const U16x16 product = mulHigh(U16x16{{add(n, n).v}}, splat(factor_));
+            return mulSign(I16x16{{shiftRight(product, bits_).v}}, sum);
+        } else {
+            const auto convert = [](F32x8 a) { return method == Method::floats ? roundToEven(a) : truncate(a); };
+            const F32x8 factor = splat(reciprocal_);
+            return interleaveLowHalves(convert(mul(toF32(widenEven(sum)), factor)),
+                                       convert(mul(toF32(widenOdd(sum)), factor)));
         }
-    }
-    StoreDivided8s last() const {
-        StoreDivided8s result = *this;
-        result.method_ = Method::truncatedFloats;
-        return result;
     }
 
 private:
-    enum class Method : std::uint8_t { floats, truncatedFloats, none, shift, multiply };
     static constexpr std::int32_t limit = 1 << 14; // keeps sum + divisor / 2 below 2^15
-
-    RVX_INLINE I16x16 shifted(I16x16 sum) const {
-        const I16x16 odd = bitAnd(shiftRight(sum, bits_), splat(std::int16_t{1}));
-        return shiftRight(add(add(sum, splat(half_)), odd), bits_);
-    }
-    RVX_INLINE I16x16 multiplied(I16x16 sum) const {
-        const I16x16 n = add(abs(sum), splat(half_));
-        const U16x16 product = mulHigh(U16x16{{add(n, n).v}}, splat(factor_));
-        return mulSign(I16x16{{shiftRight(product, bits_).v}}, sum);
-    }
-    template <class Convert>
-    RVX_INLINE void storeProducts(std::int8_t *dst, const I16x16 (&sums)[2], const Convert &convert) const {
-        I16x16 quotients[2];
-        for (int i = 0; i < 2; ++i) {
-            const F32x8 factor = splat(reciprocal_);
-            const I32x8 even = convert(mul(toF32(widenEven(sums[i])), factor)),
-                        odd = convert(mul(toF32(widenOdd(sums[i])), factor));
-            quotients[i] = interleaveLowHalves(even, odd);
-        }
-        storeBytes(dst, quotients[0], quotients[1]);
-    }
-    static RVX_INLINE void storeBytes(std::int8_t *dst, I16x16 even, I16x16 odd) {
-        const I8x32 bytes = narrowSignedInLane(even, odd);
-        rvxcv::store(dst, reorderedInHalves<0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15>(bytes));
-    }
 
     float reciprocal_;
     Method method_ = Method::floats;
     int bits_ = 0;
     std::int16_t half_ = 0;
     std::uint16_t factor_ = 0;
+};
+
+template <Division8s::Method method> struct StoreQuotients8s {
+    Division8s division;
+
+    template <int rows> RVX_INLINE void store(std::int8_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
+        for (int k = 0; k < rows; ++k) {
+            const I8x32 bytes = narrowSignedInLane(division.template quotient<method>(sums[k][0]),
+                                                   division.template quotient<method>(sums[k][1]));
+            rvxcv::store(dst[k], reorderedInHalves<0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15>(bytes));
+        }
+    }
+};
+
+struct StoreDivided8s {
+    using Method = Division8s::Method;
+    using Element = std::int8_t;
+    static constexpr bool truncatesLast = true;
+    Division8s division;
+
+    // Calls function(sink) with a sink that knows its method when it is compiled: decided once, not for every block.
+    template <class Function> RVX_INLINE void withMethod(const Function &function) const {
+        switch (division.method()) {
+        case Method::none:
+            return function(StoreQuotients8s<Method::none>{division});
+        case Method::shift:
+            return function(StoreQuotients8s<Method::shift>{division});
+        case Method::multiply:
+            return function(StoreQuotients8s<Method::multiply>{division});
+        default:
+            return function(StoreQuotients8s<Method::floats>{division});
+        }
+    }
+    template <class Function> RVX_INLINE void withTruncation(const Function &function) const {
+        function(StoreQuotients8s<Method::truncatedFloats>{division});
+    }
 };
 
 // The nearest integer to sum / area by multiplication, exact for every sum of `area` bytes. Areas are odd: no ties.
@@ -180,9 +186,11 @@ template <int area> struct StoreMean8u {
     using Element = std::uint8_t;
     static constexpr bool truncatesLast = false;
 
-    RVX_INLINE void store(std::uint8_t *dst, const I16x16 (&sums)[2]) const {
-        const I16x16 even = RoundedMean<area>::of(sums[0]), odd = RoundedMean<area>::of(sums[1]);
-        rvxcv::store(dst, U8x32{{bitOr(even, shiftLeft<8>(odd)).v}}); // means are bytes
+    template <int rows> RVX_INLINE void store(std::uint8_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
+        for (int k = 0; k < rows; ++k) {
+            const I16x16 even = RoundedMean<area>::of(sums[k][0]), odd = RoundedMean<area>::of(sums[k][1]);
+            rvxcv::store(dst[k], U8x32{{bitOr(even, shiftLeft<8>(odd)).v}}); // means are bytes
+        }
     }
 };
 
@@ -190,9 +198,11 @@ template <int parts> struct Store32f {
     using Element = float;
     static constexpr bool truncatesLast = false;
 
-    RVX_INLINE void store(float *dst, const F32x8 (&sums)[parts]) const {
-        for (int i = 0; i < parts; ++i) {
-            rvxcv::store(dst + 8 * i, sums[i]);
+    template <int rows> RVX_INLINE void store(float *const (&dst)[rows], const F32x8 (&sums)[rows][parts]) const {
+        for (int k = 0; k < rows; ++k) {
+            for (int i = 0; i < parts; ++i) {
+                rvxcv::store(dst[k] + 8 * i, sums[k][i]);
+            }
         }
     }
 };

@@ -16,9 +16,11 @@
 // and a sink takes the results of a block:
 //
 //     using Element;
-//     void store(Element *dst, const V (&result)[parts]) const;
-//     static constexpr bool truncatesLast;                                 the last width % 16 pixels are for the
-//     Sink last() const;                                                   sink that this gives
+//     static constexpr bool truncatesLast;
+//     template <int rows> void store(Element *const (&dst)[rows], const V (&results)[rows][parts]) const;
+//
+// One that truncates a row's last width % 16 pixels has, in the place of store, `withMethod` and `withTruncation`,
+// which call a function with such a sink for the other pixels and for those.
 //
 // The blocks at both ends of the rows take their pixels from patches: copies with the pixels beside them, as the border
 // wants it. So do images narrower than a block.
@@ -69,7 +71,8 @@ public:
     }
 
 private:
-    static constexpr int rows = 2; // output rows at once: they share what they take from the ring
+    static constexpr int rows = 4; // output rows at once: they share what they take from the ring
+    static_assert(rows >= taps - 1);
     static constexpr int edgeCount = Sink::truncatesLast ? 3 : 2;
 
     // A block at an end of the rows, and where the pixels beside it come from.
@@ -153,14 +156,18 @@ private:
         innerBlocks(source, dst);
         for (int e = 0; e < edgeCount; ++e) {
             if (edges_[e].pixels > 0) {
-                edgeBlock(patches[e], e, dst, e == 2 ? lastSink() : sink_);
+                edgeBlock(patches[e], e, dst);
             }
         }
-        std::rotate(ring_, ring_ + rows, ring_ + taps - 1);
     }
 
     void innerBlocks(const Pixel *const (&source)[rows], Element *const (&dst)[rows]) const {
-        const Sink sink = sink_; // in registers, as the rest: stores may not be taken to change it
+        withSink(false, [&](const auto &sink) { innerBlocks(source, dst, sink); });
+    }
+
+    // The sink is a copy, as the rest, and so in registers: stores may not be taken to change it.
+    template <class AnySink>
+    void innerBlocks(const Pixel *const (&source)[rows], Element *const (&dst)[rows], const AnySink sink) const {
         Sums *ring[taps - 1];
         std::copy_n(ring_, taps - 1, ring);
         const std::int64_t nextRows = rows * dst_.step;
@@ -172,19 +179,24 @@ private:
                 to[k] = dst[k] + x;
                 prefetch(byteOffset(to[k], nextRows)); // a store waits for its line as long as a load does
             }
-            filterBlock(from, ring, index, to, sink);
+            V sums[rows][parts];
+            sumBlock(from, ring, index, sums);
+            sink.store(to, sums);
         });
     }
 
-    Sink lastSink() const {
-        if constexpr (Sink::truncatesLast) {
-            return sink_.last();
+    // Calls function(sink) with the sink of the blocks before the last one, or of that one.
+    template <class Function> RVX_INLINE void withSink(bool isLast, const Function &function) const {
+        if constexpr (!Sink::truncatesLast) {
+            function(sink_);
+        } else if (isLast) {
+            sink_.withTruncation(function);
         } else {
-            return sink_;
+            sink_.withMethod(function);
         }
     }
 
-    void edgeBlock(const Patch (&patches)[rows], int e, Element *const (&dst)[rows], const Sink &sink) const {
+    void edgeBlock(const Patch (&patches)[rows], int e, Element *const (&dst)[rows]) const {
         const Edge &edge = edges_[e];
         const bool isWhole = edge.pixels == columns;
         alignas(32) Element results[rows][columns];
@@ -194,30 +206,32 @@ private:
             from[k] = patches[k].row();
             to[k] = isWhole ? dst[k] + edge.x : results[k];
         }
-        filterBlock(from, ring_, e, to, sink);
+        V sums[rows][parts];
+        sumBlock(from, ring_, e, sums);
+        withSink(e == 2, [&](const auto &sink) { sink.store(to, sums); });
         for (int k = 0; k < rows && !isWhole; ++k) {
             std::memcpy(static_cast<void *>(dst[k] + edge.x), results[k],
                         static_cast<std::size_t>(edge.pixels) * sizeof(Element));
         }
     }
 
-    // One block. The oldest rows of the ring make room for the new ones.
-    static RVX_INLINE void filterBlock(const Pixel *const (&source)[rows], Sums *const (&ring)[taps - 1],
-                                       std::int64_t index, Element *const (&dst)[rows], const Sink &sink) {
+    // One block. The rows of the ring make room for the newest ones.
+    static RVX_INLINE void sumBlock(const Pixel *const (&source)[rows], Sums *const (&ring)[taps - 1],
+                                    std::int64_t index, V (&results)[rows][parts]) {
         Sums window[taps - 1 + rows];
         for (int i = 0; i < taps - 1; ++i) {
             window[i] = ring[i][index];
         }
         for (int k = 0; k < rows; ++k) {
             Filter::along(source[k], window[taps - 1 + k].v);
-            ring[k][index] = window[taps - 1 + k];
         }
         for (int k = 0; k < rows; ++k) {
-            V result[parts];
             for (int part = 0; part < parts; ++part) {
-                result[part] = Filter::down([&](int plane, int i) { return window[k + i].v[plane][part]; });
+                results[k][part] = Filter::down([&](int plane, int i) { return window[k + i].v[plane][part]; });
             }
-            sink.store(dst[k], result);
+        }
+        for (int i = 0; i < taps - 1; ++i) {
+            ring[i][index] = window[rows + i];
         }
     }
 
