@@ -5,7 +5,7 @@ namespace {
 
 // One row per member: all images of a size are tight and random.
 template <class T, class F> void addUpdate(bench::Registry &rows, const char *name, F function) {
-    rows.add(name, 8 + sizeof(T), [=](RoiSize roi) {
+    rows.add(name, bench::Traffic::update(sizeof(T), 4), [=](RoiSize roi) {
         auto src = bench::image<T>(roi);
         auto acc = bench::image<float>(roi);
         return [=] { function(src->data, src->step, acc->data, acc->step, roi); };
@@ -13,7 +13,7 @@ template <class T, class F> void addUpdate(bench::Registry &rows, const char *na
 }
 
 template <class T, class F> void addMasked(bench::Registry &rows, const char *name, F function) {
-    rows.add(name, 9 + sizeof(T), [=](RoiSize roi) {
+    rows.add(name, bench::Traffic::update(1 + sizeof(T), 4), [=](RoiSize roi) {
         auto src = bench::image<T>(roi);
         auto mask = bench::image<std::uint8_t>(roi, 1, 2);
         auto acc = bench::image<float>(roi);
@@ -23,12 +23,12 @@ template <class T, class F> void addMasked(bench::Registry &rows, const char *na
 
 template <class T, class F, class M>
 void addProduct(bench::Registry &rows, const char *name, F function, const char *maskedName, M masked) {
-    rows.add(name, 8 + 2 * sizeof(T), [=](RoiSize roi) {
+    rows.add(name, bench::Traffic::update(2 * sizeof(T), 4), [=](RoiSize roi) {
         auto a = bench::image<T>(roi), b = bench::image<T>(roi, 1, 3);
         auto acc = bench::image<float>(roi);
         return [=] { function(a->data, a->step, b->data, b->step, acc->data, acc->step, roi); };
     });
-    rows.add(maskedName, 9 + 2 * sizeof(T), [=](RoiSize roi) {
+    rows.add(maskedName, bench::Traffic::update(1 + 2 * sizeof(T), 4), [=](RoiSize roi) {
         auto a = bench::image<T>(roi), b = bench::image<T>(roi, 1, 3);
         auto mask = bench::image<std::uint8_t>(roi, 1, 2);
         auto acc = bench::image<float>(roi);
@@ -37,7 +37,7 @@ void addProduct(bench::Registry &rows, const char *name, F function, const char 
 }
 
 template <class T, class F> void addBinary(bench::Registry &rows, const char *name, F function, int channels = 1) {
-    rows.add(name, 3.0 * sizeof(T) * channels, [=](RoiSize roi) {
+    rows.add(name, {2.0 * sizeof(T) * channels, 1.0 * sizeof(T) * channels}, [=](RoiSize roi) {
         auto a = bench::image<T>(roi, channels), b = bench::image<T>(roi, channels, 2);
         auto dst = bench::image<T>(roi, channels);
         return [=] { function(a->data, a->step, b->data, b->step, dst->data, dst->step, roi); };

@@ -59,7 +59,7 @@ template <class T> bench::ImagePointer<T> derivative(RoiSize roi, bool vertical)
 }
 
 template <class T, class F> void addDerivatives(bench::Registry &rows, const char *name, F function) {
-    rows.add(name, 2 * sizeof(T) + 1, [=](RoiSize roi) {
+    rows.add(name, {2 * sizeof(T), 1}, [=](RoiSize roi) {
         auto dx = derivative<T>(roi, false), dy = derivative<T>(roi, true);
         auto dst = bench::image<std::uint8_t>(roi);
         std::int32_t bytes = 0;

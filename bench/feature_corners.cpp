@@ -15,7 +15,7 @@ void addMeasure(bench::Registry &rows, const char *name, Measure measure, Query 
                                     {"_sobel5_block5", MinEigenValSobel, 5, 5},
                                     {"_scharr_block3", MinEigenValScharr, 3, 3}};
     for (const Variant &v : variants) {
-        rows.add(std::string(name) + v.suffix, sizeof(T) + sizeof(float), [=](RoiSize roi) {
+        rows.add(std::string(name) + v.suffix, {sizeof(T), sizeof(float)}, [=](RoiSize roi) {
             auto src = bench::image<T>(roi);
             auto dst = bench::image<float>(roi);
             std::int32_t size = 0;
@@ -45,7 +45,7 @@ template <class T> bench::ImagePointer<T> response(RoiSize roi) {
 
 template <class T, class Find>
 void addPeaks(bench::Registry &rows, const char *name, Find find, std::int32_t neighbourhood, T threshold) {
-    rows.add(name, sizeof(T), [=](RoiSize roi) {
+    rows.add(name, {sizeof(T), 0}, [=](RoiSize roi) {
         auto src = response<T>(roi);
         auto peaks = bench::image<std::int32_t>({2 * roi.width, roi.height});
         std::int32_t size = 0;

@@ -4,7 +4,7 @@
 namespace {
 
 template <class T, class F> void addReduction(bench::Registry &rows, const char *name, F function, NormKind norm) {
-    rows.add(name, 4 * sizeof(T), [=](RoiSize roi) {
+    rows.add(name, {3 * sizeof(T), sizeof(T)}, [=](RoiSize roi) {
         auto src = bench::image<T>(roi, 3);
         auto dst = bench::image<T>(roi);
         return [=] { function(src->data, src->step, dst->data, dst->step, roi, norm); };

@@ -6,7 +6,7 @@ namespace {
 // Working functions with and without a mask, of 8s, 16s and 32f results.
 template <class T, class D, class F, class Q>
 void addFilter(bench::Registry &rows, const char *name, F function, Q query, MaskCode mask) {
-    rows.add(name, sizeof(T) + sizeof(D), [=](RoiSize roi) {
+    rows.add(name, {sizeof(T), sizeof(D)}, [=](RoiSize roi) {
         auto src = bench::image<T>(roi);
         auto dst = bench::image<D>(roi);
         std::int32_t bytes = 0;

@@ -100,9 +100,9 @@ template <class S, class M, class D, class K>
 void add(bench::Registry &rows, const std::string &name, const Stages<S, M, D, K> &stages, std::vector<int> tapCounts) {
     for (const int taps : tapCounts) {
         const std::string suffix = "Pipeline_" + name + "/taps:" + std::to_string(taps);
-        const double bytes = (sizeof(S) + sizeof(D)) * stages.channels;
+        const bench::Traffic traffic(1.0 * sizeof(S) * stages.channels, 1.0 * sizeof(D) * stages.channels);
         const auto addRow = [&](const char *stage, bool row, bool column) {
-            rows.add(stage + suffix, bytes, [=](RoiSize roi) {
+            rows.add(stage + suffix, traffic, [=](RoiSize roi) {
                 auto blur = std::make_shared<Blur<S, M, D, K>>(stages, roi, taps);
                 return [=] { blur->run(row, column); };
             });

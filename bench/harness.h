@@ -8,8 +8,10 @@
 //     });
 //
 // Every row runs at all sizes (and at those of its own, where it names some) and reports, as medians of one run in
-// which batches of the operation and of the copy alternate: ns/px, GB/s (of the bytes per pixel that the row moves at
-// least) and `copies`, the ratio to the time of a memcpy of a 32f image of the same size.
+// which batches of the operation, of the copy and of the limit alternate: ns/px, GB/s (of the bytes per pixel that the
+// row moves at least), `copies`, the ratio to the time of a memcpy of a 32f image of the same size, `limit`, the ratio
+// to a plain 256-bit stream that reads and writes as many bytes, and `goal`, the ratio to what goals.cpp asks for
+// (above 1: missed; 0: nothing is asked).
 #pragma once
 
 #include "rvxcv.h"
@@ -29,18 +31,33 @@ namespace bench {
 // Makes a row's operation for a size; inputs are captured by the returned function.
 using MakeOperation = std::function<std::function<void()>(RoiSize)>;
 
+// The bytes per pixel that a row moves at least, each counted once: those read from its sources, those written to its
+// destinations, and those of an image that is read and written in place.
+struct Traffic {
+    double read, written, updated = 0;
+
+    // As many bytes read as written.
+    Traffic(double bytes) : read(bytes / 2), written(bytes / 2) {}
+    Traffic(double fromSources, double toDestinations) : read(fromSources), written(toDestinations) {}
+    static Traffic update(double fromSources, double inPlace) {
+        Traffic result(fromSources, 0);
+        result.updated = inPlace;
+        return result;
+    }
+    double bytes() const { return read + written + 2 * updated; }
+};
+
 class Registry {
 public:
     struct Row {
         std::string name;
-        double bytesPerPixel;
+        Traffic traffic;
         MakeOperation make;
         std::vector<RoiSize> moreSizes;
     };
 
-    // bytesPerPixel: read plus written, each byte counted once.
-    void add(std::string name, double bytesPerPixel, MakeOperation make, std::vector<RoiSize> moreSizes = {}) {
-        rows.push_back({std::move(name), bytesPerPixel, std::move(make), std::move(moreSizes)});
+    void add(std::string name, Traffic traffic, MakeOperation make, std::vector<RoiSize> moreSizes = {}) {
+        rows.push_back({std::move(name), traffic, std::move(make), std::move(moreSizes)});
     }
 
     std::vector<Row> rows;
@@ -51,6 +68,16 @@ std::vector<void (*)(Registry &)> &families();
 struct Family {
     explicit Family(void (*registerRows)(Registry &)) { families().push_back(registerRows); }
 };
+
+// What a row should not exceed at 640x480.
+struct Goal {
+    const char *row;
+    double factor;
+    enum class Of { copy, limit } of;
+};
+
+// The goal of a row, or null.
+const Goal *findGoal(const std::string &row);
 
 // A 64-byte aligned image with tight rows (times channels), shared so that operations can be copied.
 template <class T> struct Image {

@@ -84,6 +84,10 @@ void addMasked(bench::Registry &rows, const char *name, const O &operation, RoiS
 const bench::Family family([](bench::Registry &rows) {
     addRank<std::uint8_t>(rows, "FilterMin_8u_C1R/3x3", 1, {3, 3}, rvxiFilterMinGetBufferSize_8u_C1R,
                           rvxiFilterMinBorderReplicate_8u_C1R);
+    addRank<std::uint8_t>(rows, "FilterMin_8u_C1R/5x1", 1, {5, 1}, rvxiFilterMinGetBufferSize_8u_C1R,
+                          rvxiFilterMinBorderReplicate_8u_C1R);
+    addRank<std::uint8_t>(rows, "FilterMin_8u_C1R/15x1", 1, {15, 1}, rvxiFilterMinGetBufferSize_8u_C1R,
+                          rvxiFilterMinBorderReplicate_8u_C1R);
     addRank<std::uint8_t>(rows, "FilterMax_8u_C3R/5x5", 3, {5, 5}, rvxiFilterMaxGetBufferSize_8u_C3R,
                           rvxiFilterMaxBorderReplicate_8u_C3R);
     addRank<std::uint8_t>(rows, "FilterMax_8u_C4R/5x5", 4, {5, 5}, rvxiFilterMaxGetBufferSize_8u_C4R,
@@ -120,6 +124,7 @@ const bench::Family family([](bench::Registry &rows) {
     addMasked<std::uint8_t>(rows, "Dilate_8u_C1R/random7x7", dilate8u, {7, 7}, halfFull);
     addMasked<std::uint8_t>(rows, "Dilate_8u_C3R/rect3x3", dilate8uC3, {3, 3}, rectangle);
     addMasked<std::uint8_t>(rows, "Dilate_8u_C3R/ellipse11x11", dilate8uC3, {11, 11}, ellipse);
+    addMasked<std::uint8_t>(rows, "Dilate_8u_C4R/rect3x3", dilate8uC4, {3, 3}, rectangle);
     addMasked<std::uint8_t>(rows, "Dilate_8u_C4R/rect15x15", dilate8uC4, {15, 15}, rectangle);
     addMasked<std::uint16_t>(rows, "Erode_16u_C1R/rect5x5", erode16u, {5, 5}, rectangle);
     addMasked<std::int16_t>(rows, "Dilate_16s_C1R/ellipse11x11", dilate16s, {11, 11}, ellipse);

@@ -7,7 +7,7 @@
 namespace {
 
 template <class T, class F> void addHistory(bench::Registry &rows, const char *name, F function) {
-    rows.add(name, sizeof(T) + 8, [=](RoiSize roi) {
+    rows.add(name, bench::Traffic::update(sizeof(T), 4), [=](RoiSize roi) {
         auto silhouette = bench::image<T>(roi);
         auto history = bench::image<float>(roi, 1, 2);
         std::for_each_n(silhouette->data, silhouette->elements, [](T &s) { s = s < T{64} ? s : T{0}; });

@@ -7,8 +7,8 @@ namespace {
 
 template <class T, class Step, class Query>
 void addStep(bench::Registry &rows, const char *name, Step step, Query query, int channels, bool up) {
-    const double bytes = static_cast<double>(sizeof(T)) * channels * (up ? 5 : 1.25);
-    rows.add(name, bytes, [=](RoiSize roi) {
+    const double bytes = static_cast<double>(sizeof(T)) * channels;
+    rows.add(name, {bytes, bytes * (up ? 4 : 0.25)}, [=](RoiSize roi) {
         const RoiSize to =
             up ? RoiSize{2 * roi.width, 2 * roi.height} : RoiSize{(roi.width + 1) / 2, (roi.height + 1) / 2};
         auto src = bench::image<T>(roi, channels), dst = bench::image<T>(to, channels);
@@ -23,7 +23,8 @@ template <class T, class State, class Tap, class Init, class Run, class Free>
 void addLayer(bench::Registry &rows, const std::string &name, Init init, Run run, Free free, int channels, bool up,
               float rate, std::vector<Tap> kernel) {
     const double area = 1.0 / rate / rate;
-    rows.add(name, static_cast<double>(sizeof(T)) * channels * (1 + (up ? 1 / area : area)), [=](RoiSize roi) {
+    const double bytes = static_cast<double>(sizeof(T)) * channels;
+    rows.add(name, {bytes, bytes * (up ? 1 / area : area)}, [=](RoiSize roi) {
         RoiSize to{}, least{};
         if (up) {
             rvxiGetPyramidUpROI(roi, &least, &to, rate);

@@ -54,7 +54,7 @@ constexpr Content contents[] = {
 
 template <class T, class Run>
 void add(bench::Registry &rows, const std::string &name, const Content &content, Run run) {
-    rows.add(name + "_" + content.name, 1 + sizeof(T),
+    rows.add(name + "_" + content.name, {1, sizeof(T)},
              [=](RoiSize roi) {
                  auto src = bench::image<std::uint8_t>(roi);
                  content.draw(*src, roi);

@@ -90,7 +90,7 @@ template <class T> Point2i foregroundSeed(const bench::Image<T> &image, RoiSize 
 // Plain fills of an image of one value.
 template <class T, class Fill> void addWhole(bench::Registry &rows, const char *name, int channels, Fill fill) {
     rows.add(
-        std::string(name) + "_whole", 2.0 * sizeof(T) * channels,
+        std::string(name) + "_whole", bench::Traffic::update(0, 1.0 * sizeof(T) * channels),
         [=](RoiSize roi) {
             auto image = drawn<T>(roi, channels, [](int, int) { return 1; });
             auto buffer = fillScratch(roi);
@@ -108,7 +108,7 @@ template <class T, class Fill> void addWhole(bench::Registry &rows, const char *
 // Plain fills of one component.
 void addContent(bench::Registry &rows, Content content) {
     rows.add(
-        std::string("FloodFill_8Con_8u_C1IR") + nameOf(content), 2,
+        std::string("FloodFill_8Con_8u_C1IR") + nameOf(content), bench::Traffic::update(0, 1),
         [=](RoiSize roi) {
             auto image = binary<std::uint8_t>(roi, content);
             auto buffer = fillScratch(roi);
@@ -145,7 +145,7 @@ template <class T, class Fill> void addScene(bench::Registry &rows, const char *
 
 void addLabels(bench::Registry &rows, Content content) {
     rows.add(
-        std::string("LabelMarkers_8u32s_C1R") + nameOf(content), 5,
+        std::string("LabelMarkers_8u32s_C1R") + nameOf(content), {1, 4},
         [=](RoiSize roi) {
             auto src = binary<std::uint8_t>(roi, content);
             auto dst = drawn<std::int32_t>(roi, 1, [](int, int) { return 0; });
@@ -161,7 +161,7 @@ void addLabels(bench::Registry &rows, Content content) {
 
 // Labels are not zero either: labelling a labelled image finds the same components.
 template <class T, class Label> void addLabelsInPlace(bench::Registry &rows, const char *name, Label label) {
-    rows.add(std::string(name) + "_scene", 2 * sizeof(T), [=](RoiSize roi) {
+    rows.add(std::string(name) + "_scene", bench::Traffic::update(0, sizeof(T)), [=](RoiSize roi) {
         auto image = binary<T>(roi, Content::scene);
         auto buffer = fillScratch(roi);
         return [=] {

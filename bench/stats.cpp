@@ -6,7 +6,7 @@ namespace {
 // Outputs with `margin` more rows and columns than the source.
 template <class S, class T, class F>
 void addIntegral(bench::Registry &rows, const char *name, std::int32_t margin, F function) {
-    rows.add(name, sizeof(S) + sizeof(T), [=](RoiSize roi) {
+    rows.add(name, {sizeof(S), sizeof(T)}, [=](RoiSize roi) {
         auto src = bench::image<S>(roi);
         auto dst = bench::image<T>({roi.width + margin, roi.height + margin});
         return [=] { function(src->data, src->step, dst->data, dst->step, roi); };
@@ -15,7 +15,7 @@ void addIntegral(bench::Registry &rows, const char *name, std::int32_t margin, F
 
 template <class T, class Q, class F>
 void addSquares(bench::Registry &rows, const char *name, std::int32_t margin, F function) {
-    rows.add(name, 1 + sizeof(T) + sizeof(Q), [=](RoiSize roi) {
+    rows.add(name, {1, sizeof(T) + sizeof(Q)}, [=](RoiSize roi) {
         auto src = bench::image<std::uint8_t>(roi);
         auto dst = bench::image<T>({roi.width + margin, roi.height + margin});
         auto sqr = bench::image<Q>({roi.width + margin, roi.height + margin});
@@ -26,7 +26,7 @@ void addSquares(bench::Registry &rows, const char *name, std::int32_t margin, F 
 // A window of 12x10 pixels, or tilted with sides of 8 and 7.
 template <bool tilted, class S, class Q, class D, class F>
 void addDeviation(bench::Registry &rows, const char *name, F function) {
-    rows.add(name, sizeof(S) + sizeof(Q) + sizeof(D), [=](RoiSize roi) {
+    rows.add(name, {sizeof(S) + sizeof(Q), sizeof(D)}, [=](RoiSize roi) {
         const Rect2i rect = tilted ? Rect2i{6, 0, 8, 7} : Rect2i{0, 0, 12, 10};
         auto src = bench::image<std::uint8_t>({roi.width + 16, roi.height + 16});
         auto sum = bench::image<S>({roi.width + 18, roi.height + 18});

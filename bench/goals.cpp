@@ -1,0 +1,83 @@
+// What rows should not exceed at 640x480: in times of the limit where a row streams, else in times of the copy.
+#include "harness.h"
+
+namespace bench {
+namespace {
+
+constexpr Goal::Of copy = Goal::Of::copy, limit = Goal::Of::limit;
+
+constexpr Goal goals[] = {
+    // These stream: the limit is what holds them.
+    {"Add_8u32f_C1IMR", 1.1, limit},
+    {"AddSquare_8u32f_C1IR", 1.15, limit},
+    {"AddSquare_8u32f_C1IMR", 1.15, limit},
+    {"AddProduct_8u32f_C1IR", 1.15, limit},
+    {"AddProduct_8u32f_C1IMR", 1.15, limit},
+    {"AddWeighted_8u32f_C1IR", 1.15, limit},
+    {"AddWeighted_8u32f_C1IMR", 1.3, limit},
+    // Derivative and low-pass filters, pipelines
+    {"FilterLaplacianBorder_32f_C1R/3", 1.32, copy},
+    {"FilterLaplacianBorder_32f_C1R/5", 2.52, copy},
+    {"FilterSobelVertBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelVertBorder_32f_C1R/5", 1.64, copy},
+    {"FilterSobelHorizBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelHorizBorder_32f_C1R/5", 1.64, copy},
+    {"FilterSobelNegVertBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelNegVertBorder_32f_C1R/5", 1.64, copy},
+    {"FilterSobelVertSecondBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelVertSecondBorder_32f_C1R/5", 1.64, copy},
+    {"FilterSobelHorizSecondBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelHorizSecondBorder_32f_C1R/5", 1.64, copy},
+    {"FilterSobelCrossBorder_32f_C1R/3", 1.19, copy},
+    {"FilterSobelCrossBorder_32f_C1R/5", 1.64, copy},
+    {"FilterScharrVertBorder_32f_C1R/3", 1.19, copy},
+    {"FilterScharrHorizBorder_32f_C1R/3", 1.19, copy},
+    {"FilterLowpassBorder_8u_C1R/3", 0.38, copy},
+    {"FilterLowpassBorder_8u_C1R/5", 0.63, copy},
+    {"FilterSobelVertBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelVertBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterSobelHorizBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelHorizBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterSobelNegVertBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelNegVertBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterSobelVertSecondBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelVertSecondBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterSobelHorizSecondBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelHorizSecondBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterSobelCrossBorder_8u16s_C1R/3", 0.35, copy},
+    {"FilterSobelCrossBorder_8u16s_C1R/5", 0.63, copy},
+    {"FilterLaplacianBorder_8u16s_C1R/5", 0.88, copy},
+    {"RowColumnPipeline_16s_C1R/taps:7", 2.08, copy},
+    {"RowColumnPipeline_16s_C1R/taps:31", 6.92, copy},
+    {"RowColumnPipeline_32f_C1R/taps:7", 2.08, copy},
+    {"RowColumnPipeline_32f_C3R/taps:7", 6.29, copy},
+    // Features
+    {"CannyBorder_8u_C1R sobel3 L1", 6.29, copy},
+    {"CannyBorder_8u_C1R sobel3 L2", 6.29, copy},
+    {"Canny_16s8u_C1R", 6.29, copy},
+    {"FindPeaks3x3_32f_C1R_square", 2.08, copy},
+    // Morphology
+    {"Dilate_8u_C1R/random7x7", 1.01, copy},
+    {"FilterMin_8u_C1R/15x1", 0.31, copy},
+    {"FilterMin_8u_C1R/5x1", 0.25, copy},
+    {"FilterMin_32f_C1R/7x7", 1.45, copy},
+    {"MorphOpenBorder_8u_C1R 5x5", 0.5, copy},
+    {"MorphGradientBorder_8u_C1R 5x5", 0.5, copy},
+    {"MorphTophatBorder_8u_C1R 5x5", 0.5, copy},
+    {"Dilate_8u_C4R/rect3x3", 1.19, copy},
+    {"Erode_16u_C1R/rect5x5", 0.41, copy},
+    {"Erode_32f_C1R/rect5x5", 1.26, copy},
+};
+
+} // namespace
+
+const Goal *findGoal(const std::string &row) {
+    for (const Goal &goal : goals) {
+        if (row == goal.row) {
+            return &goal;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace bench
