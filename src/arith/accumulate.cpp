@@ -19,6 +19,11 @@ struct Sum {
     static F32x8 update(F32x8 m, F32x8 a, F32x8, F32x8 d, F32x8) { return fma(m, a, d); }
 };
 
+struct Square {
+    static F32x8 update(F32x8 a, F32x8, F32x8 d, F32x8) { return fma(a, a, d); }
+    static F32x8 update(F32x8 m, F32x8 a, F32x8, F32x8 d, F32x8) { return fma(m, mul(a, a), d); }
+};
+
 struct Product {
     static F32x8 update(F32x8 a, F32x8 b, F32x8 d, F32x8) { return fma(a, b, d); }
     static F32x8 update(F32x8 m, F32x8 a, F32x8 b, F32x8 d, F32x8) { return fma(m, mul(a, b), d); }
@@ -53,6 +58,24 @@ template <class Operation, bool masked, class T> struct AccumulateRow {
     }
 };
 
+// Sums and products of unsigned bytes: those are exact and never negative zeros, so that m times one is the plain update
+// by a source whose unselected bytes are zero, and the mask is a matter of bytes.
+template <class Operation> struct SelectedBytesRow {
+    const std::uint8_t *first, *second;
+    const std::uint8_t *mask;
+    float *acc;
+
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+        const U8x16 a = selected(loadHalf(mask + x, span), loadHalf(first + x, span));
+        const auto update = [&](F32x8 eight, std::ptrdiff_t at, auto lanes) {
+            const F32x8 b = loadF32(second + at, lanes), d = load<F32x8>(acc + at, lanes);
+            store(acc + at, Operation::update(eight, b, d, F32x8{}), lanes);
+        };
+        withEight<0>(span, [&](auto lanes) { update(toF32(widenLow(a)), x, lanes); });
+        withEight<1>(span, [&](auto lanes) { update(toF32(widenHigh(a)), x + 8, lanes); });
+    }
+};
+
 template <class T> bool gapless(const Sources<T> &image, bool masked, RoiSize roi) {
     const std::int64_t width = roi.width, sourceBytes = rowBytes<T>(width);
     return image.first.step == sourceBytes && image.second.step == sourceBytes && image.acc.step == 4 * width &&
@@ -62,10 +85,15 @@ template <class T> bool gapless(const Sources<T> &image, bool masked, RoiSize ro
 template <class Operation, bool masked, class T> void accumulate(const Sources<T> &image, RoiSize roi, float alpha) {
     const RowShape shape(roi.width, roi.height, gapless(image, masked, roi));
     for (std::int64_t y = 0; y < shape.height; ++y) {
-        const AccumulateRow<Operation, masked, T> row{image.first.row(y), image.second.row(y),
-                                                      masked ? image.mask.row(y) : nullptr, image.acc.row(y),
-                                                      splat(alpha)};
-        walkRow<F32x8::lanes>(shape.width, row);
+        if constexpr (masked && std::is_same_v<T, std::uint8_t> && !std::is_same_v<Operation, Weighted>) {
+            walkRow<2 * F32x8::lanes>(shape.width, SelectedBytesRow<Operation>{image.first.row(y), image.second.row(y),
+                                                                              image.mask.row(y), image.acc.row(y)});
+        } else {
+            const AccumulateRow<Operation, masked, T> row{image.first.row(y), image.second.row(y),
+                                                          masked ? image.mask.row(y) : nullptr, image.acc.row(y),
+                                                          splat(alpha)};
+            walkRow<F32x8::lanes, Tail::partial, 4>(shape.width, row);
+        }
     }
 }
 
@@ -162,32 +190,32 @@ StatusCode rvxiAdd_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *m
 }
 // ---------------------------------------------------------------------------------------------------- AddSquare
 StatusCode rvxiAddSquare_8u32f_C1IR(const uint8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
-    return update<Product>(src, srcStep, src, srcStep, acc, accStep, roi);
+    return update<Square>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_8s32f_C1IR(const int8_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
-    return update<Product>(src, srcStep, src, srcStep, acc, accStep, roi);
+    return update<Square>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_16u32f_C1IR(const uint16_t *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
-    return update<Product>(src, srcStep, src, srcStep, acc, accStep, roi);
+    return update<Square>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_32f_C1IR(const float *src, int32_t srcStep, float *acc, int32_t accStep, RoiSize roi) {
-    return update<Product>(src, srcStep, src, srcStep, acc, accStep, roi);
+    return update<Square>(src, srcStep, src, srcStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_8u32f_C1IMR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                      float *acc, int32_t accStep, RoiSize roi) {
-    return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
+    return updateMasked<Square>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_8s32f_C1IMR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                      float *acc, int32_t accStep, RoiSize roi) {
-    return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
+    return updateMasked<Square>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_16u32f_C1IMR(const uint16_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                       float *acc, int32_t accStep, RoiSize roi) {
-    return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
+    return updateMasked<Square>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 StatusCode rvxiAddSquare_32f_C1IMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *acc,
                                    int32_t accStep, RoiSize roi) {
-    return updateMasked<Product>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
+    return updateMasked<Square>(src, srcStep, src, srcStep, mask, maskStep, acc, accStep, roi);
 }
 // --------------------------------------------------------------------------------------------------- AddProduct
 StatusCode rvxiAddProduct_8u32f_C1IR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,

@@ -17,16 +17,21 @@ namespace rvxcv {
 
 enum class Tail { partial, overlap };
 
-template <int lanes, Tail tail = Tail::partial, class Kernel>
+// Whole blocks follow each other `unrolled` at a time, two or four.
+template <int lanes, Tail tail = Tail::partial, int unrolled = 2, class Kernel>
 RVX_INLINE void walkRow(std::ptrdiff_t width, const Kernel &kernel) {
+    static_assert(unrolled == 2 || unrolled == 4);
     std::ptrdiff_t x = 0;
-    for (; x + 2 * lanes <= width; x += 2 * lanes) {
+    for (; x + unrolled * lanes <= width; x += unrolled * lanes) {
         kernel(x, Full{});
         kernel(x + lanes, Full{});
+        if constexpr (unrolled == 4) {
+            kernel(x + 2 * lanes, Full{});
+            kernel(x + 3 * lanes, Full{});
+        }
     }
-    if (x + lanes <= width) {
+    for (; x + lanes <= width; x += lanes) {
         kernel(x, Full{});
-        x += lanes;
     }
     if (x < width) {
         if constexpr (tail == Tail::overlap) {

@@ -109,6 +109,13 @@ template <class Span> RVX_INLINE F32x8 loadSelection(const std::uint8_t *mask, S
     return {_mm256_andnot_ps(_mm256_castsi256_ps(off), _mm256_set1_ps(1.0f))};
 }
 
+// Sixteen bytes with zero where the mask's byte is zero; and eight of sixteen bytes as integers.
+RVX_INLINE U8x16 selected(U8x16 mask, U8x16 a) {
+    return {_mm_andnot_si128(_mm_cmpeq_epi8(mask.v, _mm_setzero_si128()), a.v)};
+}
+RVX_INLINE I32x8 widenLow(U8x16 a) { return {{_mm256_cvtepu8_epi32(a.v)}}; }
+RVX_INLINE I32x8 widenHigh(U8x16 a) { return {{_mm256_cvtepu8_epi32(_mm_srli_si128(a.v, 8))}}; }
+
 // The bytes of a from `bytes` on (less than a vector), then the first ones of b.
 template <int bytes, class V> RVX_INLINE V shiftedIn(V a, V b) {
     static_assert(bytes > 0 && bytes < 32);
