@@ -2,8 +2,8 @@
 //
 // Rows stream through: a producer computes one row of magnitudes and quantised directions (from derivative images, or
 // from an 8u picture whose derivatives never leave the registers), and the row before it is suppressed. Of the whole
-// image only the byte map of candidates and the stack of edge pixels are kept. Magnitudes are floats for all members:
-// L1 magnitudes of 16-bit derivatives are at most 65536, so exact.
+// image only bitmaps are kept, of candidates and of edges, and a stack of words that gained edges. L1 magnitudes of
+// integers are 16-bit words, the others floats.
 #include "frame/api.h"
 
 #include "filter/gradient_rows.h"
@@ -38,11 +38,34 @@ struct SplitConstant {
     RVX_INLINE F32x8 times(F32x8 a) const { return fma(a, splat(high), mul(a, splat(low))); }
 };
 
-struct IntegerRule {
-    static RVX_INLINE I32x8 direction(F32x8 dx, F32x8 dy) {
+struct AnyIntegerRule {
+    static RVX_INLINE I16x16 directions(const GradientPair &gradient) {
+        return narrowSaturated(eight(widenLow(gradient.dx), widenLow(gradient.dy)),
+                               eight(widenHigh(gradient.dx), widenHigh(gradient.dy)));
+    }
+
+private:
+    static RVX_INLINE I32x8 eight(I32x8 dx, I32x8 dy) {
         constexpr SplitConstant tan67(2.414213562373095), tan22(0.41421356237309503);
-        const F32x8 ax = abs(dx), ay = abs(dy);
-        return quantise(greater(ax, tan67.times(ay)), greater(tan22.times(ay), ax), signs(bitXor(dx, dy)));
+        const F32x8 x = toF32(dx), y = toF32(dy), ax = abs(x), ay = abs(y);
+        return quantise(greater(ax, tan67.times(ay)), greater(tan22.times(ay), ax), signs(bitXor(x, y)));
+    }
+};
+
+// Derivatives of at most 4080, from 8u pictures and three taps: fractions between the neighbouring quotients |dx| /
+// |dy| decide as the rounded products do (a test tries every |dy| beside its thresholds).
+struct SmallIntegerRule {
+    static RVX_INLINE I16x16 directions(const GradientPair &gradient) {
+        const I16x16 ax = abs(gradient.dx), ay = abs(gradient.dy);
+        const I16x16 low = pairsInLaneLow(ax, ay), high = pairsInLaneHigh(ax, ay);
+        const auto negative = [&](I16x16 factors) {
+            return shiftRight<15>(narrowInLane(mulAddPairs(low, factors), mulAddPairs(high, factors)));
+        };
+        const I16x16 horizontal = negative(splatPair(-2378, 5741)), vertical = negative(splatPair(2378, -985));
+        const I16x16 second = splat(std::int16_t{secondBit});
+        const I16x16 signsDiffer = bitAnd(shiftRight<15>(bitXor(gradient.dx, gradient.dy)), second);
+        const I16x16 ifDiagonal = bitOr(signsDiffer, splat(std::int16_t{diagonalBit}));
+        return bitOr(bitAndNot(ifDiagonal, bitOr(horizontal, vertical)), bitAnd(vertical, second));
     }
 };
 
@@ -56,18 +79,10 @@ struct FloatRule {
 
 // -------------------------------------------------------------------------------------------------- magnitudes
 
-struct L1 {
-    static RVX_INLINE F32x8 magnitude(I32x8 dx, I32x8 dy) { return toF32(add(abs(dx), abs(dy))); }
-    static RVX_INLINE F32x8 magnitude(F32x8 dx, F32x8 dy) { return add(abs(dx), abs(dy)); }
-};
+// A norm turns derivatives into magnitudes; those that do not pass the low threshold become 0. The 16-bit rule compares
+// with the threshold truncated to an integer, as a number, so that no value overflows, and drops equality; the float
+// rule keeps it. `high` is the other threshold in terms of the magnitudes: what exceeds it is an edge.
 
-// The sum of squares is exact and rounded to float once.
-struct L2 {
-    static RVX_INLINE F32x8 magnitude(I32x8 dx, I32x8 dy) { return sqrt(toF32(add(mulLow(dx, dx), mulLow(dy, dy)))); }
-};
-
-// Magnitudes that do not pass the low threshold become 0. The 16-bit rule compares with the threshold truncated to an
-// integer, as a number, so that no value overflows, and drops equality; the float rule keeps it.
 struct AboveTruncated {
     F32x8 low;
     explicit AboveTruncated(float threshold) : low(splat(std::trunc(threshold))) {}
@@ -79,91 +94,139 @@ struct AtLeast {
     RVX_INLINE F32x8 apply(F32x8 m) const { return keep(greaterEqual(m, low), m); }
 };
 
+template <class Function>
+RVX_INLINE void storeEights(float *magnitudes, const GradientPair &g, auto span, const Function &magnitude) {
+    withEight<0>(span, [&](auto eight) { store(magnitudes, magnitude(widenLow(g.dx), widenLow(g.dy)), eight); });
+    withEight<1>(span, [&](auto eight) { store(magnitudes + 8, magnitude(widenHigh(g.dx), widenHigh(g.dy)), eight); });
+}
+
+struct L1Float {
+    using Magnitude = float;
+    AboveTruncated threshold;
+
+    explicit L1Float(float low) : threshold(low) {}
+    static float high(float threshold) { return threshold; }
+    RVX_INLINE void put(float *magnitudes, const GradientPair &gradient, auto span) const {
+        storeEights(magnitudes, gradient, span,
+                    [&](I32x8 dx, I32x8 dy) { return threshold.apply(toF32(add(abs(dx), abs(dy)))); });
+    }
+};
+
+// The sum of squares is exact and rounded to float once.
+struct L2Float {
+    using Magnitude = float;
+    AtLeast threshold;
+
+    explicit L2Float(float low) : threshold(low) {}
+    static float high(float threshold) { return threshold; }
+    RVX_INLINE void put(float *magnitudes, const GradientPair &gradient, auto span) const {
+        storeEights(magnitudes, gradient, span, [&](I32x8 dx, I32x8 dy) {
+            return threshold.apply(sqrt(toF32(add(mulLow(dx, dx), mulLow(dy, dy)))));
+        });
+    }
+};
+
+// L1 magnitudes less 0 or 1 as unsigned words. Magnitudes of any 16-bit derivatives reach 65536, which fits less 1;
+// that in turn needs a low threshold of at least 1, so that what passes it stays above 0.
+template <int less> struct L1Words {
+    using Magnitude = std::uint16_t;
+    U16x16 low;
+
+    explicit L1Words(float threshold) : low(splat(limit(threshold))) {}
+    static std::uint16_t high(float threshold) { return limit(threshold); }
+    RVX_INLINE void put(std::uint16_t *magnitudes, const GradientPair &gradient, auto span) const {
+        U16x16 ax = abs(gradient.dx), ay = abs(gradient.dy);
+        if constexpr (less == 1) {
+            const U16x16 larger = max(ax, ay);
+            ay = min(ax, ay);
+            ax = subSaturated(larger, splat(std::uint16_t{1}));
+        }
+        const U16x16 m = add(ax, ay);
+        store(magnitudes, bitAndNot(m, equal(subSaturated(m, low), U16x16{})), span);
+    }
+
+private:
+    // No magnitude exceeds 65535, so that stands for what is larger and for a NaN.
+    static std::uint16_t limit(float threshold) {
+        return threshold < 65536 ? static_cast<std::uint16_t>(static_cast<std::int32_t>(threshold) - less) : 65535;
+    }
+    static RVX_INLINE U16x16 abs(I16x16 a) { return {{rvxcv::abs(a).v}}; }
+};
+
 // ---------------------------------------------------------------------------------------------- rows in scratch
 
-// Three magnitude rows with a zero on both sides, two rows of directions. Blocks of the suppression read up to seven
-// elements behind a row: those of the next row, or the spare ones.
-class Rows {
+// Three magnitude rows with a zero on both sides, two rows of directions. Vectors of the suppression read behind a row:
+// elements of the next row, or the spare ones.
+template <class T> class Rows {
 public:
     Rows(Scratch &scratch, std::int64_t width) : width_(width) {
-        constexpr int spare = 8;
+        constexpr int spare = Vec<T>::lanes;
         const std::int64_t magnitudes = 3 * (width + 2) + spare, directions = 2 * width + spare;
-        magnitudes_ = scratch.take<float>(magnitudes, 1);
+        magnitudes_ = scratch.take<T>(magnitudes, 1);
         directions_ = scratch.take<std::uint8_t>(directions, 1);
-        std::memset(static_cast<void *>(magnitudes_), 0, static_cast<std::size_t>(magnitudes) * sizeof(float));
+        std::memset(static_cast<void *>(magnitudes_), 0, static_cast<std::size_t>(magnitudes) * sizeof(T));
         std::memset(directions_, 0, static_cast<std::size_t>(directions));
     }
 
     // Rows -1 .. height, at the first pixel.
-    RVX_INLINE float *magnitude(std::int64_t y) const { return magnitudes_ + (y + 3) % 3 * (width_ + 2) + 1; }
+    RVX_INLINE T *magnitude(std::int64_t y) const { return magnitudes_ + (y + 3) % 3 * (width_ + 2) + 1; }
     RVX_INLINE std::uint8_t *direction(std::int64_t y) const { return directions_ + y % 2 * width_; }
     void clear(std::int64_t y) const {
-        std::memset(static_cast<void *>(magnitude(y)), 0, static_cast<std::size_t>(width_) * sizeof(float));
+        std::memset(static_cast<void *>(magnitude(y)), 0, static_cast<std::size_t>(width_) * sizeof(T));
     }
 
 private:
     std::int64_t width_;
-    float *magnitudes_;
+    T *magnitudes_;
     std::uint8_t *directions_;
 };
 
 // Takes sixteen integer derivatives at a time and stores their magnitudes and directions.
-template <class Norm, class Threshold> struct EmitIntegers {
+template <class Norm, class Rule> struct Emit {
     static constexpr Tail tail = Tail::partial;
     static constexpr bool rereads = false;
 
-    float *magnitudes;
+    typename Norm::Magnitude *magnitudes;
     std::uint8_t *directions;
-    Threshold threshold;
+    Norm norm;
 
-    RVX_INLINE void operator()(std::ptrdiff_t x, Full span, const GradientPair &gradient) const {
-        const I32x8 first = eight(x, span, widenLow(gradient.dx), widenLow(gradient.dy));
-        const I32x8 second = eight(x + 8, span, widenHigh(gradient.dx), widenHigh(gradient.dy));
-        storeSaturated(directions + x, narrowSaturated(first, second), span);
-    }
-    RVX_INLINE void operator()(std::ptrdiff_t x, Part span, const GradientPair &gradient) const {
-        const I32x8 first = eight(x, Part{span.n < 8 ? span.n : 8}, widenLow(gradient.dx), widenLow(gradient.dy));
-        I32x8 second = first;
-        if (span.n > 8) {
-            second = eight(x + 8, Part{span.n - 8}, widenHigh(gradient.dx), widenHigh(gradient.dy));
-        }
-        storeSaturated(directions + x, narrowSaturated(first, second), span);
-    }
-
-private:
-    template <class Span> RVX_INLINE I32x8 eight(std::ptrdiff_t x, Span span, I32x8 dx, I32x8 dy) const {
-        store(magnitudes + x, threshold.apply(Norm::magnitude(dx, dy)), span);
-        return IntegerRule::direction(toF32(dx), toF32(dy));
+    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span, const GradientPair &gradient) const {
+        norm.put(magnitudes + x, gradient, span);
+        storeSaturated(directions + x, Rule::directions(gradient), span);
     }
 };
-
-using EmitL1 = EmitIntegers<L1, AboveTruncated>;
-using EmitL2 = EmitIntegers<L2, AtLeast>;
 
 // --------------------------------------------------------------------------------------------------- producers
 
 // A producer computes a row's magnitudes and directions.
 
-struct From16s {
+template <class Norm_> struct From16s {
+    using Norm = Norm_;
     Plane<const std::int16_t> dx, dy;
-    AboveTruncated threshold;
+    Norm norm;
 
     struct Kernel {
         const std::int16_t *dx, *dy;
-        EmitL1 emit;
+        Emit<Norm, AnyIntegerRule> emit;
         template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
             emit(x, span, {load<I16x16>(dx + x, span), load<I16x16>(dy + x, span)});
         }
     };
 
-    void produce(std::int64_t y, std::int64_t width, float *magnitudes, std::uint8_t *directions) const {
-        walkRow<16>(width, Kernel{dx.row(y), dy.row(y), {magnitudes, directions, threshold}});
+    void produce(std::int64_t y, std::int64_t width, typename Norm::Magnitude *magnitudes,
+                 std::uint8_t *directions) const {
+        walkRow<16>(width, Kernel{dx.row(y), dy.row(y), {magnitudes, directions, norm}});
     }
 };
 
 struct From32f {
+    struct Norm : AtLeast {
+        using AtLeast::AtLeast;
+        using Magnitude = float;
+        static float high(float threshold) { return threshold; }
+    };
     Plane<const float> dx, dy;
-    AtLeast threshold;
+    Norm norm;
 
     struct Kernel {
         const float *dx, *dy;
@@ -173,7 +236,7 @@ struct From32f {
 
         template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
             const F32x8 gx = load<F32x8>(dx + x, span), gy = load<F32x8>(dy + x, span);
-            store(magnitudes + x, threshold.apply(L1::magnitude(gx, gy)), span);
+            store(magnitudes + x, threshold.apply(add(abs(gx), abs(gy))), span);
             const I32x8 direction = FloatRule::direction(gx, gy);
             storeSaturated(directions + x, narrowSaturated(direction, direction), bytes(span));
         }
@@ -182,142 +245,254 @@ struct From32f {
     };
 
     void produce(std::int64_t y, std::int64_t width, float *magnitudes, std::uint8_t *directions) const {
-        walkRow<8>(width, Kernel{dx.row(y), dy.row(y), magnitudes, directions, threshold});
+        walkRow<8>(width, Kernel{dx.row(y), dy.row(y), magnitudes, directions, norm});
     }
 };
 
-template <class Filter, class Emit> struct From8u {
+template <class Filter, class Norm_> struct From8u {
+    using Norm = Norm_;
+    using Rule = std::conditional_t<Filter::taps == 3, SmallIntegerRule, AnyIntegerRule>;
     static constexpr int reach = Filter::taps / 2;
     const BorderedRows<std::uint8_t, reach> &source;
     const ColumnMargins<reach> &margins;
     std::uint8_t borderValue;
-    decltype(Emit::threshold) threshold;
+    Norm norm;
 
-    void produce(std::int64_t y, std::int64_t, float *magnitudes, std::uint8_t *directions) const {
+    void produce(std::int64_t y, std::int64_t, typename Norm::Magnitude *magnitudes, std::uint8_t *directions) const {
         const std::uint8_t *rows[Filter::taps];
         source.around(y, rows);
-        filterRow<Filter, reach>(rows, margins, borderValue, Emit{magnitudes, directions, threshold});
+        filterRow<Filter, reach>(rows, margins, borderValue, Emit<Norm, Rule>{magnitudes, directions, norm});
     }
 };
 
-// ------------------------------------------------------------------------------------- suppression, hysteresis
+// ------------------------------------------------------------------------------------------------- hysteresis
 
-// The state of every pixel, one byte, in a ring of nothing; and the stack of edge pixels whose neighbours are still to
-// be looked at. Strong pixels are edges from the beginning. After every row the few weak candidates that touch an edge
-// are found by comparing whole rows, and edges grow from those, while the rows around are in the cache.
+// Two bitmaps, a bit per pixel: the candidates, and those of them that are edges. Strong candidates are edges from the
+// beginning. Rows end with at least one clear bit and follow each other, so that a bit's neighbours are where they are
+// for every bit, also at the ends of a row.
+//
+// After every row the edges beside its candidates spread along its words, eight words at a time. What else was reached,
+// words above and to the side, grows word by word from a stack, while the rows around are in the cache.
 class EdgeMap {
 public:
-    static constexpr std::uint8_t weak = 0x80, edge = 0x40;
-
-    EdgeMap(Scratch &scratch, RoiSize roi) : width_(roi.width), stride_(std::int64_t{roi.width} + 2) {
-        constexpr int spare = 8; // blocks of eight are stored whole
-        map_ = scratch.take<std::uint8_t>(stride_ * (std::int64_t{roi.height} + 2) + spare, 1);
-        clear(-1);
-        clear(0);
+    EdgeMap(Scratch &scratch, RoiSize roi) : width_(roi.width), words_(roi.width / 32 + 1) {
+        // A row above, a row below, and the word before.
+        const std::int64_t all = words_ * (std::int64_t{roi.height} + 2) + 1;
+        auto *const memory = scratch.take<std::int32_t>(2 * all, 1);
+        std::memset(static_cast<void *>(memory), 0, static_cast<std::size_t>(2 * all) * sizeof *memory);
+        candidates_ = memory + 1 + words_;
+        edges_ = candidates_ + all;
         stack_ = scratch.take<std::uint32_t>(std::int64_t{roi.width} * roi.height, 1);
     }
 
-    // Rows -1 .. height, at the first pixel.
-    std::uint8_t *row(std::int64_t y) const { return map_ + (y + 1) * stride_ + 1; }
-    void clear(std::int64_t y) const { std::memset(row(y) - 1, 0, static_cast<std::size_t>(stride_)); }
+    // The pixels from 32 k on of row y.
+    RVX_INLINE void put(std::int64_t y, std::int64_t k, std::uint32_t candidates, std::uint32_t edges) const {
+        storeScalar(candidates_ + y * words_ + k, static_cast<std::int32_t>(candidates));
+        storeScalar(edges_ + y * words_ + k, static_cast<std::int32_t>(edges));
+    }
 
-    // Row y has been made: whatever is connected with an edge in the rows up to y becomes an edge.
+    // Row y has been put: whatever is connected with an edge in the rows up to y becomes an edge.
     void connect(std::int64_t y) {
-        clear(y + 1); // growth looks at it
-        walkRow<32>(width_, Touching{*this, row(y)});
+        walkRow<8>(words_, Spread{candidates_ + y * words_, edges_ + y * words_, words_});
+        walkRow<8>(words_, Touching{*this, y * words_});
         grow();
     }
 
-    void writeEdges(std::int64_t y, std::uint8_t *dst) const { walkRow<32>(width_, Write{row(y), dst}); }
+    void writeEdges(std::int64_t y, std::uint8_t *dst) const { walkRow<32>(width_, Write{edges_ + y * words_, dst}); }
 
 private:
+    // A word's bits with those beside them, to the side and in the words to the side.
+    template <class Span> static RVX_INLINE I32x8 sideways(const std::int32_t *words, Span span) {
+        return bitOr(shiftBitsRight<31>(load<I32x8>(words - 1, span)), shiftBitsLeft<31>(load<I32x8>(words + 1, span)));
+    }
+    template <class Span> static RVX_INLINE I32x8 widened(const std::int32_t *words, Span span) {
+        const I32x8 word = load<I32x8>(words, span);
+        return bitOr(bitOr(word, sideways(words, span)), bitOr(shiftBitsLeft<1>(word), shiftBitsRight<1>(word)));
+    }
+
+    // Seeds grow along the runs of candidates that they are in, 1, 2, 4 .. pixels at a time.
+    struct Spread {
+        const std::int32_t *candidates;
+        std::int32_t *edges;
+        std::int64_t words;
+
+        template <class Span> RVX_INLINE void operator()(std::ptrdiff_t k, Span span) const {
+            const I32x8 runs = load<I32x8>(candidates + k, span);
+            const I32x8 reached = bitOr(widened(edges + k - words, span), sideways(edges + k, span));
+            const I32x8 seeds = bitAnd(runs, bitOr(reached, load<I32x8>(edges + k, span)));
+            I32x8 left = seeds, right = seeds, leftRuns = runs, rightRuns = runs;
+            const auto step = [&]<int n>(std::integral_constant<int, n>) {
+                left = bitOr(left, bitAnd(leftRuns, shiftBitsLeft<n>(left)));
+                right = bitOr(right, bitAnd(rightRuns, shiftBitsRight<n>(right)));
+                leftRuns = bitAnd(leftRuns, shiftBitsLeft<n>(leftRuns));
+                rightRuns = bitAnd(rightRuns, shiftBitsRight<n>(rightRuns));
+            };
+            step(std::integral_constant<int, 1>{});
+            step(std::integral_constant<int, 2>{});
+            step(std::integral_constant<int, 4>{});
+            step(std::integral_constant<int, 8>{});
+            step(std::integral_constant<int, 16>{});
+            store(edges + k, bitOr(left, right), span);
+        }
+    };
+
+    // Finds the words of a row and of the row above that the row's edges reach.
     struct Touching {
         EdgeMap &map;
-        std::uint8_t *states;
+        std::int64_t row;
 
-        template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-            std::uint8_t *const here = states + x, *const above = here - map.stride_;
-            const auto at = [&](const std::uint8_t *p) { return load<U8x32>(p, span); };
-            const U8x32 row = at(here), rowAbove = at(above);
-            const U8x32 beside = bitOr(at(here - 1), at(here + 1));
-            const U8x32 besideAbove = bitOr(at(above - 1), at(above + 1));
-            pushAll(here, weakBeside(row, bitOr(beside, bitOr(rowAbove, besideAbove))));
-            pushAll(above, weakBeside(rowAbove, bitOr(row, beside)));
-        }
-
-    private:
-        // Twice an edge is the bit of a weak candidate.
-        static RVX_INLINE std::uint32_t weakBeside(U8x32 states, U8x32 neighbours) {
-            return laneBits(bitAnd(states, add(neighbours, neighbours)));
-        }
-        RVX_INLINE void pushAll(std::uint8_t *first, std::uint32_t bits) const {
-            for (; bits != 0; bits &= bits - 1) {
-                map.push(first + std::countr_zero(bits));
+        template <class Span> RVX_INLINE void operator()(std::ptrdiff_t k, Span span) const {
+            const std::int64_t here = row + k, above = here - map.words_;
+            const std::int32_t *const edges = map.edges_ + here;
+            const I32x8 weak = map.weakAt(here, span), weakAbove = map.weakAt(above, span);
+            const I32x8 touched = bitOr(bitAnd(weak, sideways(edges, span)), bitAnd(weakAbove, widened(edges, span)));
+            for (std::uint32_t bits = ~laneBits(equal(touched, I32x8{})) & 0xff; bits != 0; bits &= bits - 1) {
+                const int i = std::countr_zero(bits);
+                const std::uint32_t word = map.edgesAt(here + i);
+                const std::uint32_t beside = map.edgesAt(here + i - 1) >> 31 | map.edgesAt(here + i + 1) << 31;
+                map.reach(here + i, beside);
+                map.reach(above + i, beside | word | word << 1 | word >> 1);
             }
         }
     };
 
     struct Write {
-        const std::uint8_t *states;
+        const std::int32_t *edges;
         std::uint8_t *dst;
         template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-            store(dst + x, equal(load<U8x32>(states + x, span), splat(edge)), span);
+            store(dst + x, maskOfBits<U8x32>(static_cast<std::uint32_t>(loadScalar(edges + x / 32))), span);
         }
     };
 
-    // Every pixel is pushed at most once.
-    RVX_INLINE void push(std::uint8_t *at) {
-        *at = edge;
-        storeScalar(stack_ + depth_++, static_cast<std::uint32_t>(at - map_));
+    template <class Span> RVX_INLINE I32x8 weakAt(std::int64_t k, Span span) const {
+        return bitAndNot(load<I32x8>(candidates_ + k, span), load<I32x8>(edges_ + k, span));
+    }
+    RVX_INLINE std::uint32_t edgesAt(std::int64_t k) const {
+        return static_cast<std::uint32_t>(loadScalar(edges_ + k));
+    }
+
+    // Bits of word k lie beside edges. Every word on the stack has gained an edge: they are at most the pixels.
+    RVX_INLINE void reach(std::int64_t k, std::uint32_t bits) {
+        const auto runs = static_cast<std::uint32_t>(loadScalar(candidates_ + k));
+        const std::uint32_t edges = edgesAt(k);
+        std::uint32_t seeds = bits & runs & ~edges;
+        if (seeds == 0) {
+            return;
+        }
+        seeds |= runs & ~(runs + seeds); // the carry runs along
+        for (std::uint32_t n = 1, rest = runs; n < 32; n *= 2) {
+            seeds |= rest & seeds >> n;
+            rest &= rest >> n;
+        }
+        storeScalar(edges_ + k, static_cast<std::int32_t>(edges | seeds));
+        storeScalar(stack_ + depth_++, static_cast<std::uint32_t>(k));
     }
 
     void grow() {
         while (depth_ > 0) {
-            std::uint8_t *const at = map_ + loadScalar(stack_ + --depth_);
-            for (std::uint8_t *three : {at - stride_ - 1, at - 1, at + stride_ - 1}) {
-                if (((three[0] | three[1] | three[2]) & weak) != 0) {
-                    for (int i = 0; i < 3; ++i) {
-                        if (three[i] == weak) {
-                            push(three + i);
-                        }
-                    }
-                }
+            const std::int64_t k = loadScalar(stack_ + --depth_);
+            const std::uint32_t word = edgesAt(k), beside = word | word << 1 | word >> 1;
+            reach(k - words_, beside);
+            reach(k + words_, beside);
+            if (word >> 31 != 0) {
+                reach(k + 1 - words_, 1);
+                reach(k + 1, 1);
+                reach(k + 1 + words_, 1);
+            }
+            if ((word & 1) != 0) {
+                reach(k - 1 - words_, 1u << 31);
+                reach(k - 1, 1u << 31);
+                reach(k - 1 + words_, 1u << 31);
             }
         }
     }
 
-    std::uint8_t *map_;
-    std::int64_t width_, stride_;
+    std::int64_t width_, words_;
+    std::int32_t *candidates_, *edges_;
     std::uint32_t *stack_;
     std::int64_t depth_ = 0;
 };
 
-// Row y: writes the states of its pixels to the map.
-void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, const EdgeMap &map) {
-    const float *above = rows.magnitude(y - 1), *row = rows.magnitude(y), *below = rows.magnitude(y + 1);
-    const std::uint8_t *directions = rows.direction(y);
-    std::uint8_t *states = map.row(y);
+// ------------------------------------------------------------------------------------------------- suppression
+
+// Which of 32 pixels are local maxima across the edge, and which of those exceed the high threshold.
+struct Kept {
+    std::uint32_t candidates = 0, edges = 0;
+};
+
+// Three rows of magnitudes and one of directions at 32 pixels. At equal magnitudes the second neighbour wins on a
+// diagonal only.
+template <class T> struct Neighbourhood {
+    const T *above, *row, *below;
+    const std::uint8_t *directions;
+};
+
+RVX_INLINE Kept suppress(const Neighbourhood<float> &at, std::int64_t count, float high) {
     const auto block = [](const float *p) { return load<F32x8>(p); };
-    for (std::int64_t x = 0; x < width; x += 8) {
-        const F32x8 m = block(row + x);
-        const int n = width - x < 8 ? static_cast<int>(width - x) : 8;
+    Kept kept;
+    for (std::int64_t x = 0; x < count; x += 8) {
+        const F32x8 m = block(at.row + x);
         const Mask32x8 candidates = greater(m, splat(0.0f));
-        std::uint64_t bytes = 0;
-        if (laneBits(candidates) != 0) {
-            const I32x8 direction = loadI32(directions + x, Full{});
-            const Mask32x8 diagonal = hasBit(direction, diagonalBit), second = hasBit(direction, secondBit);
-            const F32x8 before = select(diagonal, select(second, block(above + x + 1), block(above + x - 1)),
-                                        select(second, block(above + x), block(row + x - 1)));
-            const F32x8 behind = select(diagonal, select(second, block(below + x - 1), block(below + x + 1)),
-                                        select(second, block(below + x), block(row + x + 1)));
-            // Equality with the second neighbour kills on a diagonal only.
-            const Mask32x8 beatsBehind = without(greaterEqual(m, behind), both(diagonal, lessEqual(m, behind)));
-            const Mask32x8 kept = both(candidates, both(greater(m, before), beatsBehind));
-            const I32x8 state =
-                select(greater(m, splat(high)), splat(std::int32_t{EdgeMap::edge}), splat(std::int32_t{EdgeMap::weak}));
-            bytes = packedBytes(keep(kept, state)) & ~std::uint64_t{0} >> (8 * (8 - n));
+        if (laneBits(candidates) == 0) {
+            continue;
         }
-        std::memcpy(states + x, &bytes, 8);
+        const float *const above = at.above + x, *const row = at.row + x, *const below = at.below + x;
+        const I32x8 direction = loadI32(at.directions + x, Full{});
+        const Mask32x8 diagonal = hasBit(direction, diagonalBit), second = hasBit(direction, secondBit);
+        const F32x8 before = select(diagonal, select(second, block(above + 1), block(above - 1)),
+                                    select(second, block(above), block(row - 1)));
+        const F32x8 behind = select(diagonal, select(second, block(below - 1), block(below + 1)),
+                                    select(second, block(below), block(row + 1)));
+        const Mask32x8 beatsBehind = without(greaterEqual(m, behind), both(diagonal, lessEqual(m, behind)));
+        const Mask32x8 best = both(candidates, both(greater(m, before), beatsBehind));
+        kept.candidates |= laneBits(best) << x;
+        kept.edges |= laneBits(both(best, greater(m, splat(high)))) << x;
+    }
+    return kept;
+}
+
+// What a pixel must exceed: the largest of its two neighbours, where the second one counts one less on a straight line.
+RVX_INLINE U16x16 suppressionBound(const Neighbourhood<std::uint16_t> &at, std::int64_t x) {
+    const auto block = [x](const std::uint16_t *p) { return load<U16x16>(p + x); };
+    const U16x16 direction{{loadI16(at.directions + x).v}}, one = splat(std::uint16_t{1});
+    const auto across = [&](std::uint16_t code, U16x16 before, U16x16 behind) {
+        return bitAnd(equal(direction, splat(code)), max(before, behind));
+    };
+    const U16x16 straight = bitOr(across(0, block(at.row - 1), subSaturated(block(at.row + 1), one)),
+                                  across(secondBit, block(at.above), subSaturated(block(at.below), one)));
+    const U16x16 diagonal = bitOr(across(diagonalBit, block(at.above - 1), block(at.below + 1)),
+                                  across(diagonalBit | secondBit, block(at.above + 1), block(at.below - 1)));
+    return bitOr(straight, diagonal);
+}
+
+RVX_INLINE Kept suppress(const Neighbourhood<std::uint16_t> &at, std::int64_t count, std::uint16_t high) {
+    const U16x16 none{};
+    U16x16 m[2] = {load<U16x16>(at.row), count > 16 ? load<U16x16>(at.row + 16) : none};
+    if (!anyBit(bitOr(m[0], m[1]))) {
+        return {};
+    }
+    U16x16 failing[2], weak[2];
+    for (int half = 0; half < 2; ++half) {
+        const U16x16 bound = half == 0 || count > 16 ? suppressionBound(at, 16 * half) : none;
+        failing[half] = equal(subSaturated(m[half], bound), none);
+        weak[half] = equal(subSaturated(m[half], max(bound, splat(high))), none);
+    }
+    return {~laneBits(failing[0], failing[1]), ~laneBits(weak[0], weak[1])};
+}
+
+// Row y: puts its candidates and edges into the map.
+template <class T>
+void suppressRow(const Rows<T> &rows, std::int64_t y, std::int64_t width, T high, const EdgeMap &map) {
+    for (std::int64_t x = 0; x <= width; x += 32) {
+        const std::int64_t count = std::min<std::int64_t>(width - x, 32);
+        Kept kept;
+        if (count > 0) {
+            kept = suppress(Neighbourhood<T>{rows.magnitude(y - 1) + x, rows.magnitude(y) + x,
+                                             rows.magnitude(y + 1) + x, rows.direction(y) + x},
+                            count, high);
+        }
+        const auto inside = static_cast<std::uint32_t>((std::uint64_t{1} << count) - 1);
+        map.put(y, x / 32, kept.candidates & inside, kept.edges & inside);
     }
 }
 
@@ -325,8 +500,11 @@ void suppress(const Rows &rows, std::int64_t y, std::int64_t width, float high, 
 
 template <class Producer>
 void detect(const Producer &producer, Plane<std::uint8_t> dst, RoiSize roi, float high, Scratch &scratch) {
+    using Norm = typename Producer::Norm;
+    using Magnitude = typename Norm::Magnitude;
     EdgeMap map(scratch, roi);
-    const Rows rows(scratch, roi.width);
+    const Rows<Magnitude> rows(scratch, roi.width);
+    const Magnitude highest = Norm::high(high);
     for (std::int64_t y = 0; y <= roi.height; ++y) {
         if (y < roi.height) {
             producer.produce(y, roi.width, rows.magnitude(y), rows.direction(y));
@@ -334,7 +512,7 @@ void detect(const Producer &producer, Plane<std::uint8_t> dst, RoiSize roi, floa
             rows.clear(y);
         }
         if (y > 0) {
-            suppress(rows, y - 1, roi.width, high, map);
+            suppressRow(rows, y - 1, roi.width, highest, map);
             map.connect(y - 1);
         }
     }
@@ -370,7 +548,7 @@ StatusCode fromDerivatives(const T *dx, std::int32_t dxStep, const T *dy, std::i
         return checks.status();
     }
     Scratch scratch(buffer, scratchBytes(roi));
-    const Producer producer{{dx, dxStep}, {dy, dyStep}, decltype(Producer::threshold)(low)};
+    const Producer producer{{dx, dxStep}, {dy, dyStep}, typename Producer::Norm(low)};
     detect(producer, {dst, dstStep}, roi, high, scratch);
     return StatusOk;
 }
@@ -384,10 +562,10 @@ void fromPicture(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, RoiSize
     const Source source(src, roi, border, borderValue, constantRow);
     const ColumnMargins<reach> margins(border, roi.width);
     if (norm == CannyNormL1) {
-        const From8u<Filter, EmitL1> producer{source, margins, borderValue, AboveTruncated(low)};
+        const From8u<Filter, L1Words<0>> producer{source, margins, borderValue, L1Words<0>(low)};
         detect(producer, dst, roi, high, scratch);
     } else {
-        const From8u<Filter, EmitL2> producer{source, margins, borderValue, AtLeast(low)};
+        const From8u<Filter, L2Float> producer{source, margins, borderValue, L2Float(low)};
         detect(producer, dst, roi, high, scratch);
     }
 }
@@ -399,7 +577,9 @@ using namespace rvxcv;
 
 StatusCode rvxiCanny_16s8u_C1R(const int16_t *dx, int32_t dxStep, const int16_t *dy, int32_t dyStep, uint8_t *dst,
                                int32_t dstStep, RoiSize roi, float low, float high, uint8_t *buffer) {
-    return fromDerivatives<From16s>(dx, dxStep, dy, dyStep, dst, dstStep, roi, low, high, buffer);
+    const auto run =
+        low < 1 ? fromDerivatives<From16s<L1Float>, int16_t> : fromDerivatives<From16s<L1Words<1>>, int16_t>;
+    return run(dx, dxStep, dy, dyStep, dst, dstStep, roi, low, high, buffer);
 }
 
 StatusCode rvxiCanny_32f8u_C1R(const float *dx, int32_t dxStep, const float *dy, int32_t dyStep, uint8_t *dst,

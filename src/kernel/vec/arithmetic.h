@@ -73,6 +73,8 @@ RVX_INLINE I16x16 abs(I16x16 a) { return {{_mm256_abs_epi16(a.v)}}; }
 RVX_INLINE I16x16 mulSign(I16x16 a, I16x16 b) { return {{_mm256_sign_epi16(a.v, b.v)}}; }
 RVX_INLINE I16x16 bitAnd(I16x16 a, I16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 RVX_INLINE I16x16 bitOr(I16x16 a, I16x16 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
+RVX_INLINE I16x16 bitXor(I16x16 a, I16x16 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
+RVX_INLINE I16x16 bitAndNot(I16x16 a, I16x16 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 template <int bits> RVX_INLINE U16x16 shiftRight(U16x16 a) { return {{_mm256_srli_epi16(a.v, bits)}}; }
 RVX_INLINE U16x16 add(U16x16 a, U16x16 b) { return {{_mm256_add_epi16(a.v, b.v)}}; }
 RVX_INLINE U16x16 sub(U16x16 a, U16x16 b) { return {{_mm256_sub_epi16(a.v, b.v)}}; }
