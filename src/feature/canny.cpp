@@ -12,6 +12,7 @@
 
 #include <bit>
 #include <cmath>
+#include <limits>
 
 namespace rvxcv {
 namespace {
@@ -52,22 +53,39 @@ private:
     }
 };
 
-// Derivatives of at most 4080, from 8u pictures and three taps: fractions between the neighbouring quotients |dx| /
-// |dy| decide as the rounded products do (a test tries every |dy| beside its thresholds).
+// Derivatives of at most 4080, from 8u pictures and three taps: for them fractions decide as the rounded products do.
 struct SmallIntegerRule {
+    static constexpr std::int16_t over = 2378, tan67 = 5741, tan22 = 985;
+
+    // Whether as many |dx| lie on either side of each threshold.
+    static constexpr bool exact() {
+        for (std::int32_t ay = 0; ay <= 4080; ++ay) {
+            const auto product67 = static_cast<float>(2.414213562373095 * ay);
+            const auto product22 = static_cast<float>(0.41421356237309503 * ay);
+            const std::int32_t notAbove = tan67 * ay / over, below = (tan22 * ay + over - 1) / over;
+            if (notAbove != static_cast<std::int32_t>(product67) || static_cast<float>(below) < product22 ||
+                (below > 0 && static_cast<float>(below - 1) >= product22)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
     static RVX_INLINE I16x16 directions(const GradientPair &gradient) {
         const I16x16 ax = abs(gradient.dx), ay = abs(gradient.dy);
         const I16x16 low = pairsInLaneLow(ax, ay), high = pairsInLaneHigh(ax, ay);
         const auto negative = [&](I16x16 factors) {
             return shiftRight<15>(narrowInLane(mulAddPairs(low, factors), mulAddPairs(high, factors)));
         };
-        const I16x16 horizontal = negative(splatPair(-2378, 5741)), vertical = negative(splatPair(2378, -985));
+        const I16x16 horizontal = negative(splatPair(-over, tan67)), vertical = negative(splatPair(over, -tan22));
         const I16x16 second = splat(std::int16_t{secondBit});
         const I16x16 signsDiffer = bitAnd(shiftRight<15>(bitXor(gradient.dx, gradient.dy)), second);
         const I16x16 ifDiagonal = bitOr(signsDiffer, splat(std::int16_t{diagonalBit}));
         return bitOr(bitAndNot(ifDiagonal, bitOr(horizontal, vertical)), bitAnd(vertical, second));
     }
 };
+
+static_assert(SmallIntegerRule::exact());
 
 struct FloatRule {
     static RVX_INLINE I32x8 direction(F32x8 dx, F32x8 dy) {
@@ -94,12 +112,6 @@ struct AtLeast {
     RVX_INLINE F32x8 apply(F32x8 m) const { return keep(greaterEqual(m, low), m); }
 };
 
-template <class Function>
-RVX_INLINE void storeEights(float *magnitudes, const GradientPair &g, auto span, const Function &magnitude) {
-    withEight<0>(span, [&](auto eight) { store(magnitudes, magnitude(widenLow(g.dx), widenLow(g.dy)), eight); });
-    withEight<1>(span, [&](auto eight) { store(magnitudes + 8, magnitude(widenHigh(g.dx), widenHigh(g.dy)), eight); });
-}
-
 struct L1Float {
     using Magnitude = float;
     AboveTruncated threshold;
@@ -107,22 +119,45 @@ struct L1Float {
     explicit L1Float(float low) : threshold(low) {}
     static float high(float threshold) { return threshold; }
     RVX_INLINE void put(float *magnitudes, const GradientPair &gradient, auto span) const {
-        storeEights(magnitudes, gradient, span,
-                    [&](I32x8 dx, I32x8 dy) { return threshold.apply(toF32(add(abs(dx), abs(dy)))); });
+        const auto magnitude = [&](I32x8 dx, I32x8 dy) { return threshold.apply(toF32(add(abs(dx), abs(dy)))); };
+        const I32x8 dx[2] = {widenLow(gradient.dx), widenHigh(gradient.dx)};
+        const I32x8 dy[2] = {widenLow(gradient.dy), widenHigh(gradient.dy)};
+        withEight<0>(span, [&](auto eight) { store(magnitudes, magnitude(dx[0], dy[0]), eight); });
+        withEight<1>(span, [&](auto eight) { store(magnitudes + 8, magnitude(dx[1], dy[1]), eight); });
     }
 };
 
-// The sum of squares is exact and rounded to float once.
-struct L2Float {
+// The sum of squares is exact and rounded to float once. Sums below 2^21, of the 3x3 Sobel filters, have roots that
+// differ as floats: they are compared themselves, and so are the thresholds' squares.
+template <bool root> struct L2Float {
     using Magnitude = float;
     AtLeast threshold;
 
-    explicit L2Float(float low) : threshold(low) {}
-    static float high(float threshold) { return threshold; }
+    explicit L2Float(float low) : threshold(root ? low : leastSum(low, [low](float m) { return m >= low; })) {}
+    static float high(float threshold) {
+        return root ? threshold : leastSum(threshold, [threshold](float m) { return m > threshold; }) - 1;
+    }
     RVX_INLINE void put(float *magnitudes, const GradientPair &gradient, auto span) const {
-        storeEights(magnitudes, gradient, span, [&](I32x8 dx, I32x8 dy) {
-            return threshold.apply(sqrt(toF32(add(mulLow(dx, dx), mulLow(dy, dy)))));
-        });
+        const auto magnitude = [&](I32x8 sum) { return threshold.apply(root ? sqrt(toF32(sum)) : toF32(sum)); };
+        const auto squares = [](I16x16 pairs) { return mulAddPairs(pairs, pairs); };
+        const I32x8 low = squares(pairsInLaneLow(gradient.dx, gradient.dy));
+        const I32x8 high = squares(pairsInLaneHigh(gradient.dx, gradient.dy));
+        withEight<0>(span, [&](auto eight) { store(magnitudes, magnitude(lowThenLow(low, high)), eight); });
+        withEight<1>(span, [&](auto eight) { store(magnitudes + 8, magnitude(highThenHigh(low, high)), eight); });
+    }
+
+private:
+    // The least sum whose root passes a test beside the threshold, or one that is not reached.
+    template <class Test> static float leastSum(float threshold, const Test &passes) {
+        constexpr float mostRoot = 1449, unreached = 1 << 21;
+        if (!(threshold < mostRoot)) {
+            return unreached;
+        }
+        float least = threshold > 2 ? std::floor(threshold * threshold) - 2 : 0; // none below passes
+        while (!passes(std::sqrt(least))) {
+            ++least;
+        }
+        return least;
     }
 };
 
@@ -148,7 +183,9 @@ template <int less> struct L1Words {
 private:
     // No magnitude exceeds 65535, so that stands for what is larger and for a NaN.
     static std::uint16_t limit(float threshold) {
-        return threshold < 65536 ? static_cast<std::uint16_t>(static_cast<std::int32_t>(threshold) - less) : 65535;
+        return threshold >= 0 && threshold < 65536
+                   ? static_cast<std::uint16_t>(static_cast<std::int32_t>(threshold) - less)
+                   : 65535;
     }
     static RVX_INLINE U16x16 abs(I16x16 a) { return {{rvxcv::abs(a).v}}; }
 };
@@ -293,21 +330,31 @@ public:
 
     // Row y has been put: whatever is connected with an edge in the rows up to y becomes an edge.
     void connect(std::int64_t y) {
-        walkRow<8>(words_, Spread{candidates_ + y * words_, edges_ + y * words_, words_});
-        walkRow<8>(words_, Touching{*this, y * words_});
+        eights(Spread{candidates_ + y * words_, edges_ + y * words_, words_});
+        eights(Touching{*this, y * words_});
         grow();
     }
 
     void writeEdges(std::int64_t y, std::uint8_t *dst) const { walkRow<32>(width_, Write{edges_ + y * words_, dst}); }
 
 private:
-    // A word's bits with those beside them, to the side and in the words to the side.
+    template <class Kernel> void eights(const Kernel &kernel) const {
+        std::int64_t k = 0;
+        for (; k + 8 <= words_; k += 8) {
+            kernel(k, Full{});
+        }
+        if (k < words_) {
+            kernel(k, firstLanes(static_cast<int>(words_ - k)));
+        }
+    }
+
+    // The words to the side of some words, where they touch them; and all that touches them from above or below.
     template <class Span> static RVX_INLINE I32x8 sideways(const std::int32_t *words, Span span) {
-        return bitOr(shiftBitsRight<31>(load<I32x8>(words - 1, span)), shiftBitsLeft<31>(load<I32x8>(words + 1, span)));
+        return bitOr(shiftRightLogical<31>(load<I32x8>(words - 1, span)), shiftLeft<31>(load<I32x8>(words + 1, span)));
     }
     template <class Span> static RVX_INLINE I32x8 widened(const std::int32_t *words, Span span) {
         const I32x8 word = load<I32x8>(words, span);
-        return bitOr(bitOr(word, sideways(words, span)), bitOr(shiftBitsLeft<1>(word), shiftBitsRight<1>(word)));
+        return bitOr(bitOr(word, sideways(words, span)), bitOr(shiftLeft<1>(word), shiftRightLogical<1>(word)));
     }
 
     // Seeds grow along the runs of candidates that they are in, 1, 2, 4 .. pixels at a time.
@@ -322,10 +369,10 @@ private:
             const I32x8 seeds = bitAnd(runs, bitOr(reached, load<I32x8>(edges + k, span)));
             I32x8 left = seeds, right = seeds, leftRuns = runs, rightRuns = runs;
             const auto step = [&]<int n>(std::integral_constant<int, n>) {
-                left = bitOr(left, bitAnd(leftRuns, shiftBitsLeft<n>(left)));
-                right = bitOr(right, bitAnd(rightRuns, shiftBitsRight<n>(right)));
-                leftRuns = bitAnd(leftRuns, shiftBitsLeft<n>(leftRuns));
-                rightRuns = bitAnd(rightRuns, shiftBitsRight<n>(rightRuns));
+                left = bitOr(left, bitAnd(leftRuns, shiftLeft<n>(left)));
+                right = bitOr(right, bitAnd(rightRuns, shiftRightLogical<n>(right)));
+                leftRuns = bitAnd(leftRuns, shiftLeft<n>(leftRuns));
+                rightRuns = bitAnd(rightRuns, shiftRightLogical<n>(rightRuns));
             };
             step(std::integral_constant<int, 1>{});
             step(std::integral_constant<int, 2>{});
@@ -415,84 +462,65 @@ private:
 
 // ------------------------------------------------------------------------------------------------- suppression
 
-// Which of 32 pixels are local maxima across the edge, and which of those exceed the high threshold.
-struct Kept {
-    std::uint32_t candidates = 0, edges = 0;
+// Vectors of magnitudes as integers in the same order; floats that are not negative have it in their bits.
+template <class T> struct Ordered;
+
+template <> struct Ordered<float> {
+    using V = I32x8;
+    static RVX_INLINE V of(const float *p) { return asInt(load<F32x8>(p)); }
+    static RVX_INLINE V directions(const std::uint8_t *p) { return loadI32(p, Full{}); }
+    static RVX_INLINE V oneLess(V a) { return add(a, splat(-1)); }
+    static RVX_INLINE V where(V directions, std::int32_t code, V a) { return keep(equal(directions, splat(code)), a); }
+    static RVX_INLINE std::uint32_t exceeding(V a, V b) { return laneBits(greater(a, b)); }
+    // Nothing exceeds a NaN, nor infinity.
+    static V high(float threshold) {
+        return asInt(splat(threshold >= 0 ? threshold : std::numeric_limits<float>::infinity()));
+    }
 };
 
-// Three rows of magnitudes and one of directions at 32 pixels. At equal magnitudes the second neighbour wins on a
-// diagonal only.
-template <class T> struct Neighbourhood {
-    const T *above, *row, *below;
-    const std::uint8_t *directions;
+template <> struct Ordered<std::uint16_t> {
+    using V = U16x16;
+    static RVX_INLINE V of(const std::uint16_t *p) { return load<V>(p); }
+    static RVX_INLINE V directions(const std::uint8_t *p) { return {{loadI16(p).v}}; }
+    static RVX_INLINE V oneLess(V a) { return subSaturated(a, splat(std::uint16_t{1})); }
+    static RVX_INLINE V where(V directions, std::int32_t code, V a) {
+        return bitAnd(equal(directions, splat(static_cast<std::uint16_t>(code))), a);
+    }
+    static RVX_INLINE std::uint32_t exceeding(V a, V b) { return laneBits(equal(subSaturated(a, b), V{})) ^ 0xffff; }
+    static V high(std::uint16_t threshold) { return splat(threshold); }
 };
 
-RVX_INLINE Kept suppress(const Neighbourhood<float> &at, std::int64_t count, float high) {
-    const auto block = [](const float *p) { return load<F32x8>(p); };
-    Kept kept;
-    for (std::int64_t x = 0; x < count; x += 8) {
-        const F32x8 m = block(at.row + x);
-        const Mask32x8 candidates = greater(m, splat(0.0f));
-        if (laneBits(candidates) == 0) {
-            continue;
-        }
-        const float *const above = at.above + x, *const row = at.row + x, *const below = at.below + x;
-        const I32x8 direction = loadI32(at.directions + x, Full{});
-        const Mask32x8 diagonal = hasBit(direction, diagonalBit), second = hasBit(direction, secondBit);
-        const F32x8 before = select(diagonal, select(second, block(above + 1), block(above - 1)),
-                                    select(second, block(above), block(row - 1)));
-        const F32x8 behind = select(diagonal, select(second, block(below - 1), block(below + 1)),
-                                    select(second, block(below), block(row + 1)));
-        const Mask32x8 beatsBehind = without(greaterEqual(m, behind), both(diagonal, lessEqual(m, behind)));
-        const Mask32x8 best = both(candidates, both(greater(m, before), beatsBehind));
-        kept.candidates |= laneBits(best) << x;
-        kept.edges |= laneBits(both(best, greater(m, splat(high)))) << x;
-    }
-    return kept;
-}
-
-// What a pixel must exceed: the largest of its two neighbours, where the second one counts one less on a straight line.
-RVX_INLINE U16x16 suppressionBound(const Neighbourhood<std::uint16_t> &at, std::int64_t x) {
-    const auto block = [x](const std::uint16_t *p) { return load<U16x16>(p + x); };
-    const U16x16 direction{{loadI16(at.directions + x).v}}, one = splat(std::uint16_t{1});
-    const auto across = [&](std::uint16_t code, U16x16 before, U16x16 behind) {
-        return bitAnd(equal(direction, splat(code)), max(before, behind));
-    };
-    const U16x16 straight = bitOr(across(0, block(at.row - 1), subSaturated(block(at.row + 1), one)),
-                                  across(secondBit, block(at.above), subSaturated(block(at.below), one)));
-    const U16x16 diagonal = bitOr(across(diagonalBit, block(at.above - 1), block(at.below + 1)),
-                                  across(diagonalBit | secondBit, block(at.above + 1), block(at.below - 1)));
-    return bitOr(straight, diagonal);
-}
-
-RVX_INLINE Kept suppress(const Neighbourhood<std::uint16_t> &at, std::int64_t count, std::uint16_t high) {
-    const U16x16 none{};
-    U16x16 m[2] = {load<U16x16>(at.row), count > 16 ? load<U16x16>(at.row + 16) : none};
-    if (!anyBit(bitOr(m[0], m[1]))) {
-        return {};
-    }
-    U16x16 failing[2], weak[2];
-    for (int half = 0; half < 2; ++half) {
-        const U16x16 bound = half == 0 || count > 16 ? suppressionBound(at, 16 * half) : none;
-        failing[half] = equal(subSaturated(m[half], bound), none);
-        weak[half] = equal(subSaturated(m[half], max(bound, splat(high))), none);
-    }
-    return {~laneBits(failing[0], failing[1]), ~laneBits(weak[0], weak[1])};
-}
-
-// Row y: puts its candidates and edges into the map.
+// Row y: puts its candidates and edges into the map. A pixel is kept that exceeds its two neighbours across the edge;
+// on a straight line it may equal the second one, which therefore counts one less.
 template <class T>
 void suppressRow(const Rows<T> &rows, std::int64_t y, std::int64_t width, T high, const EdgeMap &map) {
+    using O = Ordered<T>;
+    using V = typename O::V;
+    const V highest = O::high(high);
+    const T *above = rows.magnitude(y - 1), *row = rows.magnitude(y), *below = rows.magnitude(y + 1);
+    const std::uint8_t *directions = rows.direction(y);
     for (std::int64_t x = 0; x <= width; x += 32) {
+        std::uint32_t candidates = 0, edges = 0;
         const std::int64_t count = std::min<std::int64_t>(width - x, 32);
-        Kept kept;
-        if (count > 0) {
-            kept = suppress(Neighbourhood<T>{rows.magnitude(y - 1) + x, rows.magnitude(y) + x,
-                                             rows.magnitude(y + 1) + x, rows.direction(y) + x},
-                            count, high);
+        for (std::int64_t i = x; i < x + count; i += V::lanes) {
+            const V m = O::of(row + i);
+            if (O::exceeding(m, V{}) == 0) {
+                continue;
+            }
+            const V direction = O::directions(directions + i);
+            const auto across = [&](std::int32_t code, V before, V behind) {
+                return O::where(direction, code, max(before, behind));
+            };
+            const V straight = bitOr(across(0, O::of(row + i - 1), O::oneLess(O::of(row + i + 1))),
+                                     across(secondBit, O::of(above + i), O::oneLess(O::of(below + i))));
+            const V diagonal = bitOr(across(diagonalBit, O::of(above + i - 1), O::of(below + i + 1)),
+                                     across(diagonalBit | secondBit, O::of(above + i + 1), O::of(below + i - 1)));
+            const V bound = bitOr(straight, diagonal);
+            candidates |= O::exceeding(m, bound) << (i - x);
+            edges |= O::exceeding(m, max(bound, highest)) << (i - x);
         }
         const auto inside = static_cast<std::uint32_t>((std::uint64_t{1} << count) - 1);
-        map.put(y, x / 32, kept.candidates & inside, kept.edges & inside);
+        map.put(y, x / 32, candidates & inside, edges & inside);
     }
 }
 
@@ -565,7 +593,8 @@ void fromPicture(Plane<const std::uint8_t> src, Plane<std::uint8_t> dst, RoiSize
         const From8u<Filter, L1Words<0>> producer{source, margins, borderValue, L1Words<0>(low)};
         detect(producer, dst, roi, high, scratch);
     } else {
-        const From8u<Filter, L2Float> producer{source, margins, borderValue, L2Float(low)};
+        using Norm = L2Float<!std::is_same_v<Filter, SobelGradient3>>;
+        const From8u<Filter, Norm> producer{source, margins, borderValue, Norm(low)};
         detect(producer, dst, roi, high, scratch);
     }
 }

@@ -179,9 +179,9 @@ private:
         if constexpr (sizeof(T) == 4) {
             return asFloat(word);
         } else if constexpr (sizeof(T) == 2) {
-            return toF32(bit == 0 ? lowHalves(word) : shiftRightBits<bit>(word));
+            return toF32(bit == 0 ? lowHalves(word) : shiftRightLogical<bit>(word));
         } else {
-            return toF32(bit == 24 ? shiftRightBits<bit>(word) : bitAnd(shiftRightBits<bit>(word), splat(0xff)));
+            return toF32(bit == 24 ? shiftRightLogical<bit>(word) : bitAnd(shiftRightLogical<bit>(word), splat(0xff)));
         }
     }
     static RVX_INLINE Pairs pairs(const Words &words) {

@@ -157,9 +157,9 @@ TEST(Canny, ThresholdsAreComparedAsNumbers) {
     struct Pair {
         float low, high;
     };
-    for (const Pair t :
-         {Pair{0, 0}, Pair{0, infinity}, Pair{2.9f, 2.9f}, Pair{3, 3}, Pair{4, 4}, Pair{65535.5f, 65535.5f},
-          Pair{65536, 65536}, Pair{1e20f, 1e30f}, Pair{infinity, infinity}, Pair{std::nanf(""), 1}}) {
+    for (const Pair t : {Pair{0, 0}, Pair{0, infinity}, Pair{2.9f, 2.9f}, Pair{3, 3}, Pair{4, 4},
+                         Pair{65535.5f, 65535.5f}, Pair{65536, 65536}, Pair{1e20f, 1e30f}, Pair{infinity, infinity},
+                         Pair{std::nanf(""), 1}, Pair{0, -std::nanf("")}, Pair{1, std::nanf("")}, Pair{1.5f, 65535}}) {
         for (const Contents contents : {Contents::small, Contents::nearMax}) {
             checkDerivatives<std::int16_t>(rvxiCanny_16s8u_C1R, Rule::integers, 21, 9, contents, t.low, t.high, rng);
             checkDerivatives<float>(rvxiCanny_32f8u_C1R, Rule::floats, 21, 9, Contents::small, t.low, t.high, rng);

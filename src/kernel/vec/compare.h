@@ -61,11 +61,6 @@ RVX_INLINE std::uint32_t laneBits(U16x16 mask) {
 RVX_INLINE std::uint32_t zeroBytes(U8x16 a) {
     return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(a.v, _mm_setzero_si128())));
 }
-// The same of two vectors, a in the low half.
-RVX_INLINE std::uint32_t laneBits(U16x16 a, U16x16 b) {
-    const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packs_epi16(a.v, b.v), 0xd8);
-    return static_cast<std::uint32_t>(_mm256_movemask_epi8(bytes));
-}
 // Lanes with low <= a <= high, where low <= high; of floats with any bounds, and never for a NaN.
 RVX_INLINE U8x32 inRange(U8x32 a, U8x32 low, U8x32 high) { return equal(min(max(a, low), high), a); }
 RVX_INLINE U16x16 inRange(U16x16 a, U16x16 low, U16x16 high) {

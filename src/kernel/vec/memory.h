@@ -128,6 +128,7 @@ template <class V> RVX_INLINE V load(const std::int32_t *p, Lanes lanes) {
     static_assert(std::is_same_v<V, I32x8>);
     return {{_mm256_maskload_epi32(p, lanes.mask)}};
 }
+RVX_INLINE void store(std::int32_t *p, I32x8 a, Lanes lanes) { _mm256_maskstore_epi32(p, lanes.mask, a.v); }
 RVX_INLINE void store(float *p, F32x8 a, Lanes lanes) { _mm256_maskstore_ps(p, lanes.mask, a.v); }
 
 // Eight pixels of any type as floats; exact.
