@@ -343,7 +343,9 @@ private:
         for (; k + 8 <= words_; k += 8) {
             kernel(k, Full{});
         }
-        if (k < words_) {
+        if (k + 1 == words_) {
+            kernel(k, Part{1}); // loaded as it was stored
+        } else if (k < words_) {
             kernel(k, firstLanes(static_cast<int>(words_ - k)));
         }
     }
