@@ -1,8 +1,8 @@
-// Rank filters: minimum and maximum under a rectangle. The frequent small ones are in small_window.h. For the others,
-// separable: a block of output rows is first reduced along the columns, straight from the source, into scratch rows
-// that have room for the margins; the margins repeat the edge pixels; then each scratch row is reduced along itself
-// into the destination. Wide images are cut into tiles of columns so that a block stays in the cache, or in a scratch
-// buffer that was sized for fewer channels.
+// Rank filters: minimum and maximum under a rectangle. The frequent small ones are in small_window.h and row_window.h.
+// For the others, separable: a block of output rows is first reduced along the columns, straight from the source, into
+// scratch rows that have room for the margins; the margins repeat the edge pixels; then each scratch row is reduced
+// along itself into the destination. Wide images are cut into tiles of columns so that a block stays in the cache, or in
+// a scratch buffer that was sized for fewer channels.
 #include "frame/api.h"
 
 #include "kernel/checks.h"
@@ -10,6 +10,7 @@
 #include "morph/morph_spec.h"
 #include "morph/rank_filter.h"
 #include "morph/row_extrema.h"
+#include "morph/row_window.h"
 #include "morph/small_window.h"
 
 namespace rvxcv {
@@ -65,6 +66,10 @@ bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> o
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
     window = trimmed(window, task.roi, task.border);
     if (filterSmallWindow<T, Op, Extremum>(task, window, {task.dst.base, task.dst.step})) {
+        return true;
+    }
+    if (RowWindow<T, Op>::applies(task, window)) {
+        RowWindow<T, Op>(task, window).run();
         return true;
     }
     const std::int64_t channels = task.channels, roiWidth = task.roi.width;

@@ -159,6 +159,18 @@ template <class T, class Op, int loads> struct RowStep {
             store(dst + x, at(x));
         }
     }
+    // Exactly n elements, at least a vector, without reading behind the last one's; dst is not src.
+    void overlapping(std::int64_t n) const {
+        std::int64_t x = 0;
+        for (; x + 2 * V::lanes <= n; x += 2 * V::lanes) {
+            store(dst + x, at(x));
+            store(dst + x + V::lanes, at(x + V::lanes));
+        }
+        for (; x < n; x += V::lanes) {
+            const std::int64_t from = std::min(x, n - V::lanes);
+            store(dst + from, at(from));
+        }
+    }
     // Exactly n elements.
     void exact(std::int64_t n) const {
         std::int64_t x = 0;

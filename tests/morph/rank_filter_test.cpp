@@ -114,6 +114,9 @@ TEST(RankFilter, EveryRegionWidth) {
             check(member, {width, height}, {3, 3}, {1, 1}, contentsOf[width % 4], rng);
             check(member, {width, height}, {5, 5}, {2, 2}, contentsOf[width % 4], rng);
             check(member, {width, 7}, {7, 5}, {6, 0}, contentsOf[width % 4], rng);
+            const std::int32_t row = 2 + width % 16;
+            check(member, {width, 3}, {row, 1}, {width * 7 % row, 0}, contentsOf[width % 4], rng);
+            check(member, {width, 3}, {row, 1}, {row / 2, 0}, contentsOf[width % 4], rng);
         }
     });
 }
