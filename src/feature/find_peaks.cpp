@@ -126,34 +126,45 @@ template <class T> struct SquareRow {
     const T *center, *below;
     ExtremaRow<T> rowAbove, rowHere; // the row above gives its place to the row below
     PeakRule<T> isPeak;
-    PeakList *list;
-    std::int64_t x0, y;
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+    template <class Span> RVX_INLINE std::uint32_t peaks(std::ptrdiff_t x, Span span) const {
         const Extrema<T> newest = ofThree(below + x, span);
         Extrema<T> extrema = rowAbove.at(x);
         rowAbove.set(x, newest);
         extrema.include(rowHere.at(x));
         extrema.include(newest);
-        const auto peaks = isPeak(load<Vec<T>>(center + x, span), extrema.largest, extrema.smallest);
-        list->append(laneBits(peaks, span), x0 + x, y);
+        return laneBits(isPeak(load<Vec<T>>(center + x, span), extrema.largest, extrema.smallest), span);
     }
 };
 
 template <class T> struct CrossRow {
     const T *above, *center, *below;
     PeakRule<T> isPeak;
-    PeakList *list;
-    std::int64_t x0, y;
 
-    template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
+    template <class Span> RVX_INLINE std::uint32_t peaks(std::ptrdiff_t x, Span span) const {
         Extrema<T> extrema = ofThree(center + x, span);
         extrema.include(load<Vec<T>>(above + x, span));
         extrema.include(load<Vec<T>>(below + x, span));
-        const auto peaks = isPeak(load<Vec<T>>(center + x, span), extrema.largest, extrema.smallest);
-        list->append(laneBits(peaks, span), x0 + x, y);
+        return laneBits(isPeak(load<Vec<T>>(center + x, span), extrema.largest, extrema.smallest), span);
     }
 };
+
+// Lists a row's peaks. Whether a vector has one is hard to foresee, so several of them are one question.
+template <class Row>
+void listPeaks(const Row &row, std::int64_t columns, PeakList &list, std::int64_t x0, std::int64_t y) {
+    std::int64_t x = 0;
+    for (; x + 32 <= columns; x += 32) {
+        const std::uint32_t low = row.peaks(x, Full{}) | row.peaks(x + 8, Full{}) << 8;
+        const std::uint32_t high = row.peaks(x + 16, Full{}) | row.peaks(x + 24, Full{}) << 8;
+        list.append(low | high << 16, x0 + x, y);
+    }
+    for (; x + 8 <= columns; x += 8) {
+        list.append(row.peaks(x, Full{}), x0 + x, y);
+    }
+    if (x < columns) {
+        list.append(row.peaks(x, Part{static_cast<int>(columns - x)}), x0 + x, y);
+    }
+}
 
 // The rows first.. (as many as given) and columns first.. of the image, searched row by row.
 template <class T>
@@ -164,8 +175,8 @@ void searchSquares(Plane<const T> src, std::int64_t first, std::int64_t columns,
     walkRow<8>(columns, ReduceRow<T>{src.row(first - 1) + first, above});
     walkRow<8>(columns, ReduceRow<T>{src.row(first) + first, here});
     for (std::int64_t y = first; y < first + rows && !list.full(); ++y) {
-        walkRow<8>(columns,
-                   SquareRow<T>{src.row(y) + first, src.row(y + 1) + first, above, here, isPeak, &list, first, y});
+        const SquareRow<T> row{src.row(y) + first, src.row(y + 1) + first, above, here, isPeak};
+        listPeaks(row, columns, list, first, y);
         std::swap(above, here);
     }
 }
@@ -174,8 +185,8 @@ template <class T>
 void searchCrosses(Plane<const T> src, std::int64_t first, std::int64_t columns, std::int64_t rows, PeakRule<T> isPeak,
                    PeakList &list) {
     for (std::int64_t y = first; y < first + rows && !list.full(); ++y) {
-        walkRow<8>(columns, CrossRow<T>{src.row(y - 1) + first, src.row(y) + first, src.row(y + 1) + first, isPeak,
-                                        &list, first, y});
+        const CrossRow<T> row{src.row(y - 1) + first, src.row(y) + first, src.row(y + 1) + first, isPeak};
+        listPeaks(row, columns, list, first, y);
     }
 }
 
