@@ -10,12 +10,13 @@ RVX_INLINE U8x32 bitAnd(U8x32 a, U8x32 b) { return {{_mm256_and_si256(a.v, b.v)}
 RVX_INLINE U8x32 bitAndNot(U8x32 a, U8x32 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 RVX_INLINE U8x32 bitOr(U8x32 a, U8x32 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 RVX_INLINE U8x32 bitXor(U8x32 a, U8x32 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
+RVX_INLINE U16x16 bitAnd(U16x16 a, U16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 RVX_INLINE U16x16 bitAndNot(U16x16 a, U16x16 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 RVX_INLINE U16x16 bitOr(U16x16 a, U16x16 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
 RVX_INLINE U16x16 bitXor(U16x16 a, U16x16 b) { return {{_mm256_xor_si256(a.v, b.v)}}; }
 RVX_INLINE I32x8 bitAnd(I32x8 a, I32x8 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
+RVX_INLINE I32x8 bitAndNot(I32x8 a, I32x8 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 RVX_INLINE I32x8 bitOr(I32x8 a, I32x8 b) { return {{_mm256_or_si256(a.v, b.v)}}; }
-RVX_INLINE U16x16 bitAnd(U16x16 a, U16x16 b) { return {{_mm256_and_si256(a.v, b.v)}}; }
 RVX_INLINE bool anyBit(U8x32 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
 RVX_INLINE bool anyBit(U16x16 a) { return _mm256_testz_si256(a.v, a.v) == 0; }
 // Bit i is the high bit of byte i.
@@ -35,9 +36,6 @@ public:
 private:
     __m256i right_, left_;
 };
-
-// 32-bit lanes as words of bits; zeros are shifted in.
-RVX_INLINE I32x8 bitAndNot(I32x8 a, I32x8 b) { return {{_mm256_andnot_si256(b.v, a.v)}}; }
 
 // 64-bit lanes shifted, towards later pixels (left) and earlier ones (right) of a bit image; zeros come in.
 RVX_INLINE U8x32 shiftBitsLeft(U8x32 a, int bits) { return {{_mm256_slli_epi64(a.v, bits)}}; }
