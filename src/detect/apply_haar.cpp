@@ -431,7 +431,7 @@ StatusCode apply(const typename Rule::Element *sum, std::int32_t sumStep, const 
     if (checks.failed()) {
         return checks.status();
     }
-    // The documented size: room for the table, and two rows that belong to it.
+    // The size is documented: the table, and two rows behind it that are spare.
     void *scratch = rvxMalloc(16 * std::int64_t{classifier->rectCount} + 8 * std::int64_t{roi.width});
     if (scratch == nullptr) {
         return StatusNoMemory;

@@ -76,6 +76,20 @@ template <class V> std::vector<std::size_t> recordOrder(const Features<V> &featu
     return order;
 }
 
+template <class V> struct RecordCalls {
+    static constexpr auto make = rvxiHaarClassifierInitAlloc_32f, makeTilted = rvxiTiltedHaarClassifierInitAlloc_32f;
+    static constexpr auto free = rvxiHaarClassifierFree_32f;
+    static constexpr auto tilt = rvxiTiltHaarFeatures_32f;
+    static constexpr auto size = rvxiGetHaarClassifierSize_32f;
+};
+template <> struct RecordCalls<std::int32_t> {
+    static constexpr auto make = rvxiHaarClassifierInitAlloc_32s, makeTilted = rvxiTiltedHaarClassifierInitAlloc_32s;
+    static constexpr auto free = rvxiHaarClassifierFree_32s;
+    static constexpr auto tilt = rvxiTiltHaarFeatures_32s;
+    static constexpr auto size = rvxiGetHaarClassifierSize_32s;
+};
+
+// A caller's arrays, and the call that hands them over: all but one of them, if one is said to be missing.
 template <class V> struct Arrays {
     std::vector<Rect2i> rects;
     std::vector<V> weights, thresholds, value1, value2;
@@ -91,19 +105,12 @@ template <class V> struct Arrays {
             rectCounts.push_back(static_cast<std::int32_t>(feature.rects.size()));
         }
     }
-};
-
-template <class V> struct RecordCalls {
-    static constexpr auto make = rvxiHaarClassifierInitAlloc_32f, makeTilted = rvxiTiltedHaarClassifierInitAlloc_32f;
-    static constexpr auto free = rvxiHaarClassifierFree_32f;
-    static constexpr auto tilt = rvxiTiltHaarFeatures_32f;
-    static constexpr auto size = rvxiGetHaarClassifierSize_32f;
-};
-template <> struct RecordCalls<std::int32_t> {
-    static constexpr auto make = rvxiHaarClassifierInitAlloc_32s, makeTilted = rvxiTiltedHaarClassifierInitAlloc_32s;
-    static constexpr auto free = rvxiHaarClassifierFree_32s;
-    static constexpr auto tilt = rvxiTiltHaarFeatures_32s;
-    static constexpr auto size = rvxiGetHaarClassifierSize_32s;
+    StatusCode make(bool tilted, HaarClassifier **record, std::int32_t length, int missing = -1) const {
+        const auto given = [&](int i, const auto &array) { return missing == i ? nullptr : array.data(); };
+        return (tilted ? RecordCalls<V>::makeTilted
+                       : RecordCalls<V>::make)(record, given(0, rects), given(1, weights), given(2, thresholds),
+                                               given(3, value1), given(4, value2), given(5, rectCounts), length);
+    }
 };
 
 using Record = std::unique_ptr<HaarClassifier, StatusCode (*)(HaarClassifier *)>;
@@ -112,11 +119,8 @@ using Record = std::unique_ptr<HaarClassifier, StatusCode (*)(HaarClassifier *)>
 template <class V> Record makeRecord(Features<V> features, bool tilted = false) {
     const auto length = static_cast<std::int32_t>(features.size());
     features.push_back({{Rect2i{}}, {V{}}, 0, 0, 0});
-    const Arrays<V> a(features);
     HaarClassifier *record = nullptr;
-    const auto make = tilted ? RecordCalls<V>::makeTilted : RecordCalls<V>::make;
-    make(&record, a.rects.data(), a.weights.data(), a.thresholds.data(), a.value1.data(), a.value2.data(),
-         a.rectCounts.data(), length);
+    Arrays<V>(features).make(tilted, &record, length);
     return {record, RecordCalls<V>::free};
 }
 
