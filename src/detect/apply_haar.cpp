@@ -299,26 +299,27 @@ private:
         if (selected == 0) {
             return 0;
         }
-        const std::int64_t lastStart = std::max(images_.roi.width - blockPixels, 0);
-        const auto next = [&]() __attribute__((always_inline)) {
-            const auto low = static_cast<std::uint32_t>(selected);
-            const int first = std::countr_zero(low);
-            const std::int64_t start = std::min(x + first, lastStart);
-            queue_[queued_] = {static_cast<std::int32_t>(start), y,
-                               static_cast<std::uint32_t>((selected >> first & 0xff) << (x + first - start))};
-            queued_ += low != 0;
-            selected &= ~(std::uint64_t{low & -low} * 0xff); // the lowest bit and seven more, or none
-        };
         // How many there are is hard to predict: two places are written in any case.
-        next();
-        next();
+        selected = queueBlock(x, y, selected);
+        selected = queueBlock(x, y, selected);
         while (static_cast<std::uint32_t>(selected) != 0) {
-            next();
+            selected = queueBlock(x, y, selected);
         }
         if (queued_ >= fullQueue) {
             judgeQueue();
         }
         return selected;
+    }
+    // A block from the first selected pixel on, if there is one.
+    RVX_INLINE std::uint64_t queueBlock(std::int64_t x, std::int32_t y, std::uint64_t selected) {
+        const std::int64_t lastStart = std::max(images_.roi.width - blockPixels, 0);
+        const auto low = static_cast<std::uint32_t>(selected);
+        const int first = std::countr_zero(low);
+        const std::int64_t start = std::min(x + first, lastStart);
+        queue_[queued_] = {static_cast<std::int32_t>(start), y,
+                           static_cast<std::uint32_t>((selected >> first & 0xff) << (x + first - start))};
+        queued_ += low != 0;
+        return selected & ~(std::uint64_t{low & -low} * 0xff); // without the lowest bit and seven more, or as it is
     }
 
     // Whole groups; the blocks left over move to the front.
