@@ -1,7 +1,7 @@
 // Stages of Haar features against plain loops over pixels, features and corners.
 #include "plain_haar.h"
+#include "stats/plain_integral.h"
 #include "support/counted_alloc.h"
-#include "support/guarded.h"
 #include "support/status_table.h"
 
 #include <sys/mman.h>
@@ -10,6 +10,7 @@ namespace {
 
 using namespace support;
 using namespace detect;
+using stats::plainAdd, stats::plainSub;
 
 // T: integral images, N: norm, V: record and stage threshold.
 template <class T, class N, class V> struct Call {
@@ -44,30 +45,19 @@ template <class T, class N, class V> struct Member {
 };
 
 template <class Check> void eachMember(const Check &check) {
-    using I = std::int32_t;
-    check(Member<float, float, float>{"32f", false,
-                                      [](const auto &c) { return c.upright(rvxiApplyHaarClassifier_32f_C1R); }});
-    check(Member<I, float, float>{"32s32f", false,
-                                  [](const auto &c) { return c.upright(rvxiApplyHaarClassifier_32s32f_C1R); }});
-    check(Member<I, I, I>{"Sfs", false,
-                          [](const auto &c) { return c.upright(rvxiApplyHaarClassifier_32s_C1RSfs, c.scaleFactor); }});
-    check(Member<float, float, float>{"Mixed 32f", true,
-                                      [](const auto &c) { return c.mixed(rvxiApplyMixedHaarClassifier_32f_C1R); }});
-    check(Member<I, float, float>{"Mixed 32s32f", true,
-                                  [](const auto &c) { return c.mixed(rvxiApplyMixedHaarClassifier_32s32f_C1R); }});
-    check(Member<I, I, I>{"Mixed Sfs", true, [](const auto &c) {
-                              return c.mixed(rvxiApplyMixedHaarClassifier_32s_C1RSfs, c.scaleFactor);
-                          }});
+    using Real = Member<float, float, float>;
+    using Wrapping = Member<std::int32_t, float, float>;
+    using Whole = Member<std::int32_t, std::int32_t, std::int32_t>;
+    check(Real{"32f", false, [](auto &c) { return c.upright(rvxiApplyHaarClassifier_32f_C1R); }});
+    check(Wrapping{"32s32f", false, [](auto &c) { return c.upright(rvxiApplyHaarClassifier_32s32f_C1R); }});
+    check(Whole{"Sfs", false, [](auto &c) { return c.upright(rvxiApplyHaarClassifier_32s_C1RSfs, c.scaleFactor); }});
+    check(Real{"mixed 32f", true, [](auto &c) { return c.mixed(rvxiApplyMixedHaarClassifier_32f_C1R); }});
+    check(Wrapping{"mixed 32s32f", true, [](auto &c) { return c.mixed(rvxiApplyMixedHaarClassifier_32s32f_C1R); }});
+    check(Whole{"mixed Sfs", true,
+                [](auto &c) { return c.mixed(rvxiApplyMixedHaarClassifier_32s_C1RSfs, c.scaleFactor); }});
 }
 
 // ------------------------------------------------------------------------------------------------------- the rules
-
-float minus(float a, float b) { return a - b; }
-float plus(float a, float b) { return a + b; }
-std::int32_t minus(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-}
-std::int32_t plus(std::int32_t a, std::int32_t b) { return minus(a, minus(0, b)); }
 
 std::int64_t scaled(std::int64_t product, std::int32_t bits) {
     if (bits >= 0) {
@@ -121,8 +111,8 @@ template <class T, class N, class V> struct Images {
             for (std::size_t j = 0; j < 4; ++j) {
                 e[j] = (tilt ? tilted : sum).at(x + corners[j].x + tilt, y + corners[j].y + tilt);
             }
-            const T rect =
-                mixed ? minus(minus(e[0], e[1]), minus(e[2], e[3])) : plus(minus(minus(e[0], e[1]), e[2]), e[3]);
+            const T rect = mixed ? plainSub(plainSub(e[0], e[1]), plainSub(e[2], e[3]))
+                                 : plainAdd(plainSub(plainSub(e[0], e[1]), e[2]), e[3]);
             if constexpr (real) {
                 total += static_cast<float>(rect) * feature.weights[k];
             } else {
