@@ -38,6 +38,11 @@ struct Map {
         : x(static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height)), y(x.size()) {}
 };
 
+Point2i pixelAt(const Image &image, std::size_t number) {
+    const auto width = static_cast<std::size_t>(image.width);
+    return {static_cast<std::int32_t>(number % width), static_cast<std::int32_t>(number / width)};
+}
+
 bool inside(const Image &image, double x, double y) {
     return x >= 0 && y >= 0 && x <= image.width - 1 && y <= image.height - 1; // and no NaN
 }
@@ -56,8 +61,8 @@ Map straightening(const Image &image, const Lens &lens) {
 Map bending(const Image &image, const Lens &lens) {
     Map map(image);
     for (std::size_t i = 0; i < map.x.size(); ++i) {
-        const auto width = static_cast<std::size_t>(image.width);
-        const auto u = static_cast<double>(i % width), v = static_cast<double>(i / width);
+        const Point2i pixel = pixelAt(image, i);
+        const double u = pixel.x, v = pixel.y;
         double x = u, y = v, error = 1;
         for (int step = 0; step < 100 && error > 1e-4; ++step) {
             double sx, sy;
@@ -137,8 +142,8 @@ void run(const Options &options) {
     for (std::size_t i = 0; i < map.x.size(); ++i) {
         const double x = static_cast<double>(map.x[i]), y = static_cast<double>(map.y[i]);
         if (inside(image, x, y)) {
-            const auto width = static_cast<std::size_t>(image.width);
-            shift = std::max(shift, std::hypot(x - static_cast<double>(i % width), y - static_cast<double>(i / width)));
+            const Point2i pixel = pixelAt(image, i);
+            shift = std::max(shift, std::hypot(x - pixel.x, y - pixel.y));
         } else {
             ++outside;
         }
