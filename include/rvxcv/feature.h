@@ -123,7 +123,7 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
  * resolution.rho, the marked pixel (x, y) votes at each angle for the cell
  *     ((q + 512) >> 10) + half,   q = x C + y S rounded to the nearest integer
  * (two products, one sum, in single precision; the shift rounds down). Cells run from -1 to nRho; where rounding in an
- * image of millions of columns would lead past them, the vote goes to the last one. A cell is a peak when its votes
+ * image of millions of columns could lead past them, the vote goes to the last one. A cell is a peak when its votes
  * exceed the threshold, exceed those at the previous rho and at both neighbouring angles, and are not fewer than those
  * at the next rho. Peaks are sorted by votes, the strongest first; among equals the smaller angle, then the smaller
  * rho comes first.

@@ -43,9 +43,8 @@ public:
 
     // 32 pixels of a row from a multiple of 32 on, in rising order.
     void set(std::uint32_t pixels, std::int64_t x, std::int64_t y) const {
-        std::uint8_t *const row = bits_ + y * pitch_;
-        row[pitch_ - 1] = 0;
-        std::memcpy(row + x / 8, &pixels, static_cast<std::size_t>(std::min<std::int64_t>(4, pitch_ - x / 8)));
+        const std::int64_t bytes = std::min<std::int64_t>(4, pitch_ - x / 8);
+        std::memcpy(bits_ + y * pitch_ + x / 8, &pixels, static_cast<std::size_t>(bytes));
     }
     bool inside(Point2i p) const { return p.x >= 0 && p.y >= 0 && p.x < roi_.width && p.y < roi_.height; }
     bool besideOrInside(Point2i p) const { return p.x >= -1 && p.y >= -1 && p.x <= roi_.width && p.y <= roi_.height; }

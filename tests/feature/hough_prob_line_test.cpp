@@ -251,8 +251,9 @@ TEST(HoughProbLine, AgreesWithOnePixelAtATime) {
         for (int k = 0; k < i % 7; ++k) {
             drawSegment(image, {point(), point()});
         }
-        const float rhos[] = {1, 0.6f, 2.5f, static_cast<float>(width + height)};
-        const Parameters p{{rhos[i % 4], i % 3 == 0 ? 0.0174533f : 0.13f},
+        const auto extent = static_cast<float>(width + height);
+        const float rhos[] = {1, 0.6f, 2.5f, extent, (2 * extent + 1) / 3.9f};
+        const Parameters p{{rhos[i % 5], i % 3 == 0 ? 0.0174533f : 0.13f},
                            i - 70,
                            static_cast<std::int32_t>(uniform(rng, 1, i % 5 == 0 ? 120 : 12)),
                            static_cast<std::int32_t>(uniform(rng, 1, 12)),
@@ -294,6 +295,15 @@ TEST(HoughProbLine, ThresholdIsReached) {
         ++p.threshold;
         EXPECT_EQ(search(image, p, 9).segments.size(), 0u) << side;
     }
+}
+
+// A rho behind the last cell counts there, not at the next angle, where the line would be horizontal.
+TEST(HoughProbLine, CoarseRhoStaysInItsRow) {
+    Image image = empty(100, 20);
+    drawSegment(image, {{95, 0}, {95, 19}});
+    const Found found = search(image, {{241 / 3.9f, 1.5708f}, 3, 20, 19, 0}, 9);
+    ASSERT_EQ(found.segments.size(), 1u);
+    EXPECT_EQ(found.segments[0].length(), 19);
 }
 
 // Spokes of all directions, long lines that are hardly inclined, a dashed one; and some that are too short.
