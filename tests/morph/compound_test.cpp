@@ -408,8 +408,9 @@ TEST(BitMorphology, Rectangles) {
         checkBits(0, solidMask(3, 3, {3, 3}), {300, 67}, rowsInMemory, rng, offset);
         checkBits(1, solidMask(5, 5, {5, 5}), {301, 70}, BorderReplicate, rng, offset);
         checkBits(1, solidMask(3, 3, {3, 3}), {290, 3}, BorderInMemory, rng, offset);
+        // Many rows: few results depend on what stands beside the row.
         for (const BorderKind side : {BorderInMemoryLeft, BorderInMemoryRight}) {
-            checkBits(static_cast<int>(offset % 2), solidMask(3, 3, {3, 3}), {300, 3}, BorderReplicate | side, rng,
+            checkBits(static_cast<int>(offset % 2), solidMask(3, 3, {3, 3}), {300, 67}, BorderReplicate | side, rng,
                       offset);
         }
     }
