@@ -269,7 +269,8 @@ void writeCascade(const std::string &path, const Cascade &cascade) {
 std::string findCascade(const std::string &name) {
     namespace fs = std::filesystem;
     std::error_code error;
-    if (fs::exists(name, error) || name.empty() || name.find_first_of("/.") != std::string::npos) {
+    if ((fs::exists(name, error) && !fs::is_directory(name, error)) || name.empty() ||
+        name.find_first_of("/.") != std::string::npos) {
         return name;
     }
     // Beside the program, in a build tree as well as where it is installed.

@@ -69,7 +69,9 @@ std::vector<TrainingPicture> readPictures(const std::string &folder, const std::
     std::error_code error;
     std::vector<fs::path> paths;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
-        const std::string ending = entry->path().extension().string();
+        std::string ending = entry->path().extension().string();
+        std::transform(ending.begin(), ending.end(), ending.begin(),
+                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
         for (const char *known : {".png", ".jpg", ".jpeg", ".pgm", ".ppm", ".pnm", ".pbm"}) {
             if (ending == known) {
                 paths.push_back(entry->path());

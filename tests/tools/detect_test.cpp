@@ -180,6 +180,8 @@ TEST(TrainCommand, LearnsTargetsFromFolders) {
     const std::string without = folder / "without";
     refused(folder / "no" + " " + without, 1, "No such file");
     refused(folder / "listed" + " " + without + " --window 4x4", 2, "smaller than 8x8");
+    const auto nowhere = run("train " + folder / "listed" + " " + without + " -o " + folder / "no/such/a.json");
+    EXPECT_EQ(nowhere.output, "rvxcv: " + folder / "no/such/a.json" + ": no such folder\n");
     refused(folder / "listed" + " " + without + " --object unknown", 1, "no objects to learn from");
     program::writeText(folder / "listed/3.csv", "x,y,width,height\n1,2,3\n");
     refused(folder / "listed" + " " + without, 1, "3.csv: line 2 is not a box");

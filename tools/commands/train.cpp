@@ -4,6 +4,7 @@
 #include "training.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace tools {
@@ -19,6 +20,10 @@ void run(Options &options) {
     training.window = parseSize("--window", options.window, 256);
     if (training.window.width < 8 || training.window.height < 8) {
         throw CLI::ValidationError("--window", options.window + " is smaller than 8x8");
+    }
+    const std::filesystem::path folder = std::filesystem::path(options.out).parent_path();
+    if (std::error_code error; !folder.empty() && !std::filesystem::is_directory(folder, error)) {
+        throw Failure(options.out + ": no such folder"); // before minutes of training
     }
     TrainingReport report;
     const Cascade cascade = trainCascade(
