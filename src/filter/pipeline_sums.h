@@ -86,23 +86,26 @@ public:
         rvxcv::store(dst, narrowSaturatedUnsigned(first, second), span);
     }
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const AlternatingSum &sum, Span span) const {
-        const I32x8 even = quotient<Rounding>(toF32(sum.even)), odd = quotient<Rounding>(toF32(sum.odd));
-        rvxcv::store(dst, interleaveLowHalves(even, odd), span);
+        const I32x8 even = whole<Rounding>(sum.even), odd = whole<Rounding>(sum.odd);
+        rvxcv::store(dst, reorderedInHalves<0, 4, 1, 5, 2, 6, 3, 7>(narrowInLane(even, odd)), span);
     }
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const InLaneSum &sum, Span span) const {
-        const I32x8 low = quotient<Rounding>(toF32(sum.low)), high = quotient<Rounding>(toF32(sum.high));
+        const I16x16 result = narrowInLane(whole<Rounding>(sum.low), whole<Rounding>(sum.high));
         if constexpr (sizeof(D) == 1) {
-            storeSaturated(dst, narrowInLane(low, high), span);
+            storeSaturated(dst, result, span);
         } else {
-            rvxcv::store(dst, narrowInLane(low, high), span);
+            rvxcv::store(dst, result, span);
         }
     }
 
 private:
     template <class Rounding> RVX_INLINE I32x8 quotient(F32x8 sum) const {
-        constexpr auto low = static_cast<float>(std::numeric_limits<D>::min());
         constexpr auto high = static_cast<float>(std::numeric_limits<D>::max());
-        return Rounding::convert(max(min(mul(sum, reciprocal_), splat(high)), splat(low)));
+        return Rounding::convert(max(min(mul(sum, reciprocal_), splat(high)), splat(0.0f)));
+    }
+    // Quotients of 32-bit sums are saturated when they are narrowed. Before, only 2^31 has no int32 (-2^31 / -1).
+    template <class Rounding> RVX_INLINE I32x8 whole(I32x8 sum) const {
+        return Rounding::convert(min(mul(toF32(sum), reciprocal_), splat(0x1.fffffep30f)));
     }
 
     F32x8 reciprocal_;

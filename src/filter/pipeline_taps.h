@@ -6,13 +6,16 @@
 
 namespace rvxcv {
 
-// Kernels of three and five taps have code of their own, with the taps in registers; every other length has count 0.
-template <class Stage> void withTapCount(std::int32_t kernelSize, const Stage &stage) {
+// Kernels of three and five taps (up to `most`) have code of their own, with the taps in registers; every other length
+// has count 0.
+template <int most = 5, class Stage> void withTapCount(std::int32_t kernelSize, const Stage &stage) {
     switch (kernelSize) {
     case 3:
         return stage(std::integral_constant<int, 3>{});
     case 5:
         return stage(std::integral_constant<int, 5>{});
+    case 7:
+        return stage(std::integral_constant < int, most >= 7 ? 7 : 0 > {});
     default:
         return stage(std::integral_constant<int, 0>{});
     }

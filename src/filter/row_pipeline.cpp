@@ -112,7 +112,7 @@ filterRows(const typename Member::Source *src, std::int32_t srcStep, typename Me
     const std::int64_t longest = longestPatchBytes / pixelBytes + kernelSize + unit;
     const std::int64_t capacity = std::min(scratch.left() / pixelBytes, longest);
     auto *patch = scratch.take<Source>(capacity * Member::channels, 1);
-    withTapCount(kernelSize, [&](auto count) {
+    withTapCount<7>(kernelSize, [&](auto count) {
         using Kernel = typename Member::template Kernel<decltype(count)::value>;
         filterRows<Member::channels>(task, Kernel(taps, kernelSize), typename Member::Output(divisor), patch, capacity);
     });
