@@ -50,11 +50,6 @@ void filterStrip(const ColumnTask<T, D> task, const Kernel kernel, const Output 
     std::int64_t rest = task.roi.width % unit * channels, x = 0;
     const std::int64_t whole = elements - rest;
     for (; x + units * unit <= whole; x += units * unit) {
-        for (int r = 0; r < rows; ++r) { // a store waits for its line as long as a load does
-            for (std::size_t line = 0; line < units * unit * sizeof(D); line += 64) {
-                prefetch(reinterpret_cast<const char *>(task.dst.row(y + rows + r) + x) + line);
-            }
-        }
         filterBlock<Nearest, rows, units>(task, kernel, output, y, x, Full{});
     }
     if constexpr (units > 1) {

@@ -52,88 +52,19 @@ private:
     typename Arithmetic::Tap fixed_[taps != 0 ? taps : 1];
 };
 
-// Pairs of 16-bit taps with the integer multiply-add. Order does not matter to sums that wrap.
-template <int channels, int taps> class PairRow;
-
-// One channel: neighbouring elements are neighbouring pixels. A load at every second element serves twice: its pairs
-// lie under the taps 2p and 2p + 1 of the even outputs, and under the taps 2p - 1 and 2p of the odd ones.
-template <int taps> class PairRow<1, taps> {
+// Pairs of 16-bit taps with the integer multiply-add. One channel: neighbouring elements are neighbouring pixels, so a
+// load gives the pairs of its even elements and a load one further those of its odd ones. Three channels: the pairs
+// come from two loads a pixel apart. Order does not matter to sums that wrap.
+template <int channels, int taps> class PairRow {
 public:
-    using Sum = AlternatingSum;
-    static constexpr int unitsTogether = taps != 0 ? 1 : 4;
-
-    PairRow(const std::int16_t *kernel, std::int32_t kernelSize) : kernel_(kernel), size_(kernelSize) {
-        const std::int16_t last = loadScalar(kernel + kernelSize - 1);
-        first_ = splatPair(0, loadScalar(kernel));
-        lastEven_ = splatPair(last, 0);
-        lastOdd_ = splatPair(0, last);
-        for (int p = 0; p < taps / 2; ++p) {
-            even_[p] = splatPair(kernel + 2 * p);
-            odd_[p] = splatPair(kernel + 2 * p + 1);
-        }
-    }
-
-    template <int units, class E> RVX_INLINE void sums(Sum (&sum)[units], const E *e) const {
-        for (int u = 0; u < units; ++u) {
-            sum[u] = {splat(0), splat(0)};
-        }
-        I16x16 odd = first_;
-        for (int p = 0; p < count() / 2; ++p) {
-            const I16x16 even = evenPair(p);
-            for (int u = 0; u < units; ++u) {
-                addPairs(sum[u], loadI16(e + u * unit, Full{}), even, odd);
-            }
-            e += 2;
-            odd = p + 1 < (count() + 1) / 2 ? oddPair(p) : odd;
-        }
-        if (count() % 2 != 0) {
-            for (int u = 0; u < units; ++u) {
-                addPairs(sum[u], loadI16(e + u * unit, Full{}), lastEven_, odd);
-            }
-        } else { // the elements under the odd outputs' last tap, from the one load whose last element is in the row
-            for (int u = 0; u < units; ++u) {
-                sum[u].odd = add(sum[u].odd, mulAddPairs(loadI16(e + u * unit - 1, Full{}), lastOdd_));
-            }
-        }
-    }
-
-private:
-    RVX_INLINE int count() const { return taps != 0 ? taps : size_; }
-    RVX_INLINE I16x16 evenPair(int p) const {
-        if constexpr (taps != 0) {
-            return even_[p];
-        } else {
-            return splatPair(kernel_ + 2 * p);
-        }
-    }
-    // The pair of taps under the odd outputs at the load behind load p.
-    RVX_INLINE I16x16 oddPair(int p) const {
-        if constexpr (taps != 0) {
-            return odd_[p];
-        } else {
-            return splatPair(kernel_ + 2 * p + 1);
-        }
-    }
-    static RVX_INLINE void addPairs(Sum &sum, I16x16 a, I16x16 even, I16x16 odd) {
-        sum.even = add(sum.even, mulAddPairs(a, even));
-        sum.odd = add(sum.odd, mulAddPairs(a, odd));
-    }
-
-    const std::int16_t *kernel_;
-    int size_;
-    I16x16 first_, lastEven_, lastOdd_;
-    I16x16 even_[std::max(taps / 2, 1)], odd_[std::max(taps / 2, 1)];
-};
-
-// Three channels: the pairs come from two loads a pixel apart.
-template <int taps> class PairRow<3, taps> {
-public:
-    using Sum = InLaneSum;
-    static constexpr int channels = 3, unitsTogether = taps != 0 ? 1 : channels;
+    using Sum = std::conditional_t<channels == 1, AlternatingSum, InLaneSum>;
+    static constexpr int unitsTogether = taps != 0 ? 1 : channels == 1 ? 4 : channels;
 
     PairRow(const std::int16_t *kernel, std::int32_t kernelSize) : pairs_(kernel, kernelSize) {
         if (kernelSize % 2 != 0) {
-            last_ = splatPair(loadScalar(kernel + kernelSize - 1), 0);
+            const std::int16_t last = loadScalar(kernel + kernelSize - 1);
+            lastEven_ = splatPair(last, 0);
+            lastOdd_ = splatPair(0, last);
         }
     }
 
@@ -144,26 +75,39 @@ public:
         for (int p = 0; p < pairs_.count() / 2; ++p) {
             const I16x16 taps2 = pairs_[p];
             for (int u = 0; u < units; ++u) {
-                addPair(sum[u], loadI16(e + u * unit, Full{}), loadI16(e + u * unit + channels, Full{}), taps2);
+                addPair(sum[u], e + u * unit, taps2);
             }
             e += 2 * channels;
         }
         if (pairs_.count() % 2 != 0) {
             for (int u = 0; u < units; ++u) {
-                const I16x16 a = loadI16(e + u * unit, Full{});
-                addPair(sum[u], a, a, last_);
+                addLast(sum[u], loadI16(e + u * unit, Full{}));
             }
         }
     }
 
 private:
-    static RVX_INLINE void addPair(Sum &sum, I16x16 a, I16x16 b, I16x16 taps2) {
+    template <class E> static RVX_INLINE void addPair(AlternatingSum &sum, const E *e, I16x16 taps2) {
+        sum.even = add(sum.even, mulAddPairs(loadI16(e, Full{}), taps2));
+        sum.odd = add(sum.odd, mulAddPairs(loadI16(e + 1, Full{}), taps2));
+    }
+    template <class E> static RVX_INLINE void addPair(InLaneSum &sum, const E *e, I16x16 taps2) {
+        const I16x16 a = loadI16(e, Full{}), b = loadI16(e + channels, Full{});
         sum.low = add(sum.low, mulAddPairs(pairsInLaneLow(a, b), taps2));
         sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, b), taps2));
     }
+    // The last tap of an odd number, from the one load whose last element is still in the row.
+    RVX_INLINE void addLast(AlternatingSum &sum, I16x16 a) const {
+        sum.even = add(sum.even, mulAddPairs(a, lastEven_));
+        sum.odd = add(sum.odd, mulAddPairs(a, lastOdd_));
+    }
+    RVX_INLINE void addLast(InLaneSum &sum, I16x16 a) const {
+        sum.low = add(sum.low, mulAddPairs(pairsInLaneLow(a, a), lastEven_));
+        sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, a), lastEven_));
+    }
 
     TapPairs<taps, taps / 2> pairs_;
-    I16x16 last_;
+    I16x16 lastEven_, lastOdd_;
 };
 
 // A mirrored kernel of odd length over 16-bit elements.
@@ -196,17 +140,13 @@ RVX_INLINE void filterBlock(const Kernel &kernel, const Output &output, const E 
 }
 
 // Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels. Kernel and output
-// are copies, which no store can change: their constants stay in registers. `next` is where the next results go: a
-// store waits for its line as long as a load does.
+// are copies, which no store can change: their constants stay in registers.
 template <int channels, class Kernel, class Output, class E, class D>
-void filterRun(const Kernel kernel, const Output output, const E *e, D *dst, std::int64_t pixels, const D *next) {
+void filterRun(const Kernel kernel, const Output output, const E *e, D *dst, std::int64_t pixels) {
     constexpr int together = Kernel::unitsTogether, wide = 4 / together * together;
     std::int64_t rest = pixels % unit * channels, x = 0;
     const std::int64_t whole = pixels * channels - rest;
     for (; x + wide * unit <= whole; x += wide * unit) {
-        for (std::size_t line = 0; line < wide * unit * sizeof(D); line += 64) {
-            prefetch(reinterpret_cast<const char *>(next + x) + line);
-        }
         for (int u = 0; u < wide; u += together) {
             filterBlock<together, Nearest>(kernel, output, e + x + u * unit, dst + x + u * unit, Full{});
         }

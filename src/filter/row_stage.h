@@ -76,13 +76,11 @@ void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &o
     for (std::int64_t y = 0; y < task.roi.height; ++y) {
         const T *row = task.src.row(y);
         D *dst = task.dstRows[y];
-        const D *next = task.dstRows[std::min<std::int64_t>(y + 1, task.roi.height - 1)];
         for (std::int64_t x = 0; x < width;) {
             if constexpr (std::is_same_v<E, T>) {
                 if (x == bulkFirst) {
                     const std::int64_t pixels = bulkLast - bulkFirst;
-                    filterRun<channels>(kernel, output, row + (x - before) * channels, dst + x * channels, pixels,
-                                        next + x * channels);
+                    filterRun<channels>(kernel, output, row + (x - before) * channels, dst + x * channels, pixels);
                     x = bulkLast;
                     continue;
                 }
@@ -90,7 +88,7 @@ void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &o
             const std::int64_t pixels = std::min((x < bulkFirst ? bulkFirst : width) - x, piece);
             const std::int64_t padding = roundUp(pixels, unit) - pixels;
             buildPatch<channels>(patch, task, row, x - before, x + pixels + behind, padding);
-            filterRun<channels>(kernel, output, patch, dst + x * channels, pixels, next + x * channels);
+            filterRun<channels>(kernel, output, patch, dst + x * channels, pixels);
             x += pixels;
         }
     }
