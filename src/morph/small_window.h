@@ -113,6 +113,7 @@ private:
     RVX_INLINE void downRows(const T *const *rows, std::int64_t y, std::int64_t x, std::int64_t count,
                              const AlongRow &alongRow) const {
         constexpr std::int64_t ahead = 128; // the next columns are as far from the prefetcher as the next rows
+        constexpr bool outAhead = side == 3 || sizeof(T) > 1; // 5x5 bytes compute longer than their rows take to come
         V above[side - 1][vectors], next[vectors], common[vectors];
         for (int k = 0; k < side - 1; ++k) {
             for (int v = 0; v < vectors; ++v) {
@@ -126,6 +127,9 @@ private:
             // Two output rows share all source rows but the first and the last.
             const T *row = byteOffset(rows[k + side - 1], x);
             prefetch(byteOffset(row, ahead));
+            if constexpr (outAhead) {
+                prefetch(byteOffset(out, ahead));
+            }
             for (int v = 0; v < vectors; ++v) {
                 common[v] = next[v] = alongRow(row + v * V::lanes);
                 for (int i = 1; i < side - 1; ++i) {
@@ -140,6 +144,9 @@ private:
             }
             row = byteOffset(rows[k + side], x);
             prefetch(byteOffset(row, ahead));
+            if constexpr (outAhead) {
+                prefetch(byteOffset(out, ahead));
+            }
             for (int v = 0; v < vectors; ++v) {
                 const V last = alongRow(row + v * V::lanes);
                 store(out + v * V::lanes, Result::of(Op::of(common[v], last), other + v * V::lanes));
