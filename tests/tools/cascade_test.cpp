@@ -139,6 +139,20 @@ TEST(Detector, WindowsAgreeWithAPlainEvaluation) {
     EXPECT_TRUE(Detector(randomCascade({30, 30}, 2, 1)).windows(noise(29, 40, 1)).empty()) << "smaller than the window";
 }
 
+// The library's own, with tips of two pixels, are exact only as the sums of rectangles that they are read for.
+TEST(Detector, SumsWithSingleTipsUpToTheEdges) {
+    for (const auto &[width, height] : {std::pair{1, 1}, {1, 6}, {9, 2}, {7, 11}}) {
+        const Image image = noise(width, height, 8);
+        const std::vector<std::int32_t> sums = tiltedIntegral(image, 1);
+        for (int y = 0; y <= height; ++y) {
+            for (int x = 0; x <= width; ++x) {
+                ASSERT_EQ(sums[static_cast<std::size_t>((y + 1) * (width + 2) + x + 1)], triangle(image, x, y, 1))
+                    << x << "," << y << " of " << width << "x" << height;
+            }
+        }
+    }
+}
+
 TEST(Cascades, JsonKeepsEveryNumber) {
     const Folder folder;
     for (const int tip : {1, 2}) {

@@ -139,10 +139,12 @@ TEST(TrainCommand, LearnsTargetsFromFolders) {
         const double r = random.between(10, 20), x = random.between(r, 120 - r), y = random.between(r, 90 - r);
         drawTarget(picture, x, y, r);
         writeImage(folder / "listed/" + name + ".png", picture);
-        program::writeText(folder / "listed/" + name + ".csv", "kind,object,width,height,x,y\r\na,target," +
-                                                                   std::to_string(2 * r) + "," + std::to_string(2 * r) +
-                                                                   "," + std::to_string(x - r) + "," +
-                                                                   std::to_string(y - r) + "\r\nb,nothing,5,5,0,0\r\n");
+        // The box is too narrow: the window's proportions make it as wide as the target again.
+        std::string list = "kind,object,width,height,x,y\r\na,target";
+        for (const double value : {1.6 * r, 2 * r, x - 0.8 * r, y - r}) {
+            list += "," + std::to_string(value);
+        }
+        program::writeText(folder / "listed/" + name + ".csv", list + "\r\nb,nothing,5,5,0,0\r\n");
         drawTarget(small, 19.5, 19.5, 19);
         writeImage(folder / "plain/" + name + ".png", small);
     }
@@ -154,10 +156,13 @@ TEST(TrainCommand, LearnsTargetsFromFolders) {
         ASSERT_EQ(first.exitCode, 0) << first.output;
         EXPECT_NE(first.output.find("stage 1: "), std::string::npos) << first.output;
         EXPECT_NE(first.output.find(kind == "plain" ? "objects pass (" : "objects found ("), std::string::npos);
-        ASSERT_EQ(run(call + "-2.json").exitCode, 0);
-        EXPECT_EQ(program::readText(folder / kind + "-1.json"), program::readText(folder / kind + "-2.json"));
+        if (kind == "listed") {
+            ASSERT_EQ(run(call + "-2.json").exitCode, 0);
+            EXPECT_EQ(program::readText(folder / kind + "-1.json"), program::readText(folder / kind + "-2.json"));
+        }
 
         Score total;
+        double aside = 0;
         for (int i = 0; i < 10; ++i) {
             Image picture = clutter(random, 200, 150);
             drawTarget(picture, 60, 50, 12 + i);
@@ -165,11 +170,19 @@ TEST(TrainCommand, LearnsTargetsFromFolders) {
             const std::vector<Box> truth = {{48.0 - i, 38.0 - i, 24.0 + 2 * i, 24.0 + 2 * i},
                                             {125.0 + i, 75.0 + i, 50.0 - 2 * i, 50.0 - 2 * i}};
             const Detector detector(readCascade(folder / kind + "-1.json"));
-            const Score one = score(detector.detect(toGrey(picture), {}), truth);
+            const std::vector<Detection> found = detector.detect(toGrey(picture), {});
+            for (const Detection &detection : found) {
+                for (const Box &box : truth) {
+                    const double shift = detection.box.x + detection.box.width / 2 - box.x - box.width / 2;
+                    aside += overlap(detection.box, box) >= 0.5 ? shift / box.width : 0;
+                }
+            }
+            const Score one = score(found, truth);
             total = {0, total.found + one.found, total.falseBoxes + one.falseBoxes};
         }
         EXPECT_GE(total.found, 18) << kind << ", of 20";
         EXPECT_LE(total.falseBoxes, 4) << kind;
+        EXPECT_NEAR(aside / total.found, 0, 0.04) << kind;
     }
     const auto refused = [&](const std::string &arguments, int exitCode, const std::string &message) {
         const auto result = run("train " + arguments + " -o " + folder / "out.json");
