@@ -96,8 +96,8 @@ void ShapeValues::add(const Image &grey) {
     for (std::size_t i = 0; i < values_.size(); ++i) {
         const HaarShape &shape = (*shapes_)[i];
         const auto at = [&](int x, int y) {
-            return shape.tilted ? tilted[static_cast<std::size_t>((y + 1) * (step + 1) + x + 1)]
-                                : sum[static_cast<std::size_t>(y * step + x)];
+            const int place = shape.tilted ? (y + 1) * (step + 1) + x + 1 : y * step + x;
+            return (shape.tilted ? tilted : sum)[static_cast<std::size_t>(place)];
         };
         float value = 0;
         for (const CascadeRect &rect : shape.rects) {

@@ -276,7 +276,7 @@ std::string findCascade(const std::string &name) {
     // Beside the program, in a build tree as well as where it is installed.
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
     const fs::path folder = program.parent_path().parent_path() / "share" / "rvxcv" / "cascades";
-    const std::string path = (folder / (name + ".json")).lexically_normal().string();
+    std::string path = (folder / (name + ".json")).lexically_normal().string();
     if (error || !fs::exists(path, error)) {
         throw Failure(name + ": neither a file nor a cascade in " + folder.lexically_normal().string());
     }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <system_error>
 
 namespace tools {
@@ -224,6 +225,14 @@ TrainingReport validate(const Pictures &positives, const Pictures &negatives, co
     return report;
 }
 
+std::string joined(std::initializer_list<std::string> parts) {
+    std::string text;
+    for (const std::string &part : parts) {
+        text += part;
+    }
+    return text;
+}
+
 std::string percent(double part) {
     char text[32];
     std::snprintf(text, sizeof text, part < 0.01 ? "%.3g %%" : "%.1f %%", 100 * part);
@@ -265,7 +274,8 @@ Cascade trainCascade(Pictures positives, Pictures negatives, const TrainingSetti
         const Mined mined = mine(background, cascade, settings, random);
         const std::string mistaken = mined.searched > 0 ? percent(mined.mistaken / mined.searched) : "none";
         if (mined.samples.size() < fewestWindows) {
-            progress(number + ": " + mistaken + " of the background is still mistaken, too few windows to go on");
+            progress(
+                joined({number, ": ", mistaken, " of the background is still mistaken, too few windows to go on"}));
             break;
         }
         ShapeValues others(shapes, cascade.window, cascade.deviation);
@@ -278,10 +288,10 @@ Cascade trainCascade(Pictures positives, Pictures negatives, const TrainingSetti
             break;
         }
         objects.keep(trained.passed);
-        progress(number + ": " + mistaken + " of the background is still mistaken; " +
-                 std::to_string(trained.stage.stumps.size()) + " stumps keep " + percent(trained.hitRate) +
-                 " of the objects and " + percent(trained.falseAlarm) + " of " + std::to_string(others.samples()) +
-                 " other windows");
+        progress(joined({number, ": ", mistaken, " of the background is still mistaken; ",
+                         std::to_string(trained.stage.stumps.size()), " stumps keep ", percent(trained.hitRate),
+                         " of the objects and ", percent(trained.falseAlarm), " of ", std::to_string(others.samples()),
+                         " other windows"}));
         cascade.stages.push_back(std::move(trained.stage));
     }
     if (cascade.stages.empty()) {
