@@ -6,8 +6,6 @@
 #include "frame/api.h"
 #include "kernel/checks.h"
 
-#include <algorithm>
-
 namespace rvxcv {
 
 // The intermediate rows are 16s for 8u sources and 32f for 32f ones.

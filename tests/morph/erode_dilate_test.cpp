@@ -6,7 +6,6 @@
 
 #include "rvxcv.h"
 
-
 namespace {
 
 using namespace support;
