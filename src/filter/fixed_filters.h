@@ -280,7 +280,7 @@ template <class Filter, class T, class D, class Sink> void filterImage(const Fil
     constexpr int reach = Filter::taps / 2;
     using Rows = BorderedRows<T, reach>;
     const Border border(call.border);
-    Scratch scratch(call.buffer, intermediateRows<T>(call.roi.width, Filter::taps) * Filter::planes);
+    Scratch scratch(call.buffer, intermediateRows<T>(call.roi.width, Filter::taps) * Filter::planes + smallRoom);
     auto *const constantRow = scratch.take<T>(Rows::constantElements(call.roi.width), 1);
     const Rows source({call.src, call.srcStep}, call.roi, border, call.borderValue, constantRow);
     RowRing<Filter, Sink>(source, {call.dst, call.dstStep}, call.roi, border, call.borderValue, scratch, sink).run();

@@ -56,7 +56,7 @@ public:
                               {border, width_, std::max<std::int64_t>(end_ - columns, 0), end_ > columns ? columns : 0},
                               {border, width_, end_, width_ - end_}} {
         for (Sums *&sums : ring_) {
-            sums = scratch.take<Sums>(width_ / columns + 3, alignof(Sums));
+            sums = scratch.take<Sums>(width_ / columns + (Sink::truncatesLast ? 3 : 1), alignof(Sums));
         }
         spareRow_ = scratch.take<Element>(width_, 1);
     }
