@@ -99,14 +99,13 @@ struct LaplacianSums5 : ByteFilter {
     }
 };
 
-// Both second derivatives, each rounded by its own stages, then added. The strip's width leaves its sums in registers.
-template <const auto &smooth, const auto &second> struct LaplacianFloats : FloatFilter<smooth.taps == 3 ? 2 : 1> {
-    using Base = FloatFilter<smooth.taps == 3 ? 2 : 1>;
+// Both second derivatives, each rounded by its own stages, then added.
+template <const auto &smooth, const auto &second> struct LaplacianFloats : FloatFilter<1> {
     static constexpr int taps = smooth.taps, planes = 2;
 
-    static RVX_INLINE void along(const float *row, F32x8 (&sums)[planes][Base::parts]) {
-        Base::template sumAlong<second>(row, sums[0]);
-        Base::template sumAlong<smooth>(row, sums[1]);
+    static RVX_INLINE void along(const float *row, F32x8 (&sums)[planes][parts]) {
+        sumAlong<second>(row, sums[0]);
+        sumAlong<smooth>(row, sums[1]);
     }
     template <class At> static RVX_INLINE F32x8 down(const At &at) {
         return add(chainedSum<smooth>([&](int i) { return at(0, i); }),
