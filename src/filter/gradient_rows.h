@@ -1,5 +1,5 @@
-// Fixed 3- and 5-tap filters one row at a time, for the derivative filters and for what is built on them (Canny's
-// gradients, the corner measure).
+// Fixed 3- and 5-tap filters one row at a time, for what is built on derivatives (Canny's gradients, the corner
+// measure); the sums and borders serve the derivative filters themselves (row_ring.h), too.
 //
 // Integer filters of 8u sources (`filterRow`) combine the rows around the output row first, then the columns of that
 // one row of sums: the arithmetic is exact in 16 bits, so the order does not matter, and nothing is kept from row to
@@ -170,7 +170,9 @@ RVX_INLINE auto fusedTaps(const Tap &tap, std::integer_sequence<int, taps...>) {
 template <const auto &kernel, class Tap> RVX_INLINE auto exactSum(const Tap &tap) {
     using namespace detail;
     constexpr int n = kernel.taps, end = n - 1, middle = n / 2;
-    if constexpr (kernel[0] == kernel[end]) {
+    if constexpr (n == 3 && kernel[0] == kernel[end] && kernel[middle] == 2 * kernel[0]) {
+        return times<kernel[0]>(plus(plus(tap(0), tap(1)), plus(tap(1), tap(2)))); // neighbouring sums share a pair
+    } else if constexpr (kernel[0] == kernel[end]) {
         auto sum = times<kernel[0]>(plus(tap(0), tap(end)));
         if constexpr (n == 5 && kernel[1] != 0) {
             sum = plusTimes<kernel[1]>(sum, plus(tap(1), tap(3)));
