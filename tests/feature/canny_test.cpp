@@ -268,6 +268,26 @@ TEST(Canny, ThinImagesFullOfEdges) {
     }
 }
 
+// A line of weak pixels becomes an edge from wherever its strong pixel is.
+TEST(Canny, LinesGrowFromEveryPixel) {
+    const RoiSize roi{101, 3};
+    GuardedImage<std::int16_t> dx(roi.width, roi.height), dy(roi.width, roi.height);
+    GuardedImage<std::uint8_t> dst(roi.width, roi.height);
+    GuardedBuffer buffer = scratchFor(roi);
+    for (int strong = 0; strong < roi.width; ++strong) {
+        for (int y = 0; y < roi.height; ++y) {
+            for (int x = 0; x < roi.width; ++x) {
+                dx.set(x, y, 0);
+                dy.set(x, y, static_cast<std::int16_t>(y != 1 ? 0 : x == strong ? 300 : 100));
+            }
+        }
+        ASSERT_EQ(rvxiCanny_16s8u_C1R(dx.data(), dx.step(), dy.data(), dy.step(), dst.data(), dst.step(), roi, 50, 200,
+                                      buffer.data()),
+                  StatusOk);
+        ASSERT_TRUE(imageIs(dst, [](auto, auto y) { return y == 1 ? 255 : 0; })) << strong;
+    }
+}
+
 // -------------------------------------------------------------------------------------------- from a picture
 
 struct Setting {
@@ -362,6 +382,33 @@ TEST(CannyBorder, EverySizeFilterNormAndBorder) {
             checkPicture(10, 5, setting, BorderConstant | flags, unit, 2 * unit, rng);
         }
         checkPicture(1100, 9, setting, BorderReplicate, unit, 2 * unit, rng);
+    }
+}
+
+// Steps whose magnitudes, 4 times their height, are the thresholds or beside them; one is higher by 1 further down.
+TEST(CannyBorder, ThresholdsAtMagnitudes) {
+    GuardedImage<std::uint8_t> src(9, 12), dst(9, 12);
+    for (const Setting &setting : {settings[0], settings[1]}) {
+        GuardedBuffer buffer = borderScratchFor(dst.roi(), setting);
+        for (int height = 1; height < 255; ++height) {
+            for (int y = 0; y < 12; ++y) {
+                for (int x = 0; x < 9; ++x) {
+                    src.set(x, y, static_cast<std::uint8_t>(x < 4 ? 0 : y < 6 ? height : height + 1));
+                }
+            }
+            const auto m = static_cast<float>(4 * height);
+            for (const float low : {std::nextafter(m, 0.0f), m, std::nextafter(m, 2000.0f)}) {
+                for (const float high : {low, std::nextafter(m + 4, 0.0f), m + 4}) {
+                    ASSERT_EQ(rvxiCannyBorder_8u_C1R(src.data(), src.step(), dst.data(), dst.step(), dst.roi(),
+                                                     setting.filter, setting.mask, BorderReplicate, 0, setting.norm,
+                                                     buffer.data(), low, high),
+                              StatusOk);
+                    const Rule rule = setting.norm == CannyNormL1 ? Rule::integers : Rule::euclidean;
+                    ASSERT_TRUE(edgesAre(dst, derivatives(src, setting, BorderReplicate, 0).edges(rule, low, high)))
+                        << "height " << height << " low " << low << " high " << high;
+                }
+            }
+        }
     }
 }
 
