@@ -58,8 +58,9 @@ template <class Operation, bool masked, class T> struct AccumulateRow {
     }
 };
 
-// Sums and products of unsigned bytes: those are exact and never negative zeros, so that m times one is the plain update
-// by a source whose unselected bytes are zero, and the mask is a matter of bytes.
+// Unsigned bytes and their products are exact floats, and zero times one of them is a positive zero, as a product with
+// m = 0 is: the masked update of such sources is the plain one of a source whose unselected bytes are zero. So the mask
+// is applied to bytes. A negative zero in the accumulator becomes positive either way.
 template <class Operation> struct SelectedBytesRow {
     const std::uint8_t *first, *second;
     const std::uint8_t *mask;
@@ -87,7 +88,7 @@ template <class Operation, bool masked, class T> void accumulate(const Sources<T
     for (std::int64_t y = 0; y < shape.height; ++y) {
         if constexpr (masked && std::is_same_v<T, std::uint8_t> && !std::is_same_v<Operation, Weighted>) {
             walkRow<2 * F32x8::lanes>(shape.width, SelectedBytesRow<Operation>{image.first.row(y), image.second.row(y),
-                                                                              image.mask.row(y), image.acc.row(y)});
+                                                                               image.mask.row(y), image.acc.row(y)});
         } else {
             const AccumulateRow<Operation, masked, T> row{image.first.row(y), image.second.row(y),
                                                           masked ? image.mask.row(y) : nullptr, image.acc.row(y),

@@ -1,8 +1,8 @@
 // Rank filters: minimum and maximum under a rectangle. The frequent small ones are in small_window.h and row_window.h.
 // For the others, separable: a block of output rows is first reduced along the columns, straight from the source, into
 // scratch rows that have room for the margins; the margins repeat the edge pixels; then each scratch row is reduced
-// along itself into the destination. Wide images are cut into tiles of columns so that a block stays in the cache, or in
-// a scratch buffer that was sized for fewer channels.
+// along itself into the destination. Wide images are cut into tiles of columns so that a block stays in the cache, or
+// in a scratch buffer that was sized for fewer channels.
 #include "frame/api.h"
 
 #include "kernel/checks.h"
