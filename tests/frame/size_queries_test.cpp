@@ -45,6 +45,8 @@ StatusCode roiAndCode(void *f, const Sizes &s, Place a, Place) { return invoke(f
 StatusCode floatsOfWidth(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, PixelType32f, 3, a); }
 StatusCode widthAndMask(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, s.mask(), a); }
 
+constexpr HoughResolution degrees{1.0f, 0.0174533f};
+
 const Shape shapes[] = {
     {"rvxiFilterRowBorderPipeline", roiAndKernel},
     {"rvxiFilterColumnPipeline", roiAndKernel},
@@ -67,11 +69,14 @@ const Shape shapes[] = {
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 2, Mask5x5, PixelType8u, a); }},
     {"rvxiMinEigenVal", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 5, 5, a); }},
     {"rvxiFindPeaks", widthOnly, false},
+    {"rvxiHoughLine", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), degrees, s.side, a); }},
+    {"rvxiHoughProbLine", [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), degrees, a, b); }},
     {"rvxiPyrDown", floatsOfWidth, false},
     {"rvxiPyrUp", floatsOfWidth, false},
     {"rvxiTrueDistance", roiOnly},
     {"rvxiFloodFill", roiOnly, true, true},
     {"rvxiLabelMarkers", roiOnly, true, true},
+    {"rvxiUndistort", roiOnly},
 };
 
 const Shape *shapeOf(const std::string &name) {
