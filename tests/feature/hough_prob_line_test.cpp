@@ -60,14 +60,17 @@ std::optional<Point2i> markAt(const Image &image, const std::vector<Point2i> &pi
     return std::nullopt;
 }
 
-// The longest run of steps without a mark on the path between the ends.
-std::int32_t longestGap(const Image &image, const Segment &s) {
-    std::int32_t gap = 0, longest = 0;
-    for (std::int32_t i = 0; i <= s.length(); ++i) {
-        gap = markAt(image, s.step(i)) ? 0 : gap + 1;
-        longest = std::max(longest, gap);
+// The last marked step before a gap that is too long on the path between the ends, and the first one behind it.
+std::optional<std::pair<int, int>> brokenAt(const Image &image, const Segment &s, std::int32_t gap) {
+    for (int i = 1, marked = 0; i <= s.length(); ++i) {
+        if (markAt(image, s.step(i))) {
+            if (i - marked - 1 > gap) {
+                return std::pair(marked, i);
+            }
+            marked = i;
+        }
     }
-    return longest;
+    return std::nullopt;
 }
 
 class PlainSearch {
@@ -172,17 +175,10 @@ private:
             dx = best.first.x - best.last.x;
             dy = best.first.y - best.last.y;
         }
-        while (longestGap(left_, best) > p_.gap) {
-            Point2i mark = best.first;
-            for (std::int32_t i = 1, marked = 0; i <= best.length(); ++i) {
-                const std::optional<Point2i> next = markAt(left_, best.step(i));
-                if (next && i - marked - 1 > p_.gap) {
-                    best = marked >= best.length() - i ? Segment{best.first, mark} : Segment{*next, best.last};
-                    break;
-                }
-                mark = next.value_or(mark);
-                marked = next ? i : marked;
-            }
+        while (const auto gap = brokenAt(left_, best, p_.gap)) {
+            const Point2i before = *markAt(left_, best.step(gap->first)),
+                          behind = *markAt(left_, best.step(gap->second));
+            best = gap->first >= best.length() - gap->second ? Segment{best.first, before} : Segment{behind, best.last};
         }
         return best;
     }
@@ -249,8 +245,7 @@ TEST(HoughProbLine, AgreesWithOnePixelAtATime) {
             << width << "x" << height << " case " << i << " (seed " << baseSeed() << ")";
         for (const Segment &s : want) {
             ASSERT_TRUE(isMarked(image, s.first.x, s.first.y) && isMarked(image, s.last.x, s.last.y));
-            ASSERT_LE(longestGap(image, s), p.gap);
-            ASSERT_GE(s.length(), p.length);
+            ASSERT_TRUE(!brokenAt(image, s, p.gap) && s.length() >= p.length);
         }
         if (count > 0) {
             const std::int32_t few = (count + 1) / 2;
@@ -382,23 +377,17 @@ TEST(HoughProbLine, RecordsAndSizes) {
     EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R({0, 0}, {0, 0}, nullptr, &size), StatusNullPointer);
     EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R({0, 0}, {0, 0}, &specSize, nullptr), StatusNullPointer);
     EXPECT_EQ(rvxiHoughProbLineInit_8u32f_C1R({0, 0}, 1, nullptr, {0, 0}), StatusNullPointer);
-    struct {
-        RoiSize roi;
-        HoughResolution resolution;
-        StatusCode query, init;
-    } const cases[] = {
-        {{0, 4}, {0, 4}, StatusBadSize, StatusBadSize},
-        {{4, 4}, {0, 4}, StatusBadArgument, StatusBadArgument},
-        {{4, 4}, {1, NAN}, StatusBadArgument, StatusBadArgument},
-        {{4, 4}, {1, 1e-40f}, StatusBadSize, StatusBadSize},
-        {{4, 4}, {1e-40f, 4}, StatusBadSize, StatusOk},
-        {{1100000000, 1100000000}, {1, 4}, StatusBadSize, StatusOk},
-        {{INT32_MAX, INT32_MAX}, {1e-40f, 4}, StatusBadSize, StatusOk},
+    const auto expect = [&](RoiSize roi, HoughResolution resolution, StatusCode query, StatusCode init) {
+        EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R(roi, resolution, &specSize, &size), query);
+        EXPECT_EQ(rvxiHoughProbLineInit_8u32f_C1R(roi, 1, spec, resolution), init);
     };
-    for (const auto &c : cases) {
-        EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R(c.roi, c.resolution, &specSize, &size), c.query);
-        EXPECT_EQ(rvxiHoughProbLineInit_8u32f_C1R(c.roi, 1, spec, c.resolution), c.init);
-    }
+    expect({0, 4}, {0, 4}, StatusBadSize, StatusBadSize);
+    expect({4, 4}, {0, 4}, StatusBadArgument, StatusBadArgument);
+    expect({4, 4}, {1, NAN}, StatusBadArgument, StatusBadArgument);
+    expect({4, 4}, {1, 1e-40f}, StatusBadSize, StatusBadSize);
+    expect({4, 4}, {1e-40f, 4}, StatusBadSize, StatusOk);
+    expect({1100000000, 1100000000}, {1, 4}, StatusBadSize, StatusOk);
+    expect({INT32_MAX, INT32_MAX}, {1e-40f, 4}, StatusBadSize, StatusOk);
     EXPECT_TRUE(specSize == -1 && size == -1);
     EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R({640, 480}, {1, 0.01745329f}, &specSize, &size), StatusOk);
     EXPECT_EQ(specSize, 8 * 180 + 16);

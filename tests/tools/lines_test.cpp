@@ -76,13 +76,9 @@ TEST(Lines, SegmentsOfAnImageOfTwoLevels) {
 }
 
 TEST(Lines, MistakesAreRefused) {
-    const program::Folder folder;
-    tools::writeImage(folder / "bars.png", bars());
-    const std::string call = "lines " + folder / "bars.png" + " -o " + folder / "out.png ";
-    for (const char *options : {"--rho 5,4", "--theta 1", "--length 5", "--segments --rho 1,2", "--low 5 --high 4"}) {
-        EXPECT_EQ(run(call + options).exitCode, 2) << options;
-    }
-    EXPECT_EQ(run(call + "--rho-step 1000").exitCode, 1) << "coarser than the picture";
+    EXPECT_EQ(run("lines none.png --csv - --rho 5,4").exitCode, 2);
+    EXPECT_EQ(run("lines none.png --csv - --segments --rho 1,2").exitCode, 2);
+    EXPECT_EQ(run("lines none.png --csv - --length 5").exitCode, 2);
 }
 
 } // namespace
