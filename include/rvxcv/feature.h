@@ -168,8 +168,8 @@ StatusCode rvxiHoughLineGetSize_8u_C1R(RoiSize roi, HoughResolution resolution, 
  * by the search. It may lie at any address and be copied. */
 typedef struct HoughProbLineSpec HoughProbLineSpec;
 
-/* The segments in the order in which they were found, two points each, with max(|dx|, |dy|) >= lineLength. *segmentCount
- * is how many were written. The search ends with StatusResultTruncated as soon as the array is full.
+/* The segments in the order in which they were found, two points each, with max(|dx|, |dy|) >= lineLength.
+ * *segmentCount is how many were written. The search ends with StatusResultTruncated as soon as the array is full.
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadStep (below 1); StatusBadSize (width, height or
  * maxSegmentCount below 1); StatusBadArgument (threshold or lineLength below 1, lineGap below 0, or a resolution that
  * is too coarse for this size: nRho is 0); StatusBadSize (the scratch size would not fit). */
