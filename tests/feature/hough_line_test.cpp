@@ -88,12 +88,11 @@ void expectLines(const Image &image, int threshold, HoughResolution resolution, 
                           : rvxiHoughLine_8u32f_C1R(image.data(), image.step(), image.roi(), threshold, list, capacity,
                                                     &count, scratch.data(), resolution);
     const bool none = region != nullptr && want.empty();
-    std::vector<HoughLine> expected;
-    for (const PlainPeak &peak : want) {
-        expected.push_back(peak.line);
-    }
+    const auto same = [](const PlainPeak &peak, const HoughLine &line) {
+        return std::memcmp(&peak.line, &line, sizeof line) == 0;
+    };
     ASSERT_EQ(status, truncated ? StatusResultTruncated : none ? StatusEmptyResult : StatusOk);
-    ASSERT_TRUE(count == std::ssize(want) && std::memcmp(list, expected.data(), 8 * expected.size()) == 0)
+    ASSERT_TRUE(count == std::ssize(want) && std::equal(want.begin(), want.end(), list, same))
         << image.width() << "x" << image.height() << " rho " << resolution.rho << " theta " << resolution.theta
         << " threshold " << threshold << " capacity " << capacity << " (seed " << baseSeed() << ")";
 }
