@@ -207,7 +207,8 @@ Found search(const Image &image, const Parameters &p, std::int32_t capacity, int
         rvxiHoughProbLine_8u32f_C1R(image.data(), image.step(), image.roi(), p.threshold, p.length, p.gap,
                                     reinterpret_cast<Point2i *>(list.data()), capacity, &count, scratch.data(), record);
     Found found(status, static_cast<std::size_t>(count));
-    std::memcpy(static_cast<void *>(found.second.data()), list.data(), found.second.size() * sizeof(Segment));
+    std::copy_n(list.data(), found.second.size() * sizeof(Segment),
+                reinterpret_cast<std::uint8_t *>(found.second.data()));
     return found;
 }
 
