@@ -18,13 +18,6 @@ enum HaarCorner { bottomRight = 0, bottomLeft = 1, topRight = 2, topLeft = 3, lo
 constexpr std::uint32_t tiltBit = 1;
 RVX_INLINE bool isTilted(const HaarFeature &feature) { return (feature.tag & tiltBit) != 0; }
 
-template <class T> RVX_INLINE T numberOf(HaarNumber number) {
-    if constexpr (std::is_same_v<T, float>) {
-        return number.f32;
-    } else {
-        return number.s32;
-    }
-}
 RVX_INLINE HaarNumber toNumber(float value) { return {.f32 = value}; }
 RVX_INLINE HaarNumber toNumber(std::int32_t value) { return {.s32 = value}; }
 

@@ -300,7 +300,7 @@ public:
 
     Point2i at() const { return at_; }
     // The pixel of this step, and those on both sides of it.
-    std::int32_t width() const { return 3; }
+    static constexpr int width = 3;
     Point2i across(int i) const {
         const std::int32_t d = i == 2 ? -1 : i;
         return steep_ ? Point2i{at_.x + d, at_.y} : Point2i{at_.x, at_.y + d};
@@ -339,7 +339,7 @@ public:
     template <class Visit> void forEachMark(const Segment &segment, const Visit &visit) const {
         Path path(segment.first, segment.last - segment.first);
         for (std::int32_t i = 0; i <= segment.length(); ++i, path.step()) {
-            for (int k = 0; k < path.width(); ++k) {
+            for (int k = 0; k < Path::width; ++k) {
                 const Point2i p = path.across(k);
                 if (isMark(p)) {
                     visit(p);
@@ -351,7 +351,7 @@ public:
 private:
     bool isMark(Point2i p) const { return mask_.inside(p) && mask_.contains(p); }
     bool findMark(const Path &path, Point2i &mark) const {
-        for (int k = 0; k < path.width(); ++k) {
+        for (int k = 0; k < Path::width; ++k) {
             if (isMark(path.across(k))) {
                 mark = path.across(k);
                 return true;
