@@ -3,33 +3,32 @@
 #pragma once
 
 #include "image.h"
-
-#include <CLI/CLI.hpp>
+#include "options.h"
 
 namespace tools {
 
-void addInfo(CLI::App &program);
-void addDiff(CLI::App &program);
-void addAverage(CLI::App &program);
-void addEdges(CLI::App &program);
-void addGradient(CLI::App &program);
-void addMorph(CLI::App &program);
-void addCorners(CLI::App &program);
-void addDistance(CLI::App &program);
-void addFill(CLI::App &program);
-void addLabel(CLI::App &program);
-void addLines(CLI::App &program);
-void addBlur(CLI::App &program);
-void addDeviation(CLI::App &program);
-void addHistory(CLI::App &program);
-void addProfile(CLI::App &program);
-void addPyramid(CLI::App &program);
-void addTrack(CLI::App &program);
-void addDetect(CLI::App &program);
-void addTrain(CLI::App &program);
-void addScene(CLI::App &program);
-void addUndistort(CLI::App &program);
-void addStats(CLI::App &program);
-void addCompare(CLI::App &program);
+void addInfo(Program &program);
+void addDiff(Program &program);
+void addAverage(Program &program);
+void addEdges(Program &program);
+void addGradient(Program &program);
+void addMorph(Program &program);
+void addCorners(Program &program);
+void addDistance(Program &program);
+void addFill(Program &program);
+void addLabel(Program &program);
+void addLines(Program &program);
+void addBlur(Program &program);
+void addDeviation(Program &program);
+void addHistory(Program &program);
+void addProfile(Program &program);
+void addPyramid(Program &program);
+void addTrack(Program &program);
+void addDetect(Program &program);
+void addTrain(Program &program);
+void addScene(Program &program);
+void addUndistort(Program &program);
+void addStats(Program &program);
+void addCompare(Program &program);
 
 } // namespace tools

@@ -1,7 +1,5 @@
 #include "corner_search.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 
 namespace tools {
@@ -65,19 +63,15 @@ std::vector<Corner> strongest(std::vector<Corner> corners, const CornerSettings 
 
 } // namespace
 
-void addCornerOptions(CLI::App &command, CornerSettings &settings) {
-    command.add_option("--count", settings.count, "Most corners to keep")
-        ->check(CLI::Range(1, 1000000))
-        ->capture_default_str();
-    command.add_option("--quality", settings.quality, "Least strength, as a part of the strongest corner's")
-        ->check(CLI::Range(0.0f, 1.0f))
-        ->capture_default_str();
-    command.add_option("--distance", settings.distance, "Least distance between corners, in pixels")
-        ->check(CLI::Range(0.0, 1e6))
-        ->capture_default_str();
-    command.add_option("--block", settings.block, "Side of the block around each pixel")
-        ->check(CLI::IsMember({3, 5}))
-        ->capture_default_str();
+void addCornerOptions(Command &command, CornerSettings &settings) {
+    command.option("--count", settings.count, "Most corners to keep").range(1, 1000000).showDefault();
+    command.option("--quality", settings.quality, "Least strength, as a part of the strongest corner's")
+        .range(0.0, 1.0)
+        .showDefault();
+    command.option("--distance", settings.distance, "Least distance between corners, in pixels")
+        .range(0.0, 1e6)
+        .showDefault();
+    command.option("--block", settings.block, "Side of the block around each pixel").oneOf({3, 5}).showDefault();
 }
 
 std::vector<Corner> findCorners(const Image &grey, const CornerSettings &settings, const std::vector<Point2f> &taken) {

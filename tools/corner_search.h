@@ -3,10 +3,7 @@
 #pragma once
 
 #include "image.h"
-
-namespace CLI {
-class App;
-}
+#include "options.h"
 
 namespace tools {
 
@@ -17,7 +14,7 @@ struct CornerSettings {
     int block = 3;           // side of the block around each pixel: 3 or 5
 };
 
-void addCornerOptions(CLI::App &command, CornerSettings &settings);
+void addCornerOptions(Command &command, CornerSettings &settings);
 
 struct Corner {
     Point2i at;

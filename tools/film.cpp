@@ -1,7 +1,5 @@
 #include "film.h"
 
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include <algorithm>
@@ -154,7 +152,7 @@ Film::Film(const std::vector<std::string> &frames) : names_(frames) {
     if (frames.size() == 1 && frames.front() == "-") {
         stream_.emplace(stdin, "standard input");
     } else if (std::count(frames.begin(), frames.end(), "-") != 0) {
-        throw CLI::ValidationError("FRAMES", "- is a whole film and stands alone");
+        throw UsageError("FRAMES", "- is a whole film and stands alone");
     }
     if (!next()) {
         throw Failure("standard input: the film has no frames");
@@ -186,11 +184,11 @@ bool Film::next() {
     return true;
 }
 
-void addFrames(CLI::App &command, std::vector<std::string> &frames) {
+void addFrames(Command &command, std::vector<std::string> &frames) {
     command
-        .add_option("FRAMES", frames,
-                    "Pictures of one size, oldest first, or - for an uncompressed film (YUV4MPEG2) on standard input")
-        ->required();
+        .option("FRAMES", frames,
+                "Pictures of one size, oldest first, or - for an uncompressed film (YUV4MPEG2) on standard input")
+        .required();
 }
 
 // ---------------------------------------------------------------------------------------------------- Progress

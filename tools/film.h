@@ -2,13 +2,10 @@
 #pragma once
 
 #include "image.h"
+#include "options.h"
 
 #include <cstdio>
 #include <optional>
-
-namespace CLI {
-class App;
-}
 
 namespace tools {
 
@@ -67,7 +64,7 @@ private:
     int number_ = -1;
 };
 
-void addFrames(CLI::App &command, std::vector<std::string> &frames);
+void addFrames(Command &command, std::vector<std::string> &frames);
 
 // Says on standard error how far a long film has come: on a terminal in one line that is written again, otherwise in a
 // line every 100 frames.

@@ -1,6 +1,6 @@
 #include "parse.h"
 
-#include <CLI/CLI.hpp>
+#include "options.h"
 
 #include <charconv>
 #include <cmath>
@@ -34,7 +34,7 @@ std::vector<int> integers(const std::string &text, char separator) {
 Point2i parsePoint(const std::string &option, const std::string &text) {
     const std::vector<int> values = integers(text, ',');
     if (values.size() != 2) {
-        throw CLI::ValidationError(option, text + " is not a point X,Y");
+        throw UsageError(option, text + " is not a point X,Y");
     }
     return {values[0], values[1]};
 }
@@ -46,7 +46,7 @@ Point2f parseNumbers(const std::string &option, const std::string &text) {
         const auto [next, error] = std::from_chars(at, end, values[i]);
         const bool endsWell = i == 0 ? next != end && *next == ',' : next == end;
         if (error != std::errc() || !endsWell || !std::isfinite(values[i])) {
-            throw CLI::ValidationError(option, text + " is not a pair of numbers X,Y");
+            throw UsageError(option, text + " is not a pair of numbers X,Y");
         }
         at = next + 1;
     }
@@ -56,7 +56,7 @@ Point2f parseNumbers(const std::string &option, const std::string &text) {
 RoiSize parseSize(const std::string &option, const std::string &text, int largest) {
     const std::vector<int> values = integers(text, 'x');
     if (values.size() != 2 || values[0] < 1 || values[1] < 1 || values[0] > largest || values[1] > largest) {
-        throw CLI::ValidationError(option, text + " is not a size WxH with sides from 1 to " + std::to_string(largest));
+        throw UsageError(option, text + " is not a size WxH with sides from 1 to " + std::to_string(largest));
     }
     return {values[0], values[1]};
 }
@@ -70,7 +70,7 @@ std::vector<std::uint8_t> parseLevels(const std::string &option, const std::stri
         }
     }
     if (levels.size() != values.size() || (levels.size() != 1 && levels.size() != 3)) {
-        throw CLI::ValidationError(option, text + " is neither a level from 0 to 255 nor three of them with commas");
+        throw UsageError(option, text + " is neither a level from 0 to 255 nor three of them with commas");
     }
     return levels;
 }

@@ -38,20 +38,13 @@ void run(const Options &options) {
 
 } // namespace
 
-void addAverage(CLI::App &program) {
+void addAverage(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("average", "Write the running average of frames of one size");
-    addFrames(*command, options->frames);
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--alpha", options->alpha, "Weight of each new frame")
-        ->check(CLI::Range(0.0, 1.0))
-        ->capture_default_str();
-    command->callback([options] {
-        if (std::isnan(options->alpha)) { // passes the range check
-            throw CLI::ValidationError("--alpha", "not a number");
-        }
-        run(*options);
-    });
+    Command command = program.command("average", "Write the running average of frames of one size");
+    addFrames(command, options->frames);
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--alpha", options->alpha, "Weight of each new frame").range(0.0, 1.0).showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -2,7 +2,6 @@
 #include "command.h"
 #include "smooth.h"
 
-#include <cmath>
 #include <memory>
 
 namespace tools {
@@ -20,22 +19,19 @@ void run(const Options &options) {
 
 } // namespace
 
-void addBlur(CLI::App &program) {
+void addBlur(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("blur", "Blur a picture (Gaussian)");
-    command->add_option("PHOTO", options->photo, "Picture to blur")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--sigma", options->sigma, "Standard deviation of the Gaussian, in pixels")
-        ->required()
-        ->check(CLI::Range(0.05, 100.0));
-    command->add_option("--size", options->size, "Side of the kernel, odd (default: three sigma to each side)")
-        ->check(CLI::Range(3, 601));
-    command->callback([options] {
+    Command command = program.command("blur", "Blur a picture (Gaussian)");
+    command.option("PHOTO", options->photo, "Picture to blur").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--sigma", options->sigma, "Standard deviation of the Gaussian, in pixels")
+        .required()
+        .range(0.05, 100.0);
+    command.option("--size", options->size, "Side of the kernel, odd (default: three sigma to each side)")
+        .range(3, 601);
+    command.action([options] {
         if (options->size != 0 && options->size % 2 == 0) {
-            throw CLI::ValidationError("--size", "it must be odd");
-        }
-        if (std::isnan(options->sigma)) { // passes the range check
-            throw CLI::ValidationError("--sigma", "not a number");
+            throw UsageError("--size", "it must be odd");
         }
         run(*options);
     });

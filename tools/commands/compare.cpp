@@ -40,15 +40,14 @@ void run(const Options &options) {
 
 } // namespace
 
-void addCompare(CLI::App &program) {
+void addCompare(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("compare", "Print by how much two pictures of one size differ");
-    command->add_option("A", options->first, "First picture")->required();
-    command->add_option("B", options->second, "Second picture: what relative norms are relative to")->required();
-    command->add_option("--mask", options->mask, "Picture of the same size: only what is not black in it counts");
-    command->add_option("--max-difference", options->most, "End with 1 when any level differs by more")
-        ->check(CLI::Range(0.0, 255.0));
-    command->callback([options] { run(*options); });
+    Command command = program.command("compare", "Print by how much two pictures of one size differ");
+    command.option("A", options->first, "First picture").required();
+    command.option("B", options->second, "Second picture: what relative norms are relative to").required();
+    command.option("--mask", options->mask, "Picture of the same size: only what is not black in it counts");
+    command.option("--max-difference", options->most, "End with 1 when any level differs by more").range(0.0, 255.0);
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -39,14 +39,14 @@ void run(const Options &options) {
 
 } // namespace
 
-void addCorners(CLI::App &program) {
+void addCorners(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("corners", "Mark the corners that can be tracked best");
-    command->add_option("PHOTO", options->photo, "Picture to search")->required();
-    command->add_option("-o,--out", options->out, "Picture to write, with the corners marked");
-    command->add_flag("--csv", options->csv, "Print x,y,strength of every corner, strongest first");
-    addCornerOptions(*command, options->corners);
-    command->callback([options] { run(*options); });
+    Command command = program.command("corners", "Mark the corners that can be tracked best");
+    command.option("PHOTO", options->photo, "Picture to search").required();
+    command.option("-o,--out", options->out, "Picture to write, with the corners marked");
+    command.flag("--csv", options->csv, "Print x,y,strength of every corner, strongest first");
+    addCornerOptions(command, options->corners);
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

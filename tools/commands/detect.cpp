@@ -47,26 +47,23 @@ void run(const Options &options) {
 
 } // namespace
 
-void addDetect(CLI::App &program) {
+void addDetect(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("detect", "Find what a trained cascade knows, in all sizes");
+    Command command = program.command("detect", "Find what a trained cascade knows, in all sizes");
     DetectorSettings &search = options->search;
-    command->add_option("CASCADE", options->cascade, "JSON or XML file, or the name of a cascade that came along: car")
-        ->required();
-    command->add_option("PHOTO", options->photo, "Picture to search")->required();
-    command->add_option("-o,--out", options->out, "Picture to write, with boxes drawn");
-    command->add_option("--csv", options->csv, "List to write, most hits first; - is standard output");
-    command->add_option("--scale-step", search.scaleStep, "From one size searched to the next")
-        ->check(CLI::Range(1.01, 4.0))
-        ->capture_default_str();
-    command->add_option("--hits", search.hits, "Windows that must agree before they count")
-        ->check(CLI::Range(1, 1000000))
-        ->capture_default_str();
-    command
-        ->add_option("--smallest", search.smallest, "Least width sought, in pixels; never below the cascade's window")
-        ->check(CLI::Range(1, 1000000));
-    command->add_option("--largest", search.largest, "Greatest width sought, in pixels")->check(CLI::Range(1, 1000000));
-    command->callback([options] { run(*options); });
+    command.option("CASCADE", options->cascade, "JSON or XML file, or the name of a cascade that came along: car")
+        .required();
+    command.option("PHOTO", options->photo, "Picture to search").required();
+    command.option("-o,--out", options->out, "Picture to write, with boxes drawn");
+    command.option("--csv", options->csv, "List to write, most hits first; - is standard output");
+    command.option("--scale-step", search.scaleStep, "From one size searched to the next")
+        .range(1.01, 4.0)
+        .showDefault();
+    command.option("--hits", search.hits, "Windows that must agree before they count").range(1, 1000000).showDefault();
+    command.option("--smallest", search.smallest, "Least width sought, in pixels; never below the cascade's window")
+        .range(1, 1000000);
+    command.option("--largest", search.largest, "Greatest width sought, in pixels").range(1, 1000000);
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -85,17 +85,15 @@ void run(const Options &options) {
 
 } // namespace
 
-void addDeviation(CLI::App &program) {
+void addDeviation(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("deviation", "Show local contrast: the deviation in a window");
-    command->add_option("PHOTO", options->photo, "Picture to measure")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--window", options->window, "WxH of the window in pixels")->capture_default_str();
-    command->add_flag("--tilted", options->tilted,
-                      "Turn the window by 45 degrees; its sides then count diagonal steps");
-    command->add_option("--scale", options->scale, "Grey levels per unit; without it the largest value decides")
-        ->check(CLI::PositiveNumber);
-    command->callback([options] { run(*options); });
+    Command command = program.command("deviation", "Show local contrast: the deviation in a window");
+    command.option("PHOTO", options->photo, "Picture to measure").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--window", options->window, "WxH of the window in pixels").showDefault();
+    command.flag("--tilted", options->tilted, "Turn the window by 45 degrees; its sides then count diagonal steps");
+    command.option("--scale", options->scale, "Grey levels per unit; without it the largest value decides").positive();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

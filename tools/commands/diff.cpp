@@ -21,13 +21,13 @@ void run(const Options &options) {
 
 } // namespace
 
-void addDiff(CLI::App &program) {
+void addDiff(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("diff", "Write the absolute difference of two images of one size");
-    command->add_option("A", options->first, "First image")->required();
-    command->add_option("B", options->second, "Second image")->required();
-    command->add_option("OUT", options->out, "Picture to write")->required();
-    command->callback([options] { run(*options); });
+    Command command = program.command("diff", "Write the absolute difference of two images of one size");
+    command.option("A", options->first, "First image").required();
+    command.option("B", options->second, "Second image").required();
+    command.option("OUT", options->out, "Picture to write").required();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -85,28 +85,28 @@ void run(const Options &options) {
 
 } // namespace
 
-void addDistance(CLI::App &program) {
+void addDistance(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("distance", "Show how far pixels are from the nearest edge or dark one");
-    command->add_option("PHOTO", options->photo, "Picture to measure")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--to", options->to, "What the distance is to: Canny edges or dark pixels")
-        ->check(CLI::IsMember({"edges", "dark"}))
-        ->capture_default_str();
+    Command command = program.command("distance", "Show how far pixels are from the nearest edge or dark one");
+    command.option("PHOTO", options->photo, "Picture to measure").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--to", options->to, "What the distance is to: Canny edges or dark pixels")
+        .oneOf({"edges", "dark"})
+        .showDefault();
     command
-        ->add_option("--threshold", options->threshold,
-                     "Grey levels below are dark (default: chosen from the picture by Otsu's method)")
-        ->check(CLI::Range(0, 256));
-    command->add_option("--metric", options->metric, "exact: Euclidean; the others count steps between neighbours")
-        ->check(CLI::IsMember({"exact", "l2-5x5", "l2-3x3", "city", "chess"}))
-        ->capture_default_str();
-    command->add_flag("--raw", options->raw, "Write distances as 16-bit numbers (.png or .pgm) instead of colours");
-    command->add_option("--scale", options->scale, "With --raw: units per pixel of distance")
-        ->check(CLI::Range(1e-3, 65535.0))
-        ->capture_default_str();
-    command->callback([options] {
+        .option("--threshold", options->threshold,
+                "Grey levels below are dark (default: chosen from the picture by Otsu's method)")
+        .range(0, 256);
+    command.option("--metric", options->metric, "exact: Euclidean; the others count steps between neighbours")
+        .oneOf({"exact", "l2-5x5", "l2-3x3", "city", "chess"})
+        .showDefault();
+    command.flag("--raw", options->raw, "Write distances as 16-bit numbers (.png or .pgm) instead of colours");
+    command.option("--scale", options->scale, "With --raw: units per pixel of distance")
+        .range(1e-3, 65535.0)
+        .showDefault();
+    command.action([options] {
         if (options->threshold && options->to != "dark") {
-            throw CLI::ValidationError("--threshold", "it is for --to dark");
+            throw UsageError("--threshold", "it is for --to dark");
         }
         run(*options);
     });

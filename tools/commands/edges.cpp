@@ -28,39 +28,33 @@ void run(const Options &options) {
 
 } // namespace
 
-void addEdges(CLI::App &program) {
+void addEdges(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("edges", "Find the edges of a picture (Canny)");
-    command->add_option("PHOTO", options->photo, "Picture to search")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command
-        ->add_option("--low", options->edges.low, "Edges continue through gradients from here (default: 0.4 of high)")
-        ->check(CLI::NonNegativeNumber);
-    command
-        ->add_option("--high", options->edges.high, "Edges begin at gradients above (default: chosen from the picture)")
-        ->check(CLI::NonNegativeNumber);
-    CLI::Option *norm = command->add_option("--norm", options->edges.norm, "Length of a gradient: l1 or l2 (Euclidean)")
-                            ->check(CLI::IsMember({"l1", "l2"}))
-                            ->capture_default_str();
-    command->add_flag("--colour", options->colour, "Take the strongest colour channel, not the luma; the norm is l1");
-    command->add_option("--filter", options->edges.filter, "Derivative filter")
-        ->check(CLI::IsMember({"sobel", "scharr"}))
-        ->capture_default_str();
-    command->add_option("--aperture", options->edges.size, "Aperture of the filter (Scharr: 3)")
-        ->check(CLI::IsMember({3, 5}))
-        ->capture_default_str();
-    command->callback([options, norm] {
+    Command command = program.command("edges", "Find the edges of a picture (Canny)");
+    command.option("PHOTO", options->photo, "Picture to search").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--low", options->edges.low, "Edges continue through gradients from here (default: 0.4 of high)")
+        .notNegative();
+    command.option("--high", options->edges.high, "Edges begin at gradients above (default: chosen from the picture)")
+        .notNegative();
+    Option norm = command.option("--norm", options->edges.norm, "Length of a gradient: l1 or l2 (Euclidean)")
+                      .oneOf({"l1", "l2"})
+                      .showDefault();
+    command.flag("--colour", options->colour, "Take the strongest colour channel, not the luma; the norm is l1");
+    command.option("--filter", options->edges.filter, "Derivative filter").oneOf({"sobel", "scharr"}).showDefault();
+    command.option("--aperture", options->edges.size, "Aperture of the filter (Scharr: 3)").oneOf({3, 5}).showDefault();
+    command.action([options, norm] {
         if (options->colour) {
-            if (norm->count() != 0 && options->edges.norm == "l2") {
-                throw CLI::ValidationError("--norm", "that of colours is l1");
+            if (norm.given() && options->edges.norm == "l2") {
+                throw UsageError("--norm", "that of colours is l1");
             }
             options->edges.norm = "l1";
         }
         if (options->edges.size == 5 && options->edges.filter == "scharr") {
-            throw CLI::ValidationError("--aperture", "Scharr filters are 3x3");
+            throw UsageError("--aperture", "Scharr filters are 3x3");
         }
         if (options->edges.low && options->edges.high && *options->edges.low > *options->edges.high) {
-            throw CLI::ValidationError("--low", "it is above --high");
+            throw UsageError("--low", "it is above --high");
         }
         run(*options);
     });

@@ -61,7 +61,7 @@ void run(const Options &options) {
     const Point2i seed = parsePoint("--seed", options.seed);
     const Point2i range = parsePoint("--range", options.range);
     if (range.x < 0 || range.y < 0 || range.x > 255 || range.y > 255) {
-        throw CLI::ValidationError("--range", "both distances are 0 to 255");
+        throw UsageError("--range", "both distances are 0 to 255");
     }
     const auto given = options.value.empty() ? std::vector<std::uint8_t>{} : parseLevels("--value", options.value);
     checkPictureName(options.out);
@@ -93,23 +93,20 @@ void run(const Options &options) {
 
 } // namespace
 
-void addFill(CLI::App &program) {
+void addFill(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("fill", "Paint the connected region of similar pixels around a seed");
-    command->add_option("PHOTO", options->photo, "Picture to paint in")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--seed", options->seed, "X,Y of the pixel to start from")->required();
+    Command command = program.command("fill", "Paint the connected region of similar pixels around a seed");
+    command.option("PHOTO", options->photo, "Picture to paint in").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--seed", options->seed, "X,Y of the pixel to start from").required();
     command
-        ->add_option("--range", options->range,
-                     "LO,HI: how far a pixel may lie below and above the seed's value, in every channel")
-        ->capture_default_str();
-    command->add_flag("--gradient", options->gradient, "Compare each pixel with its neighbour, not with the seed");
-    command->add_option("--neighbours", options->neighbours, "4, or 8: diagonal ones too")
-        ->check(CLI::IsMember({4, 8}))
-        ->capture_default_str();
-    command->add_option("--value", options->value,
-                        "Level or R,G,B to paint (default: magenta, white in grey pictures)");
-    command->callback([options] { run(*options); });
+        .option("--range", options->range,
+                "LO,HI: how far a pixel may lie below and above the seed's value, in every channel")
+        .showDefault();
+    command.flag("--gradient", options->gradient, "Compare each pixel with its neighbour, not with the seed");
+    command.option("--neighbours", options->neighbours, "4, or 8: diagonal ones too").oneOf({4, 8}).showDefault();
+    command.option("--value", options->value, "Level or R,G,B to paint (default: magenta, white in grey pictures)");
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -103,24 +103,21 @@ void run(const Options &options) {
 
 } // namespace
 
-void addGradient(CLI::App &program) {
+void addGradient(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("gradient", "Show a derivative or low-pass filter of a picture");
+    Command command = program.command("gradient", "Show a derivative or low-pass filter of a picture");
     std::vector<std::string> names{"magnitude", "lowpass"};
     for (const auto &filter : filters) {
         names.push_back(filter.first);
     }
-    command->add_option("PHOTO", options->photo, "Picture to filter")->required();
-    command->add_option("-o,--out", options->out, "Picture to write")->required();
-    command->add_option("--filter", options->filter, "Filter")->check(CLI::IsMember(names))->capture_default_str();
-    command->add_option("--size", options->size, "Mask size (Scharr: 3)")
-        ->check(CLI::IsMember({3, 5}))
-        ->capture_default_str();
-    command->add_option("--scale", options->scale, "Grey levels per unit; without it the largest value decides")
-        ->check(CLI::PositiveNumber);
-    command->callback([options] {
+    command.option("PHOTO", options->photo, "Picture to filter").required();
+    command.option("-o,--out", options->out, "Picture to write").required();
+    command.option("--filter", options->filter, "Filter").oneOf(names).showDefault();
+    command.option("--size", options->size, "Mask size (Scharr: 3)").oneOf({3, 5}).showDefault();
+    command.option("--scale", options->scale, "Grey levels per unit; without it the largest value decides").positive();
+    command.action([options] {
         if (options->size == 5 && options->filter.starts_with("scharr")) {
-            throw CLI::ValidationError("--size", "Scharr filters are 3x3");
+            throw UsageError("--size", "Scharr filters are 3x3");
         }
         run(*options);
     });

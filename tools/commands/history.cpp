@@ -62,18 +62,16 @@ void run(const Options &options) {
 
 } // namespace
 
-void addHistory(CLI::App &program) {
+void addHistory(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("history", "Show where something moved, and how long ago");
-    addFrames(*command, options->frames);
-    command->add_option("-o,--output", options->out, "Picture to write: bright is new, dark is old")->required();
-    command->add_option("--threshold", options->threshold, "Pixels that change by more grey levels have moved")
-        ->check(CLI::Range(0, 255))
-        ->capture_default_str();
-    command->add_option("--duration", options->duration, "Frames until motion is forgotten")
-        ->check(CLI::Range(0, 100000))
-        ->capture_default_str();
-    command->callback([options] { run(*options); });
+    Command command = program.command("history", "Show where something moved, and how long ago");
+    addFrames(command, options->frames);
+    command.option("-o,--output", options->out, "Picture to write: bright is new, dark is old").required();
+    command.option("--threshold", options->threshold, "Pixels that change by more grey levels have moved")
+        .range(0, 255)
+        .showDefault();
+    command.option("--duration", options->duration, "Frames until motion is forgotten").range(0, 100000).showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

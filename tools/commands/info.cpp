@@ -44,8 +44,8 @@ void run() {
 
 } // namespace
 
-void addInfo(CLI::App &program) {
-    program.add_subcommand("info", "Print the library's version and the processor's features")->callback(run);
+void addInfo(Program &program) {
+    program.command("info", "Print the library's version and the processor's features").action(run);
 }
 
 } // namespace tools

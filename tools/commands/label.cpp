@@ -117,24 +117,22 @@ void run(const Options &options) {
 
 } // namespace
 
-void addLabel(CLI::App &program) {
+void addLabel(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("label", "Tell the connected parts of a picture apart");
-    command->add_option("PHOTO", options->photo, "Picture to take apart")->required();
-    command->add_option("-o,--output", options->out, "Picture to write, every part in a colour of its own");
-    command->add_option("--csv", options->csv, "List to write: label, area, rectangle and centroid of every part");
+    Command command = program.command("label", "Tell the connected parts of a picture apart");
+    command.option("PHOTO", options->photo, "Picture to take apart").required();
+    command.option("-o,--output", options->out, "Picture to write, every part in a colour of its own");
+    command.option("--csv", options->csv, "List to write: label, area, rectangle and centroid of every part");
     command
-        ->add_option("--threshold", options->threshold,
-                     "Grey levels from here on are bright (default: chosen from the picture by Otsu's method)")
-        ->check(CLI::Range(0, 256));
-    command->add_flag("--dark", options->dark, "Parts are what is dark, not what is bright");
-    command->add_option("--neighbours", options->neighbours, "4, or 8: parts that touch by a corner are one")
-        ->check(CLI::IsMember({4, 8}))
-        ->capture_default_str();
-    command->add_option("--min-area", options->least, "Leave out smaller parts")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    command->callback([options] { run(*options); });
+        .option("--threshold", options->threshold,
+                "Grey levels from here on are bright (default: chosen from the picture by Otsu's method)")
+        .range(0, 256);
+    command.flag("--dark", options->dark, "Parts are what is dark, not what is bright");
+    command.option("--neighbours", options->neighbours, "4, or 8: parts that touch by a corner are one")
+        .oneOf({4, 8})
+        .showDefault();
+    command.option("--min-area", options->least, "Leave out smaller parts").positive().showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

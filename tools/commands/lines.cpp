@@ -184,59 +184,50 @@ void run(const Options &options) {
 
 void checkRange(const char *option, const std::vector<float> &range) {
     if (!range.empty() && !(range[0] <= range[1])) {
-        throw CLI::ValidationError(option, "the first number is above the second one");
+        throw UsageError(option, "the first number is above the second one");
     }
 }
 
 } // namespace
 
-void addLines(CLI::App &program) {
+void addLines(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("lines", "Find straight lines (Hough)");
-    command->add_option("PHOTO", options->photo, "Picture to search")->required();
-    command->add_option("-o,--output", options->out, "Picture to write, with the lines drawn");
-    command->add_option("--csv", options->csv, "List to write (- is standard output), the strongest line first");
-    command->add_flag("--segments", options->segments, "Segments with their ends instead of whole lines");
-    command->add_flag("--binary", options->binary, "Search the pixels that are not black, not the picture's edges");
-    command->add_option("--sigma", options->sigma, "Smooth the picture first (default: from its size; 0: not at all)")
-        ->check(CLI::Range(0.0, 100.0));
-    command->add_option("--low", options->edges.low, "Edges continue through gradients from here")
-        ->check(CLI::NonNegativeNumber);
-    command->add_option("--high", options->edges.high, "Edges begin at gradients above (default: from the picture)")
-        ->check(CLI::NonNegativeNumber);
-    command->add_option("--votes", options->votes, "Pixels that a line needs (default: from the picture's size)")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--count", options->count, "At most so many (default: 20 lines, 2000 segments)")
-        ->check(CLI::Range(1, 1000000));
-    command->add_option("--rho-step", options->rhoStep, "Resolution of a line's distance from the corner, in pixels")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    command->add_option("--theta-step", options->thetaStep, "Resolution of the direction of its normal, in degrees")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    CLI::Option *rho =
-        command->add_option("--rho", options->rho, "Lines with these distances only: LOW,HIGH in pixels");
-    CLI::Option *theta =
-        command->add_option("--theta", options->theta, "Lines with these directions only: LOW,HIGH in degrees, 0..180");
-    CLI::Option *apart =
-        command->add_option("--apart", options->apart, "Leave out lines that stay closer than this to a stronger one");
-    apart->check(CLI::NonNegativeNumber);
-    rho->delimiter(',')->expected(2);
-    theta->delimiter(',')->expected(2);
-    for (CLI::Option *ofLines : {rho, theta, apart}) {
-        ofLines->excludes("--segments");
-    }
-    CLI::Option *length = command->add_option("--length", options->length, "Segments are at least so long, in pixels");
-    CLI::Option *gap = command->add_option("--gap", options->gap, "They bridge so many missing pixels");
-    CLI::Option *seed = command->add_option("--seed", options->seed, "Of the random order of the search");
-    length->check(CLI::PositiveNumber);
-    gap->check(CLI::NonNegativeNumber);
-    for (CLI::Option *ofSegments : {length, gap, seed}) {
-        ofSegments->needs("--segments");
-    }
-    command->callback([options] {
+    Command command = program.command("lines", "Find straight lines (Hough)");
+    command.option("PHOTO", options->photo, "Picture to search").required();
+    command.option("-o,--output", options->out, "Picture to write, with the lines drawn");
+    command.option("--csv", options->csv, "List to write (- is standard output), the strongest line first");
+    command.flag("--segments", options->segments, "Segments with their ends instead of whole lines");
+    command.flag("--binary", options->binary, "Search the pixels that are not black, not the picture's edges");
+    command.option("--sigma", options->sigma, "Smooth the picture first (default: from its size; 0: not at all)")
+        .range(0.0, 100.0);
+    command.option("--low", options->edges.low, "Edges continue through gradients from here").notNegative();
+    command.option("--high", options->edges.high, "Edges begin at gradients above (default: from the picture)")
+        .notNegative();
+    command.option("--votes", options->votes, "Pixels that a line needs (default: from the picture's size)").positive();
+    command.option("--count", options->count, "At most so many (default: 20 lines, 2000 segments)").range(1, 1000000);
+    command.option("--rho-step", options->rhoStep, "Resolution of a line's distance from the corner, in pixels")
+        .positive()
+        .showDefault();
+    command.option("--theta-step", options->thetaStep, "Resolution of the direction of its normal, in degrees")
+        .positive()
+        .showDefault();
+    command.option("--rho", options->rho, "Lines with these distances only: LOW,HIGH in pixels")
+        .pair()
+        .excludes("--segments");
+    command.option("--theta", options->theta, "Lines with these directions only: LOW,HIGH in degrees, 0..180")
+        .pair()
+        .excludes("--segments");
+    command.option("--apart", options->apart, "Leave out lines that stay closer than this to a stronger one")
+        .notNegative()
+        .excludes("--segments");
+    command.option("--length", options->length, "Segments are at least so long, in pixels")
+        .positive()
+        .needs("--segments");
+    command.option("--gap", options->gap, "They bridge so many missing pixels").notNegative().needs("--segments");
+    command.option("--seed", options->seed, "Of the random order of the search").needs("--segments");
+    command.action([options] {
         if (options->edges.low && options->edges.high && *options->edges.low > *options->edges.high) {
-            throw CLI::ValidationError("--low", "it is above --high");
+            throw UsageError("--low", "it is above --high");
         }
         checkRange("--rho", options->rho);
         checkRange("--theta", options->theta);

@@ -113,19 +113,19 @@ void run(const Options &options) {
 
 } // namespace
 
-void addMorph(CLI::App &program) {
+void addMorph(Program &program) {
     std::vector<std::string> names;
     for (const auto &entry : operations) {
         names.push_back(entry.first);
     }
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("morph", "Erode, dilate or combine both with a flat mask");
-    command->add_option("OP", options->operation, "Operation")->required()->check(CLI::IsMember(names));
-    command->add_option("PHOTO", options->photo, "Picture to read")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--mask", options->mask, "rect:WxH, ellipse:WxH, cross:WxH or a PBM file (black takes part)")
-        ->capture_default_str();
-    command->callback([options] { run(*options); });
+    Command command = program.command("morph", "Erode, dilate or combine both with a flat mask");
+    command.option("OP", options->operation, "Operation").required().oneOf(names);
+    command.option("PHOTO", options->photo, "Picture to read").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--mask", options->mask, "rect:WxH, ellipse:WxH, cross:WxH or a PBM file (black takes part)")
+        .showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -80,15 +80,15 @@ void run(const Options &options) {
 
 } // namespace
 
-void addProfile(CLI::App &program) {
+void addProfile(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("profile", "List or plot the pixels on a line");
-    command->add_option("PHOTO", options->photo, "Picture to read")->required();
-    command->add_option("--from", options->from, "X,Y of the first pixel")->required();
-    command->add_option("--to", options->to, "X,Y of the last pixel")->required();
-    command->add_option("--csv", options->csv, "List to write, - is standard output (the default without a plot)");
-    command->add_option("-o,--output", options->out, "Plot to write (.svg)");
-    command->callback([options] { run(*options); });
+    Command command = program.command("profile", "List or plot the pixels on a line");
+    command.option("PHOTO", options->photo, "Picture to read").required();
+    command.option("--from", options->from, "X,Y of the first pixel").required();
+    command.option("--to", options->to, "X,Y of the last pixel").required();
+    command.option("--csv", options->csv, "List to write, - is standard output (the default without a plot)");
+    command.option("-o,--output", options->out, "Plot to write (.svg)");
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

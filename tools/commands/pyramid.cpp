@@ -48,19 +48,16 @@ void run(const Options &options) {
 
 } // namespace
 
-void addPyramid(CLI::App &program) {
+void addPyramid(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("pyramid", "Show all levels of a picture's pyramid");
-    command->add_option("PHOTO", options->photo, "Picture to reduce")->required();
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--rate", options->rate, "How many times smaller each level is: above 1, up to 10")
-        ->capture_default_str();
-    command->add_option("--levels", options->levels, "Most levels above the picture itself")
-        ->check(CLI::Range(1, 100))
-        ->capture_default_str();
-    command->callback([options] {
+    Command command = program.command("pyramid", "Show all levels of a picture's pyramid");
+    command.option("PHOTO", options->photo, "Picture to reduce").required();
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--rate", options->rate, "How many times smaller each level is: above 1, up to 10").showDefault();
+    command.option("--levels", options->levels, "Most levels above the picture itself").range(1, 100).showDefault();
+    command.action([options] {
         if (!(options->rate > 1 && options->rate <= 10)) {
-            throw CLI::ValidationError("--rate", "it must be above 1, up to 10");
+            throw UsageError("--rate", "it must be above 1, up to 10");
         }
         run(*options);
     });

@@ -43,21 +43,21 @@ void run(const Options &options) {
 
 } // namespace
 
-void addScene(CLI::App &program) {
+void addScene(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("scene", "Render a synthetic street scene with moving objects");
-    command->add_option("OUT", options->out, "Picture to write")->required();
-    command->add_option("--street", options->street, "0 is the demo's street, any other number a street of its own")
-        ->capture_default_str();
-    command->add_option("--cars", options->cars, "No more cars than this")->check(CLI::Range(0, 100));
-    command->add_option("--boxes", options->boxes, "List to write: kind and box of every object, as CSV");
-    command->add_option("--frame", options->frame, "Frame number: objects move from frame to frame")
-        ->check(CLI::Range(0, 10000))
-        ->capture_default_str();
-    command->add_option("--width", options->width, "Pixels")->check(CLI::Range(1, 16384))->capture_default_str();
-    command->add_option("--height", options->height, "Pixels")->check(CLI::Range(1, 16384))->capture_default_str();
-    command->add_option("--seed", options->seed, "Seed of textures and noise")->capture_default_str();
-    command->callback([options] { run(*options); });
+    Command command = program.command("scene", "Render a synthetic street scene with moving objects");
+    command.option("OUT", options->out, "Picture to write").required();
+    command.option("--street", options->street, "0 is the demo's street, any other number a street of its own")
+        .showDefault();
+    command.option("--cars", options->cars, "No more cars than this").range(0, 100);
+    command.option("--boxes", options->boxes, "List to write: kind and box of every object, as CSV");
+    command.option("--frame", options->frame, "Frame number: objects move from frame to frame")
+        .range(0, 10000)
+        .showDefault();
+    command.option("--width", options->width, "Pixels").range(1, 16384).showDefault();
+    command.option("--height", options->height, "Pixels").range(1, 16384).showDefault();
+    command.option("--seed", options->seed, "Seed of textures and noise").showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

@@ -39,13 +39,13 @@ void run(const Options &options) {
 
 } // namespace
 
-void addStats(CLI::App &program) {
+void addStats(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("stats", "Print mean, deviation, extrema and norms of every channel");
-    command->add_option("PHOTO", options->photo, "Picture to measure")->required();
-    command->add_option("--mask", options->mask, "Picture of the same size: only what is not black in it counts");
-    command->add_flag("--csv", options->csv, "Print a list with commas and all digits");
-    command->callback([options] { run(*options); });
+    Command command = program.command("stats", "Print mean, deviation, extrema and norms of every channel");
+    command.option("PHOTO", options->photo, "Picture to measure").required();
+    command.option("--mask", options->mask, "Picture of the same size: only what is not black in it counts");
+    command.flag("--csv", options->csv, "Print a list with commas and all digits");
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

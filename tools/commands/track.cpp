@@ -92,27 +92,25 @@ void run(const Options &options) {
 
 } // namespace
 
-void addTrack(CLI::App &program) {
+void addTrack(Program &program) {
     auto options = std::make_shared<Options>();
     TrackSettings &tracking = options->tracking;
-    CLI::App *command = program.add_subcommand("track", "Follow corners through the frames of a film");
-    addFrames(*command, options->frames);
-    command->add_option("-o,--output", options->out, "Picture to write: the last frame with the points' paths");
-    command->add_option("--csv", options->csv, "List to write: track, frame, x, y, error; - is standard output");
-    addCornerOptions(*command, tracking.corners);
-    command->add_option("--window", tracking.window, "Side of the window around a point, in pixels")
-        ->check(CLI::Range(3, 255))
-        ->capture_default_str();
-    command->add_option("--levels", tracking.levels, "Levels of the pyramids: each doubles the motion that is found")
-        ->check(CLI::Range(1, 20))
-        ->capture_default_str();
-    command->add_option("--max-error", tracking.error, "A point is lost when its window differs by more grey levels")
-        ->check(CLI::Range(0.0, 255.0))
-        ->capture_default_str();
-    command->add_option("--trail", options->trail, "Draw the paths of so many last frames")
-        ->check(CLI::Range(0, 100000))
-        ->capture_default_str();
-    command->callback([options] { run(*options); });
+    Command command = program.command("track", "Follow corners through the frames of a film");
+    addFrames(command, options->frames);
+    command.option("-o,--output", options->out, "Picture to write: the last frame with the points' paths");
+    command.option("--csv", options->csv, "List to write: track, frame, x, y, error; - is standard output");
+    addCornerOptions(command, tracking.corners);
+    command.option("--window", tracking.window, "Side of the window around a point, in pixels")
+        .range(3, 255)
+        .showDefault();
+    command.option("--levels", tracking.levels, "Levels of the pyramids: each doubles the motion that is found")
+        .range(1, 20)
+        .showDefault();
+    command.option("--max-error", tracking.error, "A point is lost when its window differs by more grey levels")
+        .range(0.0, 255.0)
+        .showDefault();
+    command.option("--trail", options->trail, "Draw the paths of so many last frames").range(0, 100000).showDefault();
+    command.action([options] { run(*options); });
 }
 
 } // namespace tools

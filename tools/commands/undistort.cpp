@@ -125,7 +125,7 @@ void run(const Options &options) {
     Lens lens{
         parseNumbers("--focal", options.focal), {}, parseNumbers("--k", options.k), parseNumbers("--p", options.p)};
     if (lens.focal.x == 0 || lens.focal.y == 0) {
-        throw CLI::ValidationError("--focal", "a focal length is not 0");
+        throw UsageError("--focal", "a focal length is not 0");
     }
     const Image image =
         options.grid.empty() ? readImage(options.photo) : gridPicture(parseSize("--grid", options.grid, 16384));
@@ -154,20 +154,24 @@ void run(const Options &options) {
 
 } // namespace
 
-void addUndistort(CLI::App &program) {
+void addUndistort(Program &program) {
     auto options = std::make_shared<Options>();
-    CLI::App *command = program.add_subcommand("undistort", "Make straight lines straight that a lens has bent");
-    CLI::Option_group *source = command->add_option_group("source");
-    source->add_option("PHOTO", options->photo, "Picture that the camera took");
-    source->add_option("--grid", options->grid, "A grid of straight lines of WxH pixels instead of a photo");
-    source->require_option(1);
-    command->add_option("-o,--output", options->out, "Picture to write")->required();
-    command->add_option("--focal", options->focal, "FX,FY: focal lengths in pixels")->required();
-    command->add_option("--centre", options->centre, "CX,CY: principal point in pixels; without it the middle");
-    command->add_option("--k", options->k, "K1,K2: radial coefficients")->required();
-    command->add_option("--p", options->p, "P1,P2: tangential coefficients")->capture_default_str();
-    command->add_flag("--bend", options->bend, "The other way: bend the picture as such a lens does");
-    command->callback([options] { run(*options); });
+    Command command = program.command("undistort", "Make straight lines straight that a lens has bent");
+    command.option("PHOTO", options->photo, "Picture that the camera took");
+    command.option("--grid", options->grid, "A grid of straight lines of WxH pixels instead of a photo")
+        .excludes("PHOTO");
+    command.option("-o,--output", options->out, "Picture to write").required();
+    command.option("--focal", options->focal, "FX,FY: focal lengths in pixels").required();
+    command.option("--centre", options->centre, "CX,CY: principal point in pixels; without it the middle");
+    command.option("--k", options->k, "K1,K2: radial coefficients").required();
+    command.option("--p", options->p, "P1,P2: tangential coefficients").showDefault();
+    command.flag("--bend", options->bend, "The other way: bend the picture as such a lens does");
+    command.action([options] {
+        if (options->photo.empty() && options->grid.empty()) {
+            throw UsageError("PHOTO", "give a picture or --grid");
+        }
+        run(*options);
+    });
 }
 
 } // namespace tools
