@@ -199,9 +199,13 @@ template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Full = {}) {
     _mm_storeu_si128(reinterpret_cast<__m128i *>(p), a.v);
 }
 template <class T> RVX_INLINE void storeHalf(T *p, U8x16 a, Part bytes) { detail::storeBytes16(p, a.v, bytes.n); }
-// A vector from two halves of 16 bytes.
+// A vector from two halves of 16 bytes, and to two.
 template <class V> RVX_INLINE V loadHalves(const typename V::Element *low, const typename V::Element *high) {
     return detail::fromRaw<V>(_mm256_inserti128_si256(_mm256_castsi128_si256(loadHalf(low).v), loadHalf(high).v, 1));
+}
+template <class V> RVX_INLINE void storeHalves(typename V::Element *low, typename V::Element *high, V a) {
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(low), _mm256_castsi256_si128(detail::raw(a)));
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(high), _mm256_extracti128_si256(detail::raw(a), 1));
 }
 RVX_INLINE U8x32 inBothHalves(U8x16 a) { return {{_mm256_broadcastsi128_si256(a.v)}}; }
 RVX_INLINE U8x16 reordered(U8x16 a, U8x16 from) { return {_mm_shuffle_epi8(a.v, from.v)}; }
