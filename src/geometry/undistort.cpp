@@ -103,18 +103,13 @@ template <class T, class Span> RVX_INLINE void storeRounded(T *p, const F32x8 (&
 template <class Span> RVX_INLINE void storeRounded(float *p, const F32x8 (&value)[3], Span span) {
     storeChannels(p, ThreeChannels<F32x8>{value[0], value[1], value[2]}, span);
 }
-RVX_INLINE int pixelsOf(Full) { return 8; }
-RVX_INLINE int pixelsOf(Part part) { return part.n; }
 template <class Span> RVX_INLINE void storeRounded(std::uint8_t *p, const F32x8 (&value)[3], Span span) {
-    const I32x8 pixels =
-        bitOr(bitOr(roundToEven(value[0]), shiftLeft<8>(roundToEven(value[1]))), shiftLeft<16>(roundToEven(value[2])));
-    const U8x32 bytes = reorderedInHalves<0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1>(U8x32{{pixels.v}});
-    store(p, joinedTwelves(bytes), Part{3 * pixelsOf(span)});
+    storeEightPixels(p, {roundToEven(value[0]), roundToEven(value[1]), roundToEven(value[2])}, span);
 }
 template <class Span> RVX_INLINE void storeRounded(std::uint16_t *p, const F32x8 (&value)[3], Span span) {
     const ThreeVectors<I32x8> v =
         interleaved(ThreeChannels<I32x8>{roundToEven(value[0]), roundToEven(value[1]), roundToEven(value[2])});
-    const int elements = 3 * pixelsOf(span);
+    const int elements = 3 * eightOrPart(span);
     store(p, narrowSaturatedUnsigned(v.first, v.second), Part{std::min(elements, 16)});
     if (elements > 16) {
         store(p + 16, narrowSaturatedUnsigned(v.third, v.third), Part{elements - 16});

@@ -203,4 +203,25 @@ template <class V> RVX_INLINE void storeChannels(typename V::Element *p, const T
     }
 }
 
+// Eight pixels of three bytes as 32-bit lanes, or the first of them.
+RVX_INLINE ThreeChannels<I32x8> loadEightPixels(const std::uint8_t *p, Full = {}) {
+    const U8x32 halves = loadHalves<U8x32>(p, p + 8); // the pixels of the upper one end with it
+    return {widenedBytes<0, 3, 6, 9, 4, 7, 10, 13>(halves), widenedBytes<1, 4, 7, 10, 5, 8, 11, 14>(halves),
+            widenedBytes<2, 5, 8, 11, 6, 9, 12, 15>(halves)};
+}
+RVX_INLINE ThreeChannels<I32x8> loadEightPixels(const std::uint8_t *p, Part part) {
+    alignas(32) std::uint8_t pixels[32];
+    store(pixels, load<U8x32>(p, Part{3 * part.n}));
+    return loadEightPixels(pixels);
+}
+
+RVX_INLINE int eightOrPart(Full) { return 8; }
+RVX_INLINE int eightOrPart(Part part) { return part.n; }
+// The lanes are 0..255.
+template <class Span> RVX_INLINE void storeEightPixels(std::uint8_t *p, const ThreeChannels<I32x8> &a, Span span) {
+    const I32x8 pixels = bitOr(bitOr(a.c0, shiftLeft<8>(a.c1)), shiftLeft<16>(a.c2));
+    const U8x32 bytes = reorderedInHalves<0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1>(U8x32{{pixels.v}});
+    store(p, joinedTwelves(bytes), Part{3 * eightOrPart(span)});
+}
+
 } // namespace rvxcv

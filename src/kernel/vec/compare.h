@@ -36,6 +36,7 @@ RVX_INLINE Mask32x8 greaterEqual(F32x8 a, F32x8 b) { return {_mm256_cmp_ps(a.v, 
 RVX_INLINE Mask32x8 without(Mask32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
 // a with zero in the lanes of b.
 RVX_INLINE F32x8 without(F32x8 a, Mask32x8 b) { return {_mm256_andnot_ps(b.v, a.v)}; }
+RVX_INLINE I32x8 without(I32x8 a, Mask32x8 b) { return {{_mm256_andnot_si256(_mm256_castps_si256(b.v), a.v)}}; }
 RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.v)}; }
 RVX_INLINE F32x8 keep(Lanes lanes, F32x8 a) { return {_mm256_and_ps(_mm256_castsi256_ps(lanes.mask), a.v)}; }
 RVX_INLINE F32x8 keep(Full, F32x8 a) { return a; }

@@ -154,6 +154,13 @@ RVX_INLINE V shuffledHalves(const typename V::Element *low, const typename V::El
     return detail::fromRaw<V>(bytes);
 }
 
+// A byte of its half each, widened to the lane: four of the low half, four of the high one.
+template <int... from> RVX_INLINE I32x8 widenedBytes(U8x32 a) {
+    static_assert(sizeof...(from) == 8);
+    constexpr std::int32_t zeros = static_cast<std::int32_t>(0x80808000);
+    return {{_mm256_shuffle_epi8(a.v, _mm256_setr_epi32((zeros | from)...))}};
+}
+
 // The first twelve bytes of both halves, then eight bytes of no use.
 RVX_INLINE U8x32 joinedTwelves(U8x32 a) {
     return {{_mm256_permutevar8x32_epi32(a.v, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 0, 0))}};
