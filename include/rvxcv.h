@@ -20,6 +20,7 @@
 #include "rvxcv/detect.h"
 #include "rvxcv/feature.h"
 #include "rvxcv/filter.h"
+#include "rvxcv/foreground.h"
 #include "rvxcv/geometry.h"
 #include "rvxcv/morph.h"
 #include "rvxcv/motion.h"

@@ -46,6 +46,9 @@ StatusCode floatsOfWidth(void *f, const Sizes &s, Place a, Place) { return invok
 StatusCode widthAndMask(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, s.mask(), a); }
 
 constexpr HoughResolution degrees{1.0f, 0.0174533f};
+constexpr ForegroundGaussianParams gaussianBackground{3, 225, 16, 1125, 0.1f, 0};
+constexpr FGMMParams mixedBackground{8, 4, 225, 16, 1125, 1, 0.5f, 0.9f, 0};
+constexpr ForegroundHistogramParams colourBackground{32, 6, 10, 0.8f};
 
 const Shape shapes[] = {
     {"rvxiFilterRowBorderPipeline", roiAndKernel},
@@ -77,6 +80,11 @@ const Shape shapes[] = {
     {"rvxiFloodFill", roiOnly, true, true},
     {"rvxiLabelMarkers", roiOnly, true, true},
     {"rvxiUndistort", roiOnly},
+    {"rvxiForegroundGaussian",
+     [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &gaussianBackground, a); }},
+    {"rvxiFGMM", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &mixedBackground, a); }},
+    {"rvxiForegroundHistogram",
+     [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &colourBackground, a); }},
 };
 
 const Shape *shapeOf(const std::string &name) {

@@ -1,0 +1,483 @@
+// Background models against their rules, bit for bit: decisions, pictures, and every number of the records.
+#include "plain_foreground.h"
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include <cstring>
+#include <functional>
+
+namespace {
+
+using namespace support;
+
+// The functions of a model, of one channel and of three.
+template <class P, class S> struct Functions {
+    using Params = P;
+    using State = S;
+    StatusCode (*getSize)(RoiSize, std::int32_t, const P *, std::int32_t *);
+    StatusCode (*init)(RoiSize, std::int32_t, const P *, S *);
+    struct Of {
+        StatusCode (*decide)(const std::uint8_t *, std::int32_t, std::uint8_t *, std::int32_t, RoiSize, float, S *);
+        StatusCode (*update)(const std::uint8_t *, std::int32_t, const std::uint8_t *, std::int32_t, RoiSize, float,
+                             S *);
+        StatusCode (*background)(std::uint8_t *, std::int32_t, RoiSize, const S *);
+    } c1, c3;
+
+    const Of &of(int channels) const { return channels == 1 ? c1 : c3; }
+};
+
+const Functions<ForegroundGaussianParams, ForegroundGaussianState> gaussian{
+    rvxiForegroundGaussianGetSize_8u,
+    rvxiForegroundGaussianInit_8u,
+    {rvxiForegroundGaussian_8u_C1R, rvxiForegroundGaussianUpdate_8u_C1R, rvxiForegroundGaussianGetBackground_8u_C1R},
+    {rvxiForegroundGaussian_8u_C3R, rvxiForegroundGaussianUpdate_8u_C3R, rvxiForegroundGaussianGetBackground_8u_C3R}};
+const Functions<FGMMParams, FGMMState> mixture{rvxiFGMMGetSize_8u,
+                                               rvxiFGMMInit_8u,
+                                               {rvxiFGMM_8u_C1R, rvxiFGMMUpdate_8u_C1R, rvxiFGMMGetBackground_8u_C1R},
+                                               {rvxiFGMM_8u_C3R, rvxiFGMMUpdate_8u_C3R, rvxiFGMMGetBackground_8u_C3R}};
+const Functions<ForegroundHistogramParams, ForegroundHistogramState> histogram{
+    rvxiForegroundHistogramGetSize_8u,
+    rvxiForegroundHistogramInit_8u,
+    {rvxiForegroundHistogram_8u_C1R, rvxiForegroundHistogramUpdate_8u_C1R, rvxiForegroundHistogramGetBackground_8u_C1R},
+    {rvxiForegroundHistogram_8u_C3R, rvxiForegroundHistogramUpdate_8u_C3R,
+     rvxiForegroundHistogramGetBackground_8u_C3R}};
+
+constexpr ForegroundGaussianParams usualGaussian{3, 225, 16, 1125, 0.1f, 0};
+constexpr FGMMParams usualMixture{3, 4, 225, 16, 1125, 1, 0.5f, 0.9f, 0};
+constexpr ForegroundHistogramParams usualHistogram{8, 6, 10, 0.8f};
+
+// A record in exactly the bytes that it asks for, between unmapped pages.
+template <class F> struct Record {
+    using State = typename F::State;
+    const F &functions;
+    int channels;
+    RoiSize roi;
+    GuardedBuffer memory;
+
+    Record(const F &f, RoiSize size, int channelCount, const typename F::Params &params, Guard guard = Guard::behind)
+        : functions(f), channels(channelCount), roi(size), memory(bytes(f, size, channelCount, params), guard) {
+        memory.scribble();
+        EXPECT_EQ(f.init(size, channelCount, &params, state()), StatusOk);
+    }
+    static std::int64_t bytes(const F &f, RoiSize size, int channels, const typename F::Params &params) {
+        std::int32_t result = 0;
+        EXPECT_EQ(f.getSize(size, channels, &params, &result), StatusOk);
+        return result;
+    }
+    State *state() { return reinterpret_cast<State *>(memory.data()); }
+    std::vector<std::uint8_t> content() const { return {memory.data(), memory.data() + memory.size()}; }
+
+    using Image = GuardedImage<std::uint8_t>;
+    void decide(const Image &frame, Image &map, float rate) {
+        ASSERT_EQ(functions.of(channels).decide(frame.data(), frame.step(), map.data(), map.step(), roi, rate, state()),
+                  StatusOk);
+    }
+    void update(const Image &frame, const Image &map, float rate) {
+        ASSERT_EQ(functions.of(channels).update(frame.data(), frame.step(), map.data(), map.step(), roi, rate, state()),
+                  StatusOk);
+    }
+    void background(Image &picture) {
+        ASSERT_EQ(functions.of(channels).background(picture.data(), picture.step(), roi, state()), StatusOk);
+    }
+};
+
+// A pixel of a scene with two backgrounds: one of them with noise, darkened, or something else.
+Sample sceneSample(Rng &rng, const Sample &base) {
+    const std::int64_t kind = uniform(rng, 0, 9), noise = kind < 6 ? 6 : 1;
+    const double gain = kind == 7 ? static_cast<double>(uniform(rng, 40, 100)) / 100 : 1;
+    Sample s;
+    for (std::size_t c = 0; c < 3; ++c) {
+        const auto value = static_cast<std::int64_t>(gain * base[c]) + uniform(rng, -noise, noise);
+        s[c] = static_cast<std::uint8_t>(kind == 9   ? uniform(rng, 0, 255)
+                                         : kind == 8 ? 255 - base[c]
+                                                     : std::clamp<std::int64_t>(value, 0, 255));
+    }
+    return s;
+}
+
+// One record is driven by single calls, a copy of it by deciding and updating apart; both agree with the rules.
+template <class Plain, class F>
+void checkFrames(const F &functions, const typename F::Params &params, int channels, RoiSize roi, int frames,
+                 Guard guard = Guard::behind) {
+    Rng rng = makeRng("foreground", static_cast<std::uint64_t>(roi.width * 4 + channels));
+    const std::int64_t width = roi.width, height = roi.height;
+    Record record(functions, roi, channels, params, guard), other(functions, roi, channels, params);
+    std::vector<Plain> model(static_cast<std::size_t>(width * height), Plain(params));
+    std::vector<Sample> base(model.size()), now(model.size());
+    for (Sample &s : base) {
+        s = {static_cast<std::uint8_t>(rng()), static_cast<std::uint8_t>(rng()), static_cast<std::uint8_t>(rng())};
+    }
+    GuardedImage<std::uint8_t> frame(width * channels, height, {.padding = width % 3, .guard = guard}),
+        map(width, height, {.padding = width % 2, .guard = guard}), again(width, height, {.padding = 5}),
+        picture(width * channels, height, {.padding = 1, .guard = guard});
+    for (int n = 0; n < frames; ++n) {
+        constexpr float rates[] = {1, 0.05f, 0.5f, 0.003f, 0.2f};
+        const float rate = n == 0 ? 0.4f : n % 7 == 3 ? rates[n / 7 % 5] : 1.0f / static_cast<float>(n + 1);
+        for (std::size_t i = 0; i < now.size(); ++i) {
+            now[i] = sceneSample(rng, base[i]);
+            for (int c = 0; c < channels; ++c) {
+                const auto at = static_cast<std::int64_t>(i);
+                frame.set(at % width * channels + c, at / width, now[i][static_cast<std::size_t>(c)]);
+            }
+        }
+        const auto decision = [&](auto x, auto y) {
+            const auto i = static_cast<std::size_t>(y * width + x);
+            return model[i].decide(channels, params, now[i]);
+        };
+        const std::vector<std::uint8_t> untouched = other.content();
+        other.decide(frame, again, 0);
+        other.update(frame, again, 0);
+        ASSERT_EQ(other.content(), untouched);
+        ASSERT_TRUE(imageIs(again, decision)) << "frame " << n;
+        const bool own = n % 4 != 2;
+        if (own) {
+            record.decide(frame, map, rate);
+            ASSERT_TRUE(imageIs(map, decision)) << "frame " << n;
+        } else {
+            for (std::int64_t i = 0; i < width * height; ++i) {
+                again.set(i % width, i / width, static_cast<std::uint8_t>(uniform(rng, 0, 2) == 0 ? rng() : 0));
+            }
+            record.update(frame, again, rate);
+        }
+        other.update(frame, again, rate);
+        ASSERT_EQ(record.content(), other.content()) << "frame " << n;
+        for (std::size_t i = 0; i < now.size(); ++i) {
+            const auto at = static_cast<std::int64_t>(i);
+            model[i].learn(channels, params, now[i], again.at(at % width, at / width) == 0, rate);
+        }
+        ASSERT_EQ(record.state()->frames, n + 1);
+    }
+    record.background(picture);
+    ASSERT_TRUE(imageIs(picture, [&](auto x, auto y) {
+        return model[static_cast<std::size_t>(y * width + x / channels)]
+            .picture()[static_cast<std::size_t>(x % channels)];
+    }));
+    if (width % Plain::block == 0) { // no places for pixels that do not exist: the numbers, in whichever order
+        std::vector<std::uint32_t> expected, actual;
+        for (const Plain &pixel : model) {
+            pixel.append(channels, expected);
+        }
+        const std::vector<std::uint8_t> bytes = record.content();
+        constexpr std::size_t size = Plain::block == 8 ? 4 : 1;
+        for (std::size_t at = 128; at < bytes.size(); at += size) {
+            std::uint32_t word = 0;
+            std::memcpy(&word, &bytes[at], size);
+            actual.push_back(word);
+        }
+        std::sort(expected.begin(), expected.end());
+        std::sort(actual.begin(), actual.end());
+        ASSERT_EQ(actual, expected);
+    }
+}
+
+template <class Plain, class F>
+void checkModel(const F &functions, const typename F::Params &usual, const std::vector<typename F::Params> &others) {
+    for (const int channels : {1, 3}) {
+        for (std::int32_t width = 1; width <= 65; ++width) {
+            checkFrames<Plain>(functions, usual, channels, {width, 2}, 9,
+                               width % 2 == 0 ? Guard::before : Guard::behind);
+        }
+        checkFrames<Plain>(functions, usual, channels, {96, 3}, 120);
+        for (std::size_t i = 0; i < others.size(); ++i) {
+            checkFrames<Plain>(functions, others[i], channels, {64, 1}, 100);
+            ASSERT_FALSE(testing::Test::HasFailure()) << "parameters " << i << ", channels " << channels;
+        }
+    }
+}
+
+TEST(Foreground, GaussianMatchesItsRules) {
+    checkModel<PlainGaussianModel>(
+        gaussian, usualGaussian, {{2, 30, 30, 30, 1, 0.5f}, {2.5f, 100, 1, 3000, 0, 0.7f}, {1e20f, 9, 4, 25, 0.3f, 0}});
+}
+
+TEST(Foreground, MixtureMatchesItsRules) {
+    std::vector<FGMMParams> others;
+    for (std::int32_t components = 1; components <= 8; ++components) {
+        const bool odd = components % 2 != 0;
+        others.push_back({components, 2.5f, 60, 4, 900, odd ? 0.25f : 1.0f, 0.4f, odd ? 0.5f : 1.0f, odd ? 0.05f : 0});
+    }
+    others.push_back({3, 3, 225, 16, 1125, 0, 0, 0.7f, 0.999f});
+    others.push_back({5, 1.5f, 16, 16, 16, 0, 0.9f, 0.2f, 0.02f});
+    checkModel<PlainMixtureModel>(mixture, usualMixture, others);
+}
+
+TEST(Foreground, HistogramMatchesItsRules) {
+    checkModel<PlainHistogramModel>(
+        histogram, usualHistogram,
+        {{1, 1, 20, 0.5f}, {2, 1, 0, 0.5f}, {3, 3, 255, 0.6f}, {5, 2, 30, 0.75f}, {32, 32, 3, 0.5f}, {4, 4, 12, 1}});
+}
+
+// A copy of the bytes, wherever it lies, goes on like the original.
+template <class F> void checkCopy(const F &functions, const typename F::Params &params) {
+    Rng rng = makeRng("foreground copy");
+    const RoiSize roi{37, 4};
+    Record record(functions, roi, 3, params);
+    GuardedImage<std::uint8_t> frame(111, 4), map(37, 4), other(37, 4);
+    frame.fill(rng, Contents::random);
+    record.decide(frame, map, 1);
+    std::vector<std::uint64_t> memory(static_cast<std::size_t>(record.memory.size()) / 8 + 9);
+    for (std::size_t at = 0; at < 9; ++at) {
+        auto *const copy = reinterpret_cast<typename F::State *>(&memory[at]);
+        std::memcpy(static_cast<void *>(copy), record.memory.data(), static_cast<std::size_t>(record.memory.size()));
+        frame.fill(rng, at % 2 == 0 ? Contents::random : Contents::small);
+        record.decide(frame, map, 0.25f);
+        ASSERT_EQ(functions.c3.decide(frame.data(), frame.step(), other.data(), other.step(), roi, 0.25f, copy),
+                  StatusOk);
+        ASSERT_EQ(map.bytes(), other.bytes());
+        ASSERT_EQ(std::memcmp(copy, record.memory.data(), static_cast<std::size_t>(record.memory.size())), 0);
+    }
+    record.state()->frames = INT32_MAX;
+    record.decide(frame, map, 0.25f);
+    EXPECT_EQ(record.state()->frames, INT32_MAX);
+}
+
+TEST(Foreground, CopiedRecordsGoOn) {
+    checkCopy(gaussian, usualGaussian);
+    checkCopy(mixture, usualMixture);
+    checkCopy(histogram, usualHistogram);
+}
+
+// -------------------------------------------------------------------------------------------------------- Behaviour
+
+// Runs a film on small images of one value and returns the last decision of the first pixel.
+template <class F>
+std::vector<int> film(const F &functions, const typename F::Params &params, int frames, float rate,
+                      const std::function<Sample(int)> &sample, bool cleaned = false) {
+    Record record(functions, {1, 1}, 3, params);
+    GuardedImage<std::uint8_t> frame(3, 1), map(1, 1);
+    std::vector<int> decisions;
+    for (int n = 0; n < frames; ++n) {
+        const Sample s = sample(n);
+        for (std::size_t c = 0; c < 3; ++c) {
+            frame.set(static_cast<std::int64_t>(c), 0, s[c]);
+        }
+        record.decide(frame, map, cleaned ? 0 : rate);
+        decisions.push_back(map.at(0, 0));
+        if (cleaned) {
+            map.set(0, 0, 0);
+            record.update(frame, map, rate);
+        }
+    }
+    return decisions;
+}
+
+template <class F> void checkSquare(const F &functions, const typename F::Params &params) {
+    Rng rng = makeRng("square");
+    constexpr std::int32_t width = 320, height = 240;
+    Record record(functions, {width, height}, 1, params);
+    GuardedImage<std::uint8_t> frame(width, height), map(width, height);
+    std::vector<std::int64_t> still(static_cast<std::size_t>(width * height));
+    std::generate(still.begin(), still.end(), [&] { return uniform(rng, 10, 245); });
+    std::int64_t wrong = 0;
+    for (int n = 0; n < 42; ++n) {
+        const auto inside = [&](std::int64_t x, std::int64_t y) {
+            return n >= 30 && x >= 20 * (n - 30) && x < 20 * (n - 30) + 40 && y >= 50 && y < 90;
+        };
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            const std::int64_t value = still[static_cast<std::size_t>(i)] + uniform(rng, -2, 2);
+            frame.set(
+                i % width, i / width,
+                static_cast<std::uint8_t>(inside(i % width, i / width) ? value + (value < 128 ? 65 : -65) : value));
+        }
+        record.decide(frame, map, std::max(1.0f / static_cast<float>(n + 1), 0.02f));
+        for (std::int64_t i = 0; n >= 30 && i < width * height; ++i) {
+            const bool found = map.at(i % width, i / width) == 255;
+            ASSERT_TRUE(found || !inside(i % width, i / width)) << "frame " << n;
+            wrong += found && !inside(i % width, i / width);
+        }
+    }
+    EXPECT_LE(wrong, 12 * width * height / 10000);
+}
+
+TEST(Foreground, MovingSquareIsFound) {
+    checkSquare(gaussian, usualGaussian);
+    FGMMParams params = usualMixture;
+    params.shadow = 0; // grey: darker than the background is in shadow
+    checkSquare(mixture, params);
+}
+
+TEST(Foreground, TwoValuesInTurn) {
+    const auto turn = [](int n) { return n % 2 == 0 ? Sample{40, 40, 40} : Sample{200, 180, 160}; };
+    const auto foreground = [](const std::vector<int> &decisions) {
+        return std::count(decisions.end() - 20, decisions.end(), 255);
+    };
+    EXPECT_EQ(foreground(film(mixture, usualMixture, 120, 0.02f, turn)), 0);
+    EXPECT_GE(foreground(film(gaussian, usualGaussian, 120, 0.02f, turn)), 10);
+    EXPECT_EQ(foreground(film(histogram, usualHistogram, 120, 0.02f, turn)), 10);
+    EXPECT_EQ(foreground(film(histogram, usualHistogram, 120, 0.02f, turn, true)), 0);
+}
+
+TEST(Foreground, ShadowsKeepTheColour) {
+    const auto darkened = [](int n) { return n < 40 ? Sample{240, 180, 120} : Sample{168, 126, 84}; };
+    FGMMParams params = usualMixture;
+    EXPECT_EQ(film(mixture, params, 41, 0.05f, darkened).back(), 127);
+    params.shadow = 0;
+    EXPECT_EQ(film(mixture, params, 41, 0.05f, darkened).back(), 255);
+    const auto redder = [](int n) { return n < 40 ? Sample{240, 180, 120} : Sample{200, 110, 60}; };
+    EXPECT_EQ(film(mixture, usualMixture, 41, 0.05f, redder).back(), 255);
+}
+
+TEST(Foreground, HistogramAbsorbsWhatStays) {
+    constexpr float rate = 0.02f;
+    for (const float absorb : {0.5f, 0.8f, 0.9f}) {
+        const auto parked = [](int n) { return n < 100 ? Sample{50, 60, 70} : Sample{150, 20, 90}; };
+        const auto decisions = film(histogram, {8, 6, 10, absorb}, 400, rate, parked);
+        const auto frames = std::count(decisions.begin(), decisions.end(), 255);
+        EXPECT_NEAR(static_cast<double>(frames), std::log(1 / (1 - absorb)) / rate, 2) << absorb;
+    }
+    const auto parked = [](int n) { return n < 10 ? Sample{50, 60, 70} : Sample{150, 20, 90}; };
+    EXPECT_EQ(film(histogram, {8, 6, 10, 1}, 3000, rate, parked).back(), 255);
+}
+
+// --------------------------------------------------------------------------------------------------------- Statuses
+
+template <class F> struct SetUp {
+    RoiSize roi;
+    std::int32_t channels;
+    typename F::Params params;
+    const typename F::Params *given;
+    void *result;
+};
+
+// Faulty parameters are given as functions that spoil good ones.
+template <class F>
+void checkSetUp(const F &functions, const typename F::Params &usual,
+                const std::vector<std::function<void(typename F::Params &)>> &spoil) {
+    using A = SetUp<F>;
+    Record<F> record(functions, {9, 2}, 1, usual);
+    std::int32_t size = -5;
+    Faults<A> faults;
+    faults.nulls(&A::given, &A::result).empty(&A::roi).values(StatusBadChannelCount, &A::channels, {0, 2, 4, -1});
+    for (const auto &change : spoil) {
+        faults.add("parameter", StatusOutOfRange, [=](A &a) { change(a.params); });
+    }
+    faults.values(StatusBadSize, &A::roi, {{INT32_MAX, INT32_MAX}, {32768, 32768}, {1 << 30, 1}});
+    const auto call = [&](const A &a, auto function, auto *result) {
+        return function(a.roi, a.channels, a.given == nullptr ? nullptr : &a.params,
+                        a.result == nullptr ? nullptr : result);
+    };
+    const std::int32_t before = size;
+    for (const bool query : {true, false}) {
+        expectFaultOrder<A>(
+            {{9, 2}, 1, usual, &usual, &size}, faults,
+            [&](const A &a) {
+                const StatusCode status =
+                    query ? call(a, functions.getSize, &size) : call(a, functions.init, record.state());
+                EXPECT_TRUE(status == StatusOk || size == before);
+                return status;
+            },
+            [&] { return record.content(); });
+        size = before;
+    }
+    const auto expected = record.memory.size();
+    EXPECT_EQ(expected, Record<F>::bytes(functions, {9, 2}, 1, usual));
+}
+
+template <class F> struct Call {
+    const std::uint8_t *src;
+    std::uint8_t *map;
+    std::int32_t srcStep, mapStep;
+    RoiSize roi;
+    float rate;
+    typename F::State *state;
+};
+
+template <class F> void checkCalls(const F &functions, const typename F::Params &usual, int channels) {
+    using A = Call<F>;
+    const RoiSize roi{9, 2};
+    Record<F> record(functions, roi, channels, usual), strange(functions, roi, channels, usual),
+        otherSize(functions, {9, 3}, channels, usual), otherChannels(functions, roi, 4 - channels, usual);
+    strange.state()->tag ^= 1;
+    GuardedImage<std::uint8_t> src(9 * channels, 2), map(9, 2), picture(9 * channels, 2);
+    const A good{src.data(), map.data(), src.step(), map.step(), roi, 0.5f, record.state()};
+    const auto faultsOf = [&](bool withMap) {
+        Faults<A> faults;
+        faults.nulls(&A::src, &A::state);
+        if (withMap) {
+            faults.nulls(&A::map);
+        }
+        faults.values(StatusBadContext, &A::state, {strange.state()}).empty(&A::roi);
+        faults.values(StatusBadSize, &A::state, {otherSize.state()}).values(StatusBadSize, &A::roi, {{8, 2}});
+        faults.shortSteps(9 * channels, &A::srcStep);
+        if (withMap) {
+            faults.shortSteps(9, &A::mapStep);
+        }
+        return faults.values(StatusBadChannelCount, &A::state, {otherChannels.state()});
+    };
+    const auto outputs = [&] {
+        std::vector<std::uint8_t> all = map.bytes();
+        for (const auto &more :
+             {picture.bytes(), record.content(), strange.content(), otherSize.content(), otherChannels.content()}) {
+            all.insert(all.end(), more.begin(), more.end());
+        }
+        return all;
+    };
+    const auto &f = functions.of(channels);
+    constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+    Faults<A> working = faultsOf(true);
+    working.values(StatusOutOfRange, &A::rate, {-0.01f, 1.0001f, notANumber});
+    Faults<A> pictures = faultsOf(false);
+    Record<F> unlearned(functions, roi, channels, usual);
+    pictures.values(StatusError, &A::state, {unlearned.state()});
+    expectFaultOrder<A>(
+        good, working, [&](const A &a) { return f.decide(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); },
+        outputs);
+    expectFaultOrder<A>(
+        good, working, [&](const A &a) { return f.update(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); },
+        outputs);
+    expectFaultOrder<A>(
+        good, pictures,
+        [&](const A &a) {
+            return f.background(a.src == nullptr ? nullptr : picture.data(), a.srcStep, a.roi, a.state);
+        },
+        outputs);
+}
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN(), infinite = std::numeric_limits<float>::infinity();
+
+template <class P> std::vector<std::function<void(P &)>> gaussianFaults() {
+    return {
+        [](P &p) { p.threshold = 0; },          [](P &p) { p.threshold = nan; },      [](P &p) { p.varMin = 0; },
+        [](P &p) { p.varInit = 15.9f; },        [](P &p) { p.varMax = 224; },         [](P &p) { p.varMax = infinite; },
+        [](P &p) { p.foregroundRate = 1.01f; }, [](P &p) { p.foregroundRate = nan; }, [](P &p) { p.shadow = 1; },
+        [](P &p) { p.shadow = -0.1f; }};
+}
+
+TEST(Foreground, StatusesInTheOrderOfTheChecks) {
+    using G = FGMMParams;
+    using H = ForegroundHistogramParams;
+    checkSetUp(gaussian, usualGaussian, gaussianFaults<ForegroundGaussianParams>());
+    auto faults = gaussianFaults<G>();
+    faults.insert(faults.end(),
+                  {[](G &p) { p.components = 0; }, [](G &p) { p.components = 9; }, [](G &p) { p.backgroundRatio = 0; },
+                   [](G &p) { p.backgroundRatio = 1.1f; }, [](G &p) { p.prior = 1; }, [](G &p) { p.prior = nan; }});
+    checkSetUp(mixture, usualMixture, faults);
+    checkSetUp(histogram, usualHistogram,
+               {[](H &p) { p.entries = 33; }, [](H &p) { p.entries = 0, p.principal = 0; },
+                [](H &p) { p.principal = 9; }, [](H &p) { p.principal = 0; }, [](H &p) { p.tolerance = 256; },
+                [](H &p) { p.tolerance = -1; }, [](H &p) { p.absorb = 0.49f; }, [](H &p) { p.absorb = nan; }});
+    for (const int channels : {1, 3}) {
+        checkCalls(gaussian, usualGaussian, channels);
+        checkCalls(mixture, usualMixture, channels);
+        checkCalls(histogram, usualHistogram, channels);
+    }
+}
+
+TEST(Foreground, SizesAreTheStatedOnes) {
+    for (const std::int64_t width : {1, 8, 9, 32, 33, 640}) {
+        const RoiSize roi{static_cast<std::int32_t>(width), 7};
+        for (const std::int64_t c : {1, 3}) {
+            const std::int64_t eights = (width + 7) / 8 * 8, blocks = (width + 31) / 32 * 32;
+            const auto channels = static_cast<int>(c);
+            EXPECT_EQ(Record(gaussian, roi, channels, usualGaussian).memory.size(), 128 + 4 * (c + 1) * eights * 7);
+            EXPECT_EQ(Record(mixture, roi, channels, usualMixture).memory.size(), 128 + 4 * 3 * (c + 2) * eights * 7);
+            EXPECT_EQ(Record(histogram, roi, channels, usualHistogram).memory.size(), 128 + 8 * (c + 4) * blocks * 7);
+        }
+    }
+    Record record(mixture, {9, 2}, 3, usualMixture);
+    EXPECT_EQ(record.state()->tag, 0x4b617393);
+    EXPECT_TRUE(record.state()->width == 9 && record.state()->height == 2 && record.state()->channels == 3);
+    EXPECT_EQ(std::memcmp(&record.state()->params, &usualMixture, sizeof usualMixture), 0);
+}
+
+} // namespace
