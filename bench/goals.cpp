@@ -56,6 +56,13 @@ constexpr Goal goals[] = {
     {"CannyBorder_8u_C1R sobel3 L2", 6.29, copy},
     {"Canny_16s8u_C1R", 6.29, copy},
     {"FindPeaks3x3_32f_C1R_square", 2.08, copy},
+    // Background models, learning
+    {"ForegroundGaussian_8u_C1R", 3.5, copy},
+    {"ForegroundGaussian_8u_C3R", 7, copy},
+    {"FGMM_8u_C1R", 14, copy},
+    {"FGMM_8u_C3R", 24, copy},
+    {"ForegroundHistogram_8u_C1R", 14, copy},
+    {"ForegroundHistogram_8u_C3R", 22, copy},
     // Morphology
     {"Dilate_8u_C1R/random7x7", 1.01, copy},
     {"FilterMin_8u_C1R/15x1", 0.31, copy},

@@ -20,6 +20,7 @@ void addLabel(Program &program);
 void addLines(Program &program);
 void addBlur(Program &program);
 void addDeviation(Program &program);
+void addForeground(Program &program);
 void addHistory(Program &program);
 void addProfile(Program &program);
 void addPyramid(Program &program);

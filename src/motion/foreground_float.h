@@ -28,10 +28,10 @@ template <int channels> struct GaussianRule {
     // The squared distance up to which a sample belongs to a Gaussian.
     RVX_INLINE F32x8 limit(F32x8 variance) const { return mul(squaredThreshold, variance); }
 
-    // The variance after a sample at a squared distance.
-    RVX_INLINE F32x8 learned(F32x8 variance, F32x8 distance, F32x8 weight) const {
+    // The variance after a sample at a squared distance; `least` is varMin, or 0 in lanes whose weight is 0.
+    RVX_INLINE F32x8 learned(F32x8 variance, F32x8 distance, F32x8 weight, F32x8 least) const {
         const F32x8 mean = channels == 1 ? distance : mul(distance, splat(0.333333343f));
-        return max(varMin, min(varMax, fma(weight, sub(mean, variance), variance)));
+        return max(least, min(varMax, fma(weight, sub(mean, variance), variance)));
     }
 
     // A darker pixel of the same colour.

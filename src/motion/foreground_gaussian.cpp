@@ -35,7 +35,8 @@ template <int channels> struct GaussianKernel {
             for (int c = 0; c < channels; ++c) {
                 store(values + 8 * c, fma(step, difference[c], mean[c]));
             }
-            const F32x8 learned = select(background, rule.learned(variance, distance, rule.rate), variance);
+            const F32x8 learned =
+                rule.learned(variance, distance, keep(background, rule.rate), keep(background, rule.varMin));
             store(values + 8 * channels, select(fresh, rule.varInit, learned));
         }
         return decision;

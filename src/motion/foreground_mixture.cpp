@@ -1,5 +1,5 @@
-// A mixture of Gaussians a pixel. A block of the model holds the components of eight pixels one after the other, in
-// order of falling weight, each as vectors: weights, variances, and the means of each channel.
+// A mixture of Gaussians a pixel. A block of the model holds the components of eight pixels in order of falling weight,
+// as vectors: all weights first, then of each component the variances and the means of each channel.
 #include "motion/foreground_float.h"
 #include "motion/foreground_state.h"
 
@@ -9,156 +9,196 @@ namespace {
 template <int channels> struct Component {
     F32x8 weight, variance;
     FloatSamples<channels> mean;
-
-    static constexpr int floats = (channels + 2) * 8;
-
-    RVX_INLINE void save(float *p) const {
-        store(p, weight);
-        store(p + 8, variance);
-        for (int c = 0; c < channels; ++c) {
-            store(p + 16 + 8 * c, mean.at[c]);
-        }
-    }
 };
 
-template <int channels>
-RVX_INLINE Component<channels> select(Mask32x8 mask, const Component<channels> &set, const Component<channels> &clear) {
-    Component<channels> result;
-    result.weight = select(mask, set.weight, clear.weight);
-    result.variance = select(mask, set.variance, clear.variance);
+// The lighter lanes stay with the one farther down.
+template <int channels> RVX_INLINE void orderLanes(Component<channels> &upper, Component<channels> &lower) {
+    const Mask32x8 swaps = greater(lower.weight, upper.weight);
+    swapLanes(swaps, upper.weight, lower.weight);
+    swapLanes(swaps, upper.variance, lower.variance);
     for (int c = 0; c < channels; ++c) {
-        result.mean.at[c] = select(mask, set.mean.at[c], clear.mean.at[c]);
+        swapLanes(swaps, upper.mean.at[c], lower.mean.at[c]);
     }
-    return result;
 }
 
 template <int channels, int count> struct MixtureKernel {
     using Samples = FloatSamples<channels>;
     using One = Component<channels>;
     GaussianRule<channels> rule;
-    F32x8 backgroundRatio;
-    float prior;
-
-    // Components against a sample: the squared distances, and the first component that matches.
-    struct Matches {
-        F32x8 weight[count], distance[count];
-        Mask32x8 first[count], any;
-    };
+    F32x8 backgroundRatio, prior;
 
     template <bool decides, bool learns>
     RVX_INLINE I32x8 operator()(std::uint8_t *model, const Samples &samples, I32x8 decision) const {
         auto *const values = reinterpret_cast<float *>(model);
-        Matches matches = match(values, samples);
-        const Mask32x8 fresh = equal(matches.weight[0], splat(0.0f));
-        Mask32x8 background = fresh;
-        if constexpr (decides) {
-            background = either(background, matchesBackground(matches));
+        Matches m;
+        match(values, 0, samples, m);
+        // What mostly is so: every pixel belongs to its first component. The others then lose weight and nothing else,
+        // and nothing changes its place: no weight exceeds the one before it before, nor does it after.
+        const bool usual = laneBits(m.first[0]) == 0xff;
+        if (!usual) {
+#pragma GCC unroll 8
+            for (int k = 1; k < count; ++k) {
+                match(values, k, samples, m);
+            }
+        }
+        Mask32x8 background = m.first[0];
+        if constexpr (!decides) {
+            background = either(equal(load<F32x8>(values), splat(0.0f)), equal(decision, splat(0)));
+        } else if (usual) {
+            decision = splat(0);
+        } else {
+            background = either(equal(load<F32x8>(values), splat(0.0f)), matchesBackground(values, m));
             decision = foregroundLanes(background);
             if (rule.shadows && laneBits(background) != 0xff) {
-                decision = withShadow(decision, inShadow(values, matches, samples));
+                decision = withShadow(decision, inShadow(values, samples));
             }
-        } else {
-            background = either(background, equal(decision, splat(0)));
         }
         if constexpr (learns) {
-            learn(values, matches, samples, select(background, rule.rate, rule.foregroundRate));
+            const F32x8 rate = select(background, rule.rate, rule.foregroundRate);
+            usual ? learnFirst(values, m, samples, rate) : learn(values, m, samples, rate);
         }
         return decision;
     }
 
 private:
-    static RVX_INLINE F32x8 differences(const float *means, const Samples &samples, F32x8 (&difference)[channels]) {
-        for (int c = 0; c < channels; ++c) {
-            difference[c] = sub(samples.at[c], load<F32x8>(means + 8 * c));
-        }
-        return sumOfProducts(difference, difference);
+    // Of every component, the squared distances and where it is the first one that matches.
+    struct Matches {
+        F32x8 distance[count];
+        Mask32x8 first[count], any;
+    };
+
+    static RVX_INLINE float *component(float *values, int k) { return values + 8 * (count + k * (channels + 1)); }
+    static RVX_INLINE const float *component(const float *values, int k) {
+        return values + 8 * (count + k * (channels + 1));
     }
 
-    RVX_INLINE Matches match(const float *values, const Samples &samples) const {
-        Matches m;
-#pragma GCC unroll 8
-        for (int k = 0; k < count; ++k) {
-            const float *const component = values + k * One::floats;
-            F32x8 difference[channels];
-            m.weight[k] = load<F32x8>(component);
-            m.distance[k] = differences(component + 16, samples, difference);
-            const Mask32x8 matching =
-                both(greater(m.weight[k], splat(0.0f)), greater(rule.limit(load<F32x8>(component + 8)), m.distance[k]));
-            m.first[k] = k == 0 ? matching : without(matching, m.any);
-            m.any = k == 0 ? matching : either(m.any, matching);
+    static RVX_INLINE void differences(const float *means, const Samples &samples, F32x8 (&result)[channels]) {
+        for (int c = 0; c < channels; ++c) {
+            result[c] = sub(samples.at[c], load<F32x8>(means + 8 * c));
         }
-        return m;
+    }
+
+    RVX_INLINE void match(const float *values, int k, const Samples &samples, Matches &m) const {
+        const float *const one = component(values, k);
+        F32x8 difference[channels];
+        differences(one + 8, samples, difference);
+        m.distance[k] = sumOfProducts(difference, difference);
+        const Mask32x8 matching = both(greater(load<F32x8>(values + 8 * k), splat(0.0f)),
+                                       greater(rule.limit(load<F32x8>(one)), m.distance[k]));
+        m.first[k] = k == 0 ? matching : without(matching, m.any);
+        m.any = k == 0 ? matching : either(m.any, matching);
     }
 
     // Whether the weights before the matching component leave room for more background.
-    RVX_INLINE Mask32x8 matchesBackground(const Matches &m) const {
-        F32x8 before = m.weight[0];
+    RVX_INLINE Mask32x8 matchesBackground(const float *values, const Matches &m) const {
+        F32x8 before = load<F32x8>(values);
         Mask32x8 result = m.first[0];
 #pragma GCC unroll 8
         for (int k = 1; k < count; ++k) {
             result = either(result, both(m.first[k], greater(backgroundRatio, before)));
-            before = add(before, m.weight[k]);
+            before = add(before, load<F32x8>(values + 8 * k));
         }
         return result;
     }
 
-    RVX_INLINE Mask32x8 inShadow(const float *values, const Matches &m, const Samples &samples) const {
+    RVX_INLINE Mask32x8 inShadow(const float *values, const Samples &samples) const {
         F32x8 before = splat(0.0f);
         Mask32x8 result{before.v};
 #pragma GCC unroll 8
         for (int k = 0; k < count; ++k) {
-            const float *const component = values + k * One::floats;
-            const Mask32x8 counts = both(greater(m.weight[k], splat(0.0f)), greater(backgroundRatio, before));
-            const Mask32x8 shadow = rule.inShadow(samples.at, loadMeans<channels>(component + 16).at,
-                                                  rule.limit(load<F32x8>(component + 8)));
+            const float *const one = component(values, k);
+            const F32x8 weight = load<F32x8>(values + 8 * k);
+            const Mask32x8 counts = both(greater(weight, splat(0.0f)), greater(backgroundRatio, before));
+            const Mask32x8 shadow =
+                rule.inShadow(samples.at, loadMeans<channels>(one + 8).at, rule.limit(load<F32x8>(one)));
             result = either(result, both(counts, shadow));
-            before = add(before, m.weight[k]);
+            before = add(before, weight);
         }
         return result;
     }
 
-    RVX_INLINE void learn(float *values, Matches &m, const Samples &samples, F32x8 rate) const {
-        const F32x8 zero = splat(0.0f), one = splat(1.0f), loss = mul(rate, splat(prior));
-        const Mask32x8 active = greater(rate, zero), replaced = without(active, m.any);
-        // An empty weight stays at 0, and so does every weight at rate 0 where it is.
-        F32x8 matching = zero, total = zero;
+    // A weight on its way to 0, or to 1 where a component matches. An empty one stays at 0.
+    RVX_INLINE F32x8 moved(F32x8 weight, F32x8 goal, F32x8 rate, F32x8 loss) const {
+        return max(sub(fma(rate, sub(goal, weight), weight), loss), splat(0.0f));
+    }
+    // What makes the sum 1; nothing changes at rate 0.
+    static RVX_INLINE F32x8 scaleOf(F32x8 total, F32x8 rate) {
+        return select(greater(rate, splat(0.0f)), div(splat(1.0f), total), splat(1.0f));
+    }
+    static RVX_INLINE F32x8 stepOf(F32x8 rate, F32x8 weight) { return min(div(rate, weight), splat(1.0f)); }
+
+    RVX_INLINE void learnFirst(float *values, const Matches &m, const Samples &samples, F32x8 rate) const {
+        const F32x8 loss = mul(rate, prior);
+        F32x8 weight[count];
+        weight[0] = moved(load<F32x8>(values), splat(1.0f), rate, loss);
+        F32x8 total = weight[0];
+#pragma GCC unroll 8
+        for (int k = 1; k < count; ++k) {
+            weight[k] = moved(load<F32x8>(values + 8 * k), splat(0.0f), rate, loss);
+            total = add(total, weight[k]);
+        }
+        const F32x8 scale = scaleOf(total, rate);
 #pragma GCC unroll 8
         for (int k = 0; k < count; ++k) {
-            const F32x8 towards = sub(keep(m.first[k], one), m.weight[k]);
-            m.weight[k] = max(sub(fma(rate, towards, m.weight[k]), loss), zero);
-            if (k == count - 1) {
-                m.weight[k] = select(replaced, rate, m.weight[k]);
-            }
-            matching = select(m.first[k], m.weight[k], matching);
-            total = k == 0 ? m.weight[0] : add(total, m.weight[k]);
+            store(values + 8 * k, mul(weight[k], scale));
         }
-        const F32x8 step = min(div(rate, matching), one), scale = select(active, div(one, total), one);
-        // From the last component upwards; the heavier one of two goes on.
-        One moving = learned(values, count - 1, m, samples, step, scale);
-        moving = select(replaced, One{moving.weight, rule.varInit, samples}, moving);
-#pragma GCC unroll 8
-        for (int k = count - 1; k > 0; --k) {
-            const One next = learned(values, k - 1, m, samples, step, scale);
-            const Mask32x8 swaps = greater(moving.weight, next.weight);
-            select(swaps, next, moving).save(values + k * One::floats);
-            moving = select(swaps, moving, next);
-        }
-        moving.save(values);
+        const One one = learned(values, 0, m, samples, weight[0], stepOf(rate, weight[0]));
+        save(values, 0, one);
     }
 
-    RVX_INLINE One learned(const float *values, int k, const Matches &m, const Samples &samples, F32x8 step,
-                           F32x8 scale) const {
-        const float *const component = values + k * One::floats;
-        const F32x8 variance = load<F32x8>(component + 8), weight = keep(m.first[k], step);
-        F32x8 difference[channels];
-        differences(component + 16, samples, difference);
-        One result;
-        result.weight = mul(m.weight[k], scale);
-        result.variance = select(m.first[k], rule.learned(variance, m.distance[k], step), variance);
+    RVX_INLINE void learn(float *values, const Matches &m, const Samples &samples, F32x8 rate) const {
+        const F32x8 zero = splat(0.0f), one = splat(1.0f), loss = mul(rate, prior);
+        const Mask32x8 replaced = without(greater(rate, zero), m.any);
+        F32x8 weight[count], matching = zero, total = zero;
+#pragma GCC unroll 8
+        for (int k = 0; k < count; ++k) {
+            weight[k] = moved(load<F32x8>(values + 8 * k), keep(m.first[k], one), rate, loss);
+            if (k == count - 1) {
+                weight[k] = select(replaced, rate, weight[k]);
+            }
+            matching = add(matching, keep(m.first[k], weight[k]));
+            total = k == 0 ? weight[0] : add(total, weight[k]);
+        }
+        const F32x8 step = stepOf(rate, matching), scale = scaleOf(total, rate);
+        // From the last component upwards; the heavier one of two goes on.
+        One moving = learned(values, count - 1, m, samples, mul(weight[count - 1], scale), step);
+        moving.variance = select(replaced, rule.varInit, moving.variance);
         for (int c = 0; c < channels; ++c) {
-            result.mean.at[c] = fma(weight, difference[c], load<F32x8>(component + 16 + 8 * c));
+            moving.mean.at[c] = select(replaced, samples.at[c], moving.mean.at[c]);
+        }
+#pragma GCC unroll 8
+        for (int k = count - 1; k > 0; --k) {
+            One next = learned(values, k - 1, m, samples, mul(weight[k - 1], scale), step);
+            orderLanes(next, moving);
+            store(values + 8 * k, moving.weight);
+            save(values, k, moving);
+            moving = next;
+        }
+        store(values, moving.weight);
+        save(values, 0, moving);
+    }
+
+    RVX_INLINE One learned(const float *values, int k, const Matches &m, const Samples &samples, F32x8 weight,
+                           F32x8 step) const {
+        const float *const one = component(values, k);
+        const F32x8 ownStep = keep(m.first[k], step);
+        F32x8 difference[channels];
+        differences(one + 8, samples, difference);
+        One result;
+        result.weight = weight;
+        result.variance = rule.learned(load<F32x8>(one), m.distance[k], ownStep, keep(m.first[k], rule.varMin));
+        for (int c = 0; c < channels; ++c) {
+            result.mean.at[c] = fma(ownStep, difference[c], load<F32x8>(one + 8 + 8 * c));
         }
         return result;
+    }
+    // Without the weight.
+    static RVX_INLINE void save(float *values, int k, const One &one) {
+        float *const to = component(values, k);
+        store(to, one.variance);
+        for (int c = 0; c < channels; ++c) {
+            store(to + 8 + 8 * c, one.mean.at[c]);
+        }
     }
 };
 
@@ -178,11 +218,11 @@ struct MixtureModel {
     template <int channels, class Use> static void withKernel(const Params &params, float rate, const Use &use) {
         withConstant<8>(params.components, [&](auto count) {
             use(MixtureKernel<channels, decltype(count)::value>{
-                {params, rate}, splat(params.backgroundRatio), params.prior});
+                {params, rate}, splat(params.backgroundRatio), splat(params.prior)});
         });
     }
-    template <int channels> static RVX_INLINE Samples<channels> background(const Params &, const std::uint8_t *model) {
-        return loadMeans<channels>(reinterpret_cast<const float *>(model) + 16);
+    template <int channels> static RVX_INLINE Samples<channels> background(const Params &p, const std::uint8_t *model) {
+        return loadMeans<channels>(reinterpret_cast<const float *>(model) + 8 * (p.components + 1));
     }
 };
 

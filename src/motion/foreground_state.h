@@ -113,30 +113,26 @@ template <class Samples> RVX_INLINE void storeDecision(std::uint8_t *map, typena
                          : Samples::storeDecision(map, decision, Part{n});
 }
 
-// Calls block(x, y, n, model) for every block of an image: n pixels from x on.
-template <int pixels, class Byte, class Block>
-RVX_INLINE void forEachBlock(RoiSize roi, Byte *model, std::int64_t blockBytes, const Block &block) {
+// Decisions go to a map of bytes, or come from one of constant bytes. The kernel is a copy of its own, which no store
+// to the model can change.
+template <class Samples, int channels, bool learns, class Kernel, class MapByte>
+void walkModel(const Kernel kernel, Plane<const std::uint8_t> src, Plane<MapByte> map, RoiSize roi, std::uint8_t *model,
+               std::int64_t blockBytes) {
     for (std::int64_t y = 0; y < roi.height; ++y) {
-        for (std::int64_t x = 0; x < roi.width; x += pixels, model += blockBytes) {
-            block(x, y, static_cast<int>(std::min<std::int64_t>(pixels, roi.width - x)), model);
+        const std::uint8_t *const pixels = src.row(y);
+        MapByte *const decisions = map.row(y);
+        for (std::int64_t x = 0; x < roi.width; x += Samples::pixels, model += blockBytes) {
+            const auto n = static_cast<int>(std::min<std::int64_t>(Samples::pixels, roi.width - x));
+            const auto samples = loadSamples<Samples>(pixels + x * channels, n);
+            if constexpr (std::is_const_v<MapByte>) {
+                kernel.template operator()<false, learns>(model, samples, loadDecision<Samples>(decisions + x, n));
+            } else {
+                const typename Samples::Decision none{};
+                storeDecision<Samples>(decisions + x, kernel.template operator()<true, learns>(model, samples, none),
+                                       n);
+            }
         }
     }
-}
-
-// Decisions go to a map of bytes, or come from one of constant bytes.
-template <class Samples, int channels, bool learns, class Kernel, class MapByte>
-void walkModel(const Kernel &kernel, Plane<const std::uint8_t> src, Plane<MapByte> map, RoiSize roi,
-               std::uint8_t *model, std::int64_t blockBytes) {
-    constexpr bool decides = !std::is_const_v<MapByte>;
-    forEachBlock<Samples::pixels>(roi, model, blockBytes, [&](std::int64_t x, std::int64_t y, int n, auto *part) {
-        const auto samples = loadSamples<Samples>(src.row(y) + x * channels, n);
-        if constexpr (decides) {
-            const typename Samples::Decision none{};
-            storeDecision<Samples>(map.row(y) + x, kernel.template operator()<true, learns>(part, samples, none), n);
-        } else {
-            kernel.template operator()<false, learns>(part, samples, loadDecision<Samples>(map.row(y) + x, n));
-        }
-    });
 }
 
 // ----------------------------------------------------------------------------------------------------------- Record
@@ -245,12 +241,14 @@ StatusCode foregroundBackground(std::uint8_t *dst, std::int32_t dstStep, RoiSize
     }
     using Samples = typename Model::template Samples<channels>;
     const Plane picture{dst, dstStep};
-    // A call that learns makes a model for every pixel.
-    forEachBlock<Samples::pixels>(roi, modelOf(state), blockBytes<Model>(channels, state->params),
-                                  [&](std::int64_t x, std::int64_t y, int n, const std::uint8_t *part) {
-                                      storeSamples(picture.row(y) + x * channels,
-                                                   Model::template background<channels>(state->params, part), n);
-                                  });
+    const std::uint8_t *model = modelOf(state); // of every pixel, since a call that learns makes all
+    for (std::int64_t y = 0; y < roi.height; ++y) {
+        for (std::int64_t x = 0; x < roi.width; x += Samples::pixels) {
+            storeSamples(picture.row(y) + x * channels, Model::template background<channels>(state->params, model),
+                         static_cast<int>(std::min<std::int64_t>(Samples::pixels, roi.width - x)));
+            model += blockBytes<Model>(channels, state->params);
+        }
+    }
     return StatusOk;
 }
 

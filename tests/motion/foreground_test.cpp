@@ -42,6 +42,7 @@ const Functions<ForegroundHistogramParams, ForegroundHistogramState> histogram{
     {rvxiForegroundHistogram_8u_C3R, rvxiForegroundHistogramUpdate_8u_C3R,
      rvxiForegroundHistogramGetBackground_8u_C3R}};
 
+constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 constexpr ForegroundGaussianParams usualGaussian{3, 225, 16, 1125, 0.1f, 0};
 constexpr FGMMParams usualMixture{3, 4, 225, 16, 1125, 1, 0.5f, 0.9f, 0};
 constexpr ForegroundHistogramParams usualHistogram{8, 6, 10, 0.8f};
@@ -82,27 +83,27 @@ template <class F> struct Record {
 };
 
 // A pixel of a scene with two backgrounds: one of them with noise, darkened, or something else.
-Sample sceneSample(Rng &rng, const Sample &base) {
+Sample sceneSample(Rng &rng, const Sample &base, int channels) {
     const std::int64_t kind = uniform(rng, 0, 9), noise = kind < 6 ? 6 : 1;
     const double gain = kind == 7 ? static_cast<double>(uniform(rng, 40, 100)) / 100 : 1;
-    Sample s;
-    for (std::size_t c = 0; c < 3; ++c) {
-        const auto value = static_cast<std::int64_t>(gain * base[c]) + uniform(rng, -noise, noise);
-        s[c] = static_cast<std::uint8_t>(kind == 9   ? uniform(rng, 0, 255)
-                                         : kind == 8 ? 255 - base[c]
-                                                     : std::clamp<std::int64_t>(value, 0, 255));
+    Sample s{};
+    for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
+        const std::int64_t own = static_cast<std::int64_t>(gain * base[c]) + uniform(rng, -noise, noise);
+        const std::int64_t value = kind == 9 ? uniform(rng, 0, 255) : kind == 8 ? 255 - base[c] : own;
+        s[c] = static_cast<std::uint8_t>(std::clamp<std::int64_t>(value, 0, 255));
     }
     return s;
 }
 
-// One record is driven by single calls, a copy of it by deciding and updating apart; both agree with the rules.
+// One record is driven by single calls, another one by deciding and updating apart; both agree with the rules.
 template <class Plain, class F>
 void checkFrames(const F &functions, const typename F::Params &params, int channels, RoiSize roi, int frames,
                  Guard guard = Guard::behind) {
     Rng rng = makeRng("foreground", static_cast<std::uint64_t>(roi.width * 4 + channels));
     const std::int64_t width = roi.width, height = roi.height;
     Record record(functions, roi, channels, params, guard), other(functions, roi, channels, params);
-    std::vector<Plain> model(static_cast<std::size_t>(width * height), Plain(params));
+    std::vector<Plain> model(static_cast<std::size_t>(width * height), Plain{params, channels});
+    ASSERT_EQ(record.memory.size(), 128 + model[0].bytes() * ((width - 1) / Plain::block + 1) * Plain::block * height);
     std::vector<Sample> base(model.size()), now(model.size());
     for (Sample &s : base) {
         s = {static_cast<std::uint8_t>(rng()), static_cast<std::uint8_t>(rng()), static_cast<std::uint8_t>(rng())};
@@ -113,27 +114,26 @@ void checkFrames(const F &functions, const typename F::Params &params, int chann
     for (int n = 0; n < frames; ++n) {
         constexpr float rates[] = {1, 0.05f, 0.5f, 0.003f, 0.2f};
         const float rate = n == 0 ? 0.4f : n % 7 == 3 ? rates[n / 7 % 5] : 1.0f / static_cast<float>(n + 1);
-        for (std::size_t i = 0; i < now.size(); ++i) {
-            now[i] = sceneSample(rng, base[i]);
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            Sample &s = now[static_cast<std::size_t>(i)];
+            s = sceneSample(rng, base[static_cast<std::size_t>(i)], channels);
             for (int c = 0; c < channels; ++c) {
-                const auto at = static_cast<std::int64_t>(i);
-                frame.set(at % width * channels + c, at / width, now[i][static_cast<std::size_t>(c)]);
+                frame.set(i % width * channels + c, i / width, s[static_cast<std::size_t>(c)]);
             }
         }
         const auto decision = [&](auto x, auto y) {
             const auto i = static_cast<std::size_t>(y * width + x);
-            return model[i].decide(channels, params, now[i]);
+            return model[i].decide(now[i]);
         };
         const std::vector<std::uint8_t> untouched = other.content();
         other.decide(frame, again, 0);
         other.update(frame, again, 0);
         ASSERT_EQ(other.content(), untouched);
         ASSERT_TRUE(imageIs(again, decision)) << "frame " << n;
-        const bool own = n % 4 != 2;
-        if (own) {
+        if (n % 4 != 2) {
             record.decide(frame, map, rate);
             ASSERT_TRUE(imageIs(map, decision)) << "frame " << n;
-        } else {
+        } else { // any bytes but 0 are foreground
             for (std::int64_t i = 0; i < width * height; ++i) {
                 again.set(i % width, i / width, static_cast<std::uint8_t>(uniform(rng, 0, 2) == 0 ? rng() : 0));
             }
@@ -141,28 +141,26 @@ void checkFrames(const F &functions, const typename F::Params &params, int chann
         }
         other.update(frame, again, rate);
         ASSERT_EQ(record.content(), other.content()) << "frame " << n;
-        for (std::size_t i = 0; i < now.size(); ++i) {
-            const auto at = static_cast<std::int64_t>(i);
-            model[i].learn(channels, params, now[i], again.at(at % width, at / width) == 0, rate);
-        }
         ASSERT_EQ(record.state()->frames, n + 1);
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            model[static_cast<std::size_t>(i)].learn(now[static_cast<std::size_t>(i)],
+                                                     again.at(i % width, i / width) == 0, rate);
+        }
     }
     record.background(picture);
     ASSERT_TRUE(imageIs(picture, [&](auto x, auto y) {
-        return model[static_cast<std::size_t>(y * width + x / channels)]
-            .picture()[static_cast<std::size_t>(x % channels)];
+        const Sample s = model[static_cast<std::size_t>(y * width + x / channels)].picture();
+        return s[static_cast<std::size_t>(x % channels)];
     }));
     if (width % Plain::block == 0) { // no places for pixels that do not exist: the numbers, in whichever order
         std::vector<std::uint32_t> expected, actual;
         for (const Plain &pixel : model) {
-            pixel.append(channels, expected);
+            pixel.append(expected);
         }
         const std::vector<std::uint8_t> bytes = record.content();
         constexpr std::size_t size = Plain::block == 8 ? 4 : 1;
         for (std::size_t at = 128; at < bytes.size(); at += size) {
-            std::uint32_t word = 0;
-            std::memcpy(&word, &bytes[at], size);
-            actual.push_back(word);
+            std::memcpy(&actual.emplace_back(0), &bytes[at], size);
         }
         std::sort(expected.begin(), expected.end());
         std::sort(actual.begin(), actual.end());
@@ -331,48 +329,6 @@ TEST(Foreground, HistogramAbsorbsWhatStays) {
 
 // --------------------------------------------------------------------------------------------------------- Statuses
 
-template <class F> struct SetUp {
-    RoiSize roi;
-    std::int32_t channels;
-    typename F::Params params;
-    const typename F::Params *given;
-    void *result;
-};
-
-// Faulty parameters are given as functions that spoil good ones.
-template <class F>
-void checkSetUp(const F &functions, const typename F::Params &usual,
-                const std::vector<std::function<void(typename F::Params &)>> &spoil) {
-    using A = SetUp<F>;
-    Record<F> record(functions, {9, 2}, 1, usual);
-    std::int32_t size = -5;
-    Faults<A> faults;
-    faults.nulls(&A::given, &A::result).empty(&A::roi).values(StatusBadChannelCount, &A::channels, {0, 2, 4, -1});
-    for (const auto &change : spoil) {
-        faults.add("parameter", StatusOutOfRange, [=](A &a) { change(a.params); });
-    }
-    faults.values(StatusBadSize, &A::roi, {{INT32_MAX, INT32_MAX}, {32768, 32768}, {1 << 30, 1}});
-    const auto call = [&](const A &a, auto function, auto *result) {
-        return function(a.roi, a.channels, a.given == nullptr ? nullptr : &a.params,
-                        a.result == nullptr ? nullptr : result);
-    };
-    const std::int32_t before = size;
-    for (const bool query : {true, false}) {
-        expectFaultOrder<A>(
-            {{9, 2}, 1, usual, &usual, &size}, faults,
-            [&](const A &a) {
-                const StatusCode status =
-                    query ? call(a, functions.getSize, &size) : call(a, functions.init, record.state());
-                EXPECT_TRUE(status == StatusOk || size == before);
-                return status;
-            },
-            [&] { return record.content(); });
-        size = before;
-    }
-    const auto expected = record.memory.size();
-    EXPECT_EQ(expected, Record<F>::bytes(functions, {9, 2}, 1, usual));
-}
-
 template <class F> struct Call {
     const std::uint8_t *src;
     std::uint8_t *map;
@@ -380,104 +336,114 @@ template <class F> struct Call {
     RoiSize roi;
     float rate;
     typename F::State *state;
+    std::int32_t channels;
+    typename F::Params params;
+    const typename F::Params *given;
 };
 
-template <class F> void checkCalls(const F &functions, const typename F::Params &usual, int channels) {
+// Faulty parameters are given as functions that spoil good ones.
+template <class F>
+void checkStatuses(const F &functions, const typename F::Params &usual, int channels,
+                   const std::vector<std::function<void(typename F::Params &)>> &spoil) {
     using A = Call<F>;
     const RoiSize roi{9, 2};
     Record<F> record(functions, roi, channels, usual), strange(functions, roi, channels, usual),
-        otherSize(functions, {9, 3}, channels, usual), otherChannels(functions, roi, 4 - channels, usual);
+        otherSize(functions, {9, 3}, channels, usual), otherChannels(functions, roi, 4 - channels, usual),
+        unlearned(functions, roi, channels, usual);
     strange.state()->tag ^= 1;
     GuardedImage<std::uint8_t> src(9 * channels, 2), map(9, 2), picture(9 * channels, 2);
-    const A good{src.data(), map.data(), src.step(), map.step(), roi, 0.5f, record.state()};
-    const auto faultsOf = [&](bool withMap) {
-        Faults<A> faults;
-        faults.nulls(&A::src, &A::state);
-        if (withMap) {
-            faults.nulls(&A::map);
-        }
-        faults.values(StatusBadContext, &A::state, {strange.state()}).empty(&A::roi);
-        faults.values(StatusBadSize, &A::state, {otherSize.state()}).values(StatusBadSize, &A::roi, {{8, 2}});
-        faults.shortSteps(9 * channels, &A::srcStep);
-        if (withMap) {
-            faults.shortSteps(9, &A::mapStep);
-        }
-        return faults.values(StatusBadChannelCount, &A::state, {otherChannels.state()});
-    };
+    std::int32_t size = -5;
+    const A good{src.data(), map.data(), src.step(), map.step(), roi, 0.5f, record.state(), channels, usual, &usual};
     const auto outputs = [&] {
         std::vector<std::uint8_t> all = map.bytes();
-        for (const auto &more :
-             {picture.bytes(), record.content(), strange.content(), otherSize.content(), otherChannels.content()}) {
+        for (const auto &more : {picture.bytes(), record.content(), strange.content(), otherSize.content(),
+                                 otherChannels.content(), unlearned.content()}) {
             all.insert(all.end(), more.begin(), more.end());
         }
+        all.push_back(static_cast<std::uint8_t>(size));
         return all;
     };
-    const auto &f = functions.of(channels);
-    constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-    Faults<A> working = faultsOf(true);
-    working.values(StatusOutOfRange, &A::rate, {-0.01f, 1.0001f, notANumber});
-    Faults<A> pictures = faultsOf(false);
-    Record<F> unlearned(functions, roi, channels, usual);
-    pictures.values(StatusError, &A::state, {unlearned.state()});
+    Faults<A> setUp;
+    setUp.nulls(&A::given, &A::state).empty(&A::roi).values(StatusBadChannelCount, &A::channels, {0, 2, 4, -1});
+    for (const auto &change : spoil) {
+        setUp.add("parameter", StatusOutOfRange, [=](A &a) { change(a.params); });
+    }
+    setUp.values(StatusBadSize, &A::roi, {{INT32_MAX, INT32_MAX}, {32768, 32768}, {1 << 30, 1}});
+    const auto params = [](const A &a) { return a.given == nullptr ? nullptr : &a.params; };
     expectFaultOrder<A>(
-        good, working, [&](const A &a) { return f.decide(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); },
-        outputs);
-    expectFaultOrder<A>(
-        good, working, [&](const A &a) { return f.update(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); },
-        outputs);
-    expectFaultOrder<A>(
-        good, pictures,
+        good, setUp,
         [&](const A &a) {
-            return f.background(a.src == nullptr ? nullptr : picture.data(), a.srcStep, a.roi, a.state);
+            return functions.getSize(a.roi, a.channels, params(a), a.state == nullptr ? nullptr : &size);
         },
         outputs);
+    expectFaultOrder<A>(
+        good, setUp, [&](const A &a) { return functions.init(a.roi, a.channels, params(a), a.state); }, outputs);
+
+    // The map counts for the functions that have one.
+    const auto faults = [&](bool withMap) {
+        Faults<A> all;
+        all.nulls(&A::src, &A::state);
+        if (withMap) {
+            all.nulls(&A::map);
+        }
+        all.values(StatusBadContext, &A::state, {strange.state()}).empty(&A::roi);
+        all.values(StatusBadSize, &A::state, {otherSize.state()}).values(StatusBadSize, &A::roi, {{8, 2}});
+        all.shortSteps(9 * channels, &A::srcStep);
+        if (withMap) {
+            all.shortSteps(9, &A::mapStep);
+        }
+        all.values(StatusBadChannelCount, &A::state, {otherChannels.state()});
+        return withMap ? all.values(StatusOutOfRange, &A::rate, {-0.01f, 1.0001f, notANumber})
+                       : all.values(StatusError, &A::state, {unlearned.state()});
+    };
+    const auto &f = functions.of(channels);
+    const auto decide = [&](const A &a) {
+        return f.decide(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state);
+    };
+    const auto update = [&](const A &a) {
+        return f.update(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state);
+    };
+    const auto background = [&](const A &a) {
+        return f.background(a.src == nullptr ? nullptr : picture.data(), a.srcStep, a.roi, a.state);
+    };
+    expectFaultOrder<A>(good, faults(true), decide, outputs);
+    expectFaultOrder<A>(good, faults(true), update, outputs);
+    expectFaultOrder<A>(good, faults(false), background, outputs);
 }
 
-constexpr float nan = std::numeric_limits<float>::quiet_NaN(), infinite = std::numeric_limits<float>::infinity();
-
 template <class P> std::vector<std::function<void(P &)>> gaussianFaults() {
-    return {
-        [](P &p) { p.threshold = 0; },          [](P &p) { p.threshold = nan; },      [](P &p) { p.varMin = 0; },
-        [](P &p) { p.varInit = 15.9f; },        [](P &p) { p.varMax = 224; },         [](P &p) { p.varMax = infinite; },
-        [](P &p) { p.foregroundRate = 1.01f; }, [](P &p) { p.foregroundRate = nan; }, [](P &p) { p.shadow = 1; },
-        [](P &p) { p.shadow = -0.1f; }};
+    return {[](P &p) { p.threshold = 0; },
+            [](P &p) { p.threshold = notANumber; },
+            [](P &p) { p.varMin = 0; },
+            [](P &p) { p.varInit = 15.9f; },
+            [](P &p) { p.varMax = 224; },
+            [](P &p) { p.varMax = HUGE_VALF; },
+            [](P &p) { p.foregroundRate = 1.01f; },
+            [](P &p) { p.foregroundRate = notANumber; },
+            [](P &p) { p.shadow = 1; },
+            [](P &p) { p.shadow = -0.1f; }};
 }
 
 TEST(Foreground, StatusesInTheOrderOfTheChecks) {
     using G = FGMMParams;
     using H = ForegroundHistogramParams;
-    checkSetUp(gaussian, usualGaussian, gaussianFaults<ForegroundGaussianParams>());
     auto faults = gaussianFaults<G>();
-    faults.insert(faults.end(),
-                  {[](G &p) { p.components = 0; }, [](G &p) { p.components = 9; }, [](G &p) { p.backgroundRatio = 0; },
-                   [](G &p) { p.backgroundRatio = 1.1f; }, [](G &p) { p.prior = 1; }, [](G &p) { p.prior = nan; }});
-    checkSetUp(mixture, usualMixture, faults);
-    checkSetUp(histogram, usualHistogram,
-               {[](H &p) { p.entries = 33; }, [](H &p) { p.entries = 0, p.principal = 0; },
-                [](H &p) { p.principal = 9; }, [](H &p) { p.principal = 0; }, [](H &p) { p.tolerance = 256; },
-                [](H &p) { p.tolerance = -1; }, [](H &p) { p.absorb = 0.49f; }, [](H &p) { p.absorb = nan; }});
+    faults.insert(faults.end(), {[](G &p) { p.components = 0; }, [](G &p) { p.components = 9; },
+                                 [](G &p) { p.backgroundRatio = 0; }, [](G &p) { p.backgroundRatio = 1.1f; },
+                                 [](G &p) { p.prior = 1; }, [](G &p) { p.prior = notANumber; }});
     for (const int channels : {1, 3}) {
-        checkCalls(gaussian, usualGaussian, channels);
-        checkCalls(mixture, usualMixture, channels);
-        checkCalls(histogram, usualHistogram, channels);
-    }
-}
-
-TEST(Foreground, SizesAreTheStatedOnes) {
-    for (const std::int64_t width : {1, 8, 9, 32, 33, 640}) {
-        const RoiSize roi{static_cast<std::int32_t>(width), 7};
-        for (const std::int64_t c : {1, 3}) {
-            const std::int64_t eights = (width + 7) / 8 * 8, blocks = (width + 31) / 32 * 32;
-            const auto channels = static_cast<int>(c);
-            EXPECT_EQ(Record(gaussian, roi, channels, usualGaussian).memory.size(), 128 + 4 * (c + 1) * eights * 7);
-            EXPECT_EQ(Record(mixture, roi, channels, usualMixture).memory.size(), 128 + 4 * 3 * (c + 2) * eights * 7);
-            EXPECT_EQ(Record(histogram, roi, channels, usualHistogram).memory.size(), 128 + 8 * (c + 4) * blocks * 7);
-        }
+        checkStatuses(gaussian, usualGaussian, channels, gaussianFaults<ForegroundGaussianParams>());
+        checkStatuses(mixture, usualMixture, channels, faults);
+        checkStatuses(histogram, usualHistogram, channels,
+                      {[](H &p) { p.entries = 33; }, [](H &p) { p.entries = 0, p.principal = 0; },
+                       [](H &p) { p.principal = 9; }, [](H &p) { p.principal = 0; }, [](H &p) { p.tolerance = 256; },
+                       [](H &p) { p.tolerance = -1; }, [](H &p) { p.absorb = 0.49f; },
+                       [](H &p) { p.absorb = notANumber; }});
     }
     Record record(mixture, {9, 2}, 3, usualMixture);
-    EXPECT_EQ(record.state()->tag, 0x4b617393);
     EXPECT_TRUE(record.state()->width == 9 && record.state()->height == 2 && record.state()->channels == 3);
     EXPECT_EQ(std::memcmp(&record.state()->params, &usualMixture, sizeof usualMixture), 0);
+    EXPECT_EQ(record.state()->tag, 0x4b617393);
 }
 
 } // namespace
