@@ -42,9 +42,6 @@ RVX_INLINE Counters sub(Counters a, Counters b) {
 RVX_INLINE Counters max(Counters a, Counters b) {
     return each(a, b, [](U16x16 x, U16x16 y) { return rvxcv::max(x, y); });
 }
-RVX_INLINE Counters min(Counters a, Counters b) {
-    return each(a, b, [](U16x16 x, U16x16 y) { return rvxcv::min(x, y); });
-}
 RVX_INLINE Counters equal(Counters a, Counters b) {
     return each(a, b, [](U16x16 x, U16x16 y) { return rvxcv::equal(x, y); });
 }
@@ -54,6 +51,10 @@ RVX_INLINE Counters keep(Counters mask, Counters a) {
 RVX_INLINE Counters without(Counters a, Counters mask) {
     return each(a, mask, [](U16x16 x, U16x16 y) { return bitAndNot(x, y); });
 }
+RVX_INLINE Counters differing(Counters a, Counters b) {
+    return each(a, b, [](U16x16 x, U16x16 y) { return bitXor(x, y); });
+}
+RVX_INLINE bool allSet(Counters mask) { return laneBits(mask.maskBytes()) == 0xffffffff; }
 RVX_INLINE Counters select(Counters mask, Counters set, Counters clear) {
     return {rvxcv::select(mask.low, set.low, clear.low), rvxcv::select(mask.high, set.high, clear.high)};
 }
@@ -65,10 +66,10 @@ template <int channels> struct Entry {
     ByteSamples<channels> colour;
     Counters p, b;
 
-    static constexpr int bytes = 32 * (channels + 4);
+    static constexpr int places = 32 * channels, bytes = places + 128; // where p lies, and the whole
 
     static RVX_INLINE Entry load(const std::uint8_t *entry) {
-        return {loadColour(entry), Counters::load(entry + 32 * channels), Counters::load(entry + 32 * channels + 64)};
+        return {loadColour(entry), Counters::load(entry + places), Counters::load(entry + places + 64)};
     }
     static RVX_INLINE ByteSamples<channels> loadColour(const std::uint8_t *entry) {
         ByteSamples<channels> colour;
@@ -81,8 +82,8 @@ template <int channels> struct Entry {
         for (int c = 0; c < channels; ++c) {
             store(entry + 32 * c, colour.at[c]);
         }
-        p.save(entry + 32 * channels);
-        b.save(entry + 32 * channels + 64);
+        p.save(entry + places);
+        b.save(entry + places + 64);
     }
 };
 
@@ -119,19 +120,20 @@ template <int channels> struct HistogramKernel {
         U8x32 found = splat(std::uint8_t{0});
         Counters seen = zero, seenAsBackground = zero;
         for (int i = 0; i < entries && (learns || i < principal); ++i) {
-            const One entry = One::load(model + i * One::bytes);
-            const U8x32 matching = bitAndNot(matches(entry.colour, samples), equal(entry.p, zero).maskBytes());
+            const std::uint8_t *const entry = model + i * One::bytes;
+            const Counters p = Counters::load(entry + One::places);
+            const U8x32 matching = bitAndNot(matches(One::loadColour(entry), samples), equal(p, zero).maskBytes());
             if constexpr (learns) {
                 store(first[i], bitAndNot(matching, found));
                 found = bitOr(found, matching);
             }
-            if (decides && i < principal) {
+            if (decides && i < principal && anyBit(matching)) {
                 const Counters mask = Counters::mask(matching);
-                seen = add(seen, keep(mask, entry.p));
-                seenAsBackground = add(seenAsBackground, keep(mask, entry.b));
+                seen = add(seen, keep(mask, p));
+                seenAsBackground = add(seenAsBackground, keep(mask, Counters::load(entry + One::places + 64)));
             }
         }
-        const Counters fresh = equal(Counters::load(model + 32 * channels), zero);
+        const Counters fresh = equal(Counters::load(model + One::places), zero);
         if constexpr (decides) {
             // b > p - b; no sum of b exceeds the one of p.
             const Counters rest = sub(seen, seenAsBackground);
@@ -168,26 +170,21 @@ private:
         moving.b = select(kept, moving.b, select(fresh, always, backgroundGain));
         Counters foreground = Counters::all(0);
         for (int i = entries - 1; i > 0; --i) {
-            const One next = learned(model, i - 1, first, decay, gain, backgroundGain);
-            One heavier;
-            heavier.p = max(moving.p, next.p);
-            const Counters stays = equal(heavier.p, next.p);
-            const U8x32 bytes = stays.maskBytes();
-            heavier.b = select(stays, next.b, moving.b);
-            heavier.colour = select(bytes, next.colour, moving.colour);
-            moving.colour = select(bytes, moving.colour, next.colour);
-            moving.p = min(moving.p, next.p);
-            moving.b = select(stays, moving.b, next.b);
+            One next = learned(model, i - 1, first, decay, gain, backgroundGain);
+            const Counters stay = equal(max(moving.p, next.p), next.p);
+            if (!allSet(stay)) {
+                exchange(stay, next, moving);
+            }
             moving.save(model + i * One::bytes);
             if (i < principal) {
                 foreground = add(foreground, sub(moving.p, moving.b));
             }
-            moving = heavier;
+            moving = next;
         }
         moving.save(model);
         foreground = add(foreground, sub(moving.p, moving.b));
         const Counters most = Counters::all(limit), below = equal(max(foreground, most), most);
-        if (laneBits(below.maskBytes()) != 0xffffffff) {
+        if (!allSet(below)) {
             absorb(model, below);
         }
     }
@@ -195,16 +192,38 @@ private:
     RVX_INLINE One learned(const std::uint8_t *model, int i, const std::uint8_t (&first)[mostEntries][32], U16x16 decay,
                            Counters gain, Counters backgroundGain) const {
         One entry = One::load(model + i * One::bytes);
-        const Counters mask = Counters::mask(load<U8x32>(first[i]));
-        entry.p = add(decayed(entry.p, decay), keep(mask, gain));
-        entry.b = add(decayed(entry.b, decay), keep(mask, backgroundGain));
+        entry.p = decayed(entry.p, decay);
+        entry.b = decayed(entry.b, decay);
+        const U8x32 lanes = load<U8x32>(first[i]);
+        if (anyBit(lanes)) {
+            const Counters mask = Counters::mask(lanes);
+            entry.p = add(entry.p, keep(mask, gain));
+            entry.b = add(entry.b, keep(mask, backgroundGain));
+        }
         return entry;
+    }
+
+    // Where they do not stay, two entries change places.
+    static RVX_INLINE void exchange(Counters stay, One &a, One &b) {
+        exchange(stay, a.p, b.p);
+        exchange(stay, a.b, b.b);
+        const U8x32 bytes = stay.maskBytes();
+        for (int c = 0; c < channels; ++c) {
+            const U8x32 change = bitAndNot(bitXor(a.colour.at[c], b.colour.at[c]), bytes);
+            a.colour.at[c] = bitXor(a.colour.at[c], change);
+            b.colour.at[c] = bitXor(b.colour.at[c], change);
+        }
+    }
+    static RVX_INLINE void exchange(Counters stay, Counters &a, Counters &b) {
+        const Counters change = without(differing(a, b), stay);
+        a = differing(a, change);
+        b = differing(b, change);
     }
 
     // What was foreground for long is background now.
     void absorb(std::uint8_t *model, Counters kept) const {
         for (int i = 0; i < entries; ++i) {
-            std::uint8_t *const p = model + i * One::bytes + 32 * channels;
+            std::uint8_t *const p = model + i * One::bytes + One::places;
             const Counters b = Counters::load(p + 64);
             select(kept, b, sub(Counters::load(p), b)).save(p + 64);
         }

@@ -11,6 +11,12 @@ template <int channels> struct Component {
     FloatSamples<channels> mean;
 };
 
+RVX_INLINE void swapLanes(Mask32x8 mask, F32x8 &a, F32x8 &b) {
+    const F32x8 change = keep(mask, bitXor(a, b));
+    a = bitXor(a, change);
+    b = bitXor(b, change);
+}
+
 // The lighter lanes stay with the one farther down.
 template <int channels> RVX_INLINE void orderLanes(Component<channels> &upper, Component<channels> &lower) {
     const Mask32x8 swaps = greater(lower.weight, upper.weight);

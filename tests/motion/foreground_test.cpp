@@ -259,41 +259,6 @@ std::vector<int> film(const F &functions, const typename F::Params &params, int 
     return decisions;
 }
 
-template <class F> void checkSquare(const F &functions, const typename F::Params &params) {
-    Rng rng = makeRng("square");
-    constexpr std::int32_t width = 320, height = 240;
-    Record record(functions, {width, height}, 1, params);
-    GuardedImage<std::uint8_t> frame(width, height), map(width, height);
-    std::vector<std::int64_t> still(static_cast<std::size_t>(width * height));
-    std::generate(still.begin(), still.end(), [&] { return uniform(rng, 10, 245); });
-    std::int64_t wrong = 0;
-    for (int n = 0; n < 42; ++n) {
-        const auto inside = [&](std::int64_t x, std::int64_t y) {
-            return n >= 30 && x >= 20 * (n - 30) && x < 20 * (n - 30) + 40 && y >= 50 && y < 90;
-        };
-        for (std::int64_t i = 0; i < width * height; ++i) {
-            const std::int64_t value = still[static_cast<std::size_t>(i)] + uniform(rng, -2, 2);
-            frame.set(
-                i % width, i / width,
-                static_cast<std::uint8_t>(inside(i % width, i / width) ? value + (value < 128 ? 65 : -65) : value));
-        }
-        record.decide(frame, map, std::max(1.0f / static_cast<float>(n + 1), 0.02f));
-        for (std::int64_t i = 0; n >= 30 && i < width * height; ++i) {
-            const bool found = map.at(i % width, i / width) == 255;
-            ASSERT_TRUE(found || !inside(i % width, i / width)) << "frame " << n;
-            wrong += found && !inside(i % width, i / width);
-        }
-    }
-    EXPECT_LE(wrong, 12 * width * height / 10000);
-}
-
-TEST(Foreground, MovingSquareIsFound) {
-    checkSquare(gaussian, usualGaussian);
-    FGMMParams params = usualMixture;
-    params.shadow = 0; // grey: darker than the background is in shadow
-    checkSquare(mixture, params);
-}
-
 TEST(Foreground, TwoValuesInTurn) {
     const auto turn = [](int n) { return n % 2 == 0 ? Sample{40, 40, 40} : Sample{200, 180, 160}; };
     const auto foreground = [](const std::vector<int> &decisions) {

@@ -41,12 +41,6 @@ RVX_INLINE F32x8 keep(Mask32x8 mask, F32x8 a) { return {_mm256_and_ps(mask.v, a.
 RVX_INLINE F32x8 keep(Lanes lanes, F32x8 a) { return {_mm256_and_ps(_mm256_castsi256_ps(lanes.mask), a.v)}; }
 RVX_INLINE F32x8 keep(Full, F32x8 a) { return a; }
 RVX_INLINE I32x8 keep(Mask32x8 mask, I32x8 a) { return {{_mm256_and_si256(_mm256_castps_si256(mask.v), a.v)}}; }
-// Exchanges the lanes of the mask.
-RVX_INLINE void swapLanes(Mask32x8 mask, F32x8 &a, F32x8 &b) {
-    const __m256 change = _mm256_and_ps(mask.v, _mm256_xor_ps(a.v, b.v));
-    a.v = _mm256_xor_ps(a.v, change);
-    b.v = _mm256_xor_ps(b.v, change);
-}
 // All bits of the byte or 16-bit lanes that are equal.
 RVX_INLINE U8x32 equal(U8x32 a, U8x32 b) { return {{_mm256_cmpeq_epi8(a.v, b.v)}}; }
 RVX_INLINE U16x16 equal(U16x16 a, U16x16 b) { return {{_mm256_cmpeq_epi16(a.v, b.v)}}; }
