@@ -35,6 +35,14 @@ said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/trac
     --count 800 --quality 0.001 --distance 8)
 show track.png "corners followed through the frames; as a list: tracks.csv" "$said"
 
+# A camera that stands still for longer: what drives and walks comes out, with its shadow in grey.
+mkdir -p "$out/street"
+for frame in {10..33}; do
+    "$bin" scene "$out/street/frame-$frame.png" --frame "$((frame - 10))"
+done
+said=$("$bin" foreground "$out"/street/frame-*.png -o "$out/foreground" --clean)
+show foreground/ "what moves in 24 frames of it, and background.png without it" "$said"
+
 "$bin" scene "$out/street-2001.png" --street 2001
 said=$("$bin" detect car "$out/street-2001.png" -o "$out/detect.png" --csv "$out/cars.csv")
 show detect.png "cars in a street that was not trained on; as a list: cars.csv" "$said"
