@@ -82,6 +82,66 @@ StatusCode rvxiMinEigenVal_32f_C1R(const float *src, int32_t srcStep, float *dst
 StatusCode rvxiMinEigenValGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
 StatusCode rvxiMinEigenValGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
 
+/* --------------------------------------------------- Eigenvectors, Harris measure and line suppression */
+
+/* Three more readings of the gradient covariance of which the corner measure above is the smaller eigenvalue: a, b, c
+ * are formed by its steps 1 to 3. Dx is right minus left and Dy below minus above with every kernel, x points right and
+ * y down. The Harris measure and line suppression take their derivatives by one of three filters, with the scale s:
+ *
+ *   DerivativeSobel     aperture 3 or 5   1 / 4080 or 1 / 65280
+ *   DerivativeScharr    aperture 3        1 / 4080 * 0.6125f
+ *   DerivativeCentral   aperture 3        1 / 255       right - left and below - above, with replicated edges: a ramp
+ *                                                       measures the same as with 3x3 Sobel
+ *
+ * Below, d = a - b, t = 4 * (c * c), r = sqrt(fma(d, d, t)), tr = a + b, and h = s * 0.5f; every operation on floats is
+ * rounded, only what is written fma is fused. Images must not overlap unless a function says so. */
+
+/* Eigenvalues and eigenvectors: six floats a pixel, l1, l2, x1, y1, x2, y2. l1 = h * (tr + r) is the larger eigenvalue,
+ * l2 = h * (tr - r) the smaller one, equal to rvxiMinEigenVal's result to the bit. (x1, y1) is the direction in which
+ * the image changes most, of length 1 and with x1 >= 0, and (x2, y2) = (-y1, x1). Where r is 0, (x1, y1) = (1, 0). Else
+ * with e = c + c
+ *     d >= 0:      u = (d + r, e)
+ *     otherwise:   u = (|e|, r - d), or (|e|, -(r - d)) where e < 0
+ *     (x1, y1) = (ux / n, uy / n),   n = sqrt(fma(ux, ux, uy * uy)).
+ * kernel: MinEigenValSobel or MinEigenValScharr. aperture: 3, or 5 with Sobel. block: 3 or 5.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep (a row of
+ * the destination is 24 * width bytes); StatusStepNotMultiple; StatusBadArgument (kernel); StatusBadSize (aperture);
+ * StatusBadSize (block). */
+StatusCode rvxiEigenValsVecs_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                       int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer);
+StatusCode rvxiEigenValsVecs_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                     int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer);
+
+/* The measure of C. Harris and M. Stephens, "A Combined Corner and Edge Detector", Alvey Vision Conference 1988:
+ *     dst = (s * s) * fma(-k, tr * tr, fma(a, b, -(c * c))),
+ * that is l1 * l2 - k * (l1 + l2)^2: positive at corners, negative on edges. k is usually 0.04 to 0.06.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep;
+ * StatusStepNotMultiple; StatusBadFilterKind; StatusBadSize (aperture); StatusBadSize (block); StatusOutOfRange (k
+ * negative or NaN); StatusInPlaceNotSupported (src is dst). */
+StatusCode rvxiHarrisCorner_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                      int32_t filter, int32_t aperture, int32_t block, float k, uint8_t *buffer);
+StatusCode rvxiHarrisCorner_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                    int32_t filter, int32_t aperture, int32_t block, float k, uint8_t *buffer);
+
+/* Corner candidates without those that lie on an edge: a candidate (a pixel of the map that is not zero) is copied to
+ * dst where max(tr - r, 0) >= ratio * (tr + r), that is where the smaller eigenvalue is at least `ratio` of the larger;
+ * elsewhere dst is 0. A ratio of 0 keeps all, 0.1 is usual; a candidate on a flat spot is kept. dst may be map, with
+ * the same step. Few candidates take less time than many.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep;
+ * StatusBadFilterKind; StatusBadSize (aperture); StatusBadSize (block); StatusOutOfRange (ratio not in 0..1, or NaN);
+ * StatusInPlaceNotSupported (src is dst). */
+StatusCode rvxiLineSuppression_8u_C1R(const uint8_t *src, int32_t srcStep, const uint8_t *map, int32_t mapStep,
+                                      uint8_t *dst, int32_t dstStep, RoiSize roi, int32_t filter, int32_t aperture,
+                                      int32_t block, float ratio, uint8_t *buffer);
+
+/* Bytes of scratch for any kernel or filter at this aperture and block: those of the corner measure (line suppression:
+ * of 8u sources). StatusNullPointer; StatusBadSize (width, height, aperture or block, or a size that does not fit). */
+StatusCode rvxiEigenValsVecsGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+StatusCode rvxiEigenValsVecsGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+StatusCode rvxiHarrisCornerGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+StatusCode rvxiHarrisCornerGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+StatusCode rvxiLineSuppressionGetBufferSize_8u_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size);
+
 /* --------------------------------------------------------------------------------------------------- Peak search */
 
 /* Local extrema of a signed response image, at least `border` pixels away from every edge, in scan order (x, y). A

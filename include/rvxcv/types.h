@@ -67,6 +67,9 @@ enum {
     BorderInMemoryRight = 128
 };
 
+/* Derivative filters where a choice of three is offered; Canny's two have the same codes. */
+enum { DerivativeSobel = 2, DerivativeScharr = 5, DerivativeCentral = 8 };
+
 /* Norm or metric; Canny has codes of its own. */
 typedef int32_t NormKind;
 enum { NormInf = 0, NormL1 = 1, NormL2 = 2 };

@@ -60,6 +60,12 @@ inline constexpr FixedKernel32f<5> kerDxNeg_5_32f{{1, 2, 0, -2, -1}};
 struct MirroredDifference : FixedKernel32f<5> {};
 inline constexpr MirroredDifference kerDxMirrored_5_32f{{{-1, -2, 0, 2, 1}}};
 
+// One difference or one pixel, whatever lies under the zero taps: there NaN and infinity do not spread.
+struct CentralDifference : FixedKernel32f<3> {};
+inline constexpr CentralDifference kerCentral_3_32f{{{-1, 0, 1}}};
+struct MiddleTap : FixedKernel32f<3> {};
+inline constexpr MiddleTap kerMiddle_3_32f{{{0, 1, 0}}};
+
 // Second derivative, and the neighbours' sum that the 3x3 Laplacian needs.
 inline constexpr FixedKernel16s<3> kerD2x_3_16s{{1, -2, 1}};
 inline constexpr FixedKernel32f<3> kerD2x_3_32f{{1, -2, 1}};

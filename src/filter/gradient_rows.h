@@ -194,12 +194,17 @@ template <const auto &kernel, class Tap> RVX_INLINE auto exactSum(const Tap &tap
 }
 
 // The float sum of a stage: taps in ascending order, the first a plain product, every further one fused onto it.
-// Differences of mirrored taps subtract those first, then the inner pair and the zero tap are fused on.
+// Differences of mirrored taps subtract those first, then the inner pair and the zero tap are fused on; central ones
+// are just that.
 template <const auto &kernel, class Tap> RVX_INLINE auto chainedSum(const Tap &tap) {
     if constexpr (std::is_same_v<decltype(kernel), const MirroredDifference &>) {
         static_assert(kernel[4] == 1 && kernel[3] == -kernel[1] && kernel[2] == 0);
         const auto outer = detail::minus(tap(4), tap(0));
         return detail::fusedTap<kernel, 2>(detail::fusedTap<kernel, 3>(outer, detail::minus(tap(3), tap(1))), tap(2));
+    } else if constexpr (std::is_same_v<decltype(kernel), const CentralDifference &>) {
+        return detail::minus(tap(2), tap(0));
+    } else if constexpr (std::is_same_v<decltype(kernel), const MiddleTap &>) {
+        return tap(1);
     } else {
         return detail::fusedTaps<kernel>(tap, std::make_integer_sequence<int, kernel.taps - 1>{});
     }
@@ -240,6 +245,19 @@ template <const auto &smooth, const auto &derive> struct Gradient {
 using SobelGradient3 = Gradient<kerSobel_3_16s, kerDx_3_16s>;
 using SobelGradient5 = Gradient<kerSobel_5_16s, kerDx_5_16s>;
 using ScharrGradient3 = Gradient<kerScharr_3_16s, kerDx_3_16s>;
+
+// Both, without smoothing.
+struct CentralGradient {
+    static constexpr int taps = 3, planes = 2;
+
+    template <class V, class Tap> static RVX_INLINE void vertical(const Tap &tap, V (&sums)[planes]) {
+        sums[0] = tap(1);
+        sums[1] = exactSum<kerDx_3_16s>(tap);
+    }
+    template <class Tap> static RVX_INLINE GradientPair horizontal(const Tap &tap) {
+        return {exactSum<kerDx_3_16s>([&](int i) { return tap(0, i); }), tap(1, 1)};
+    }
+};
 
 namespace detail {
 

@@ -1,68 +1,15 @@
 // The corner measure against its four steps as plain passes over whole planes, bit for bit.
+#include "feature/plain_covariance.h"
 #include "support/guarded.h"
 #include "support/status_table.h"
 
 #include "rvxcv.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 
 namespace {
 
 using namespace support;
-
-struct Plane {
-    std::int64_t width, height;
-    std::vector<float> values;
-
-    Plane(std::int64_t w, std::int64_t h) : width(w), height(h), values(static_cast<std::size_t>(w * h)) {}
-    float &at(std::int64_t x, std::int64_t y) { return values[static_cast<std::size_t>(y * width + x)]; }
-    float replicated(std::int64_t x, std::int64_t y) const {
-        x = std::clamp<std::int64_t>(x, 0, width - 1);
-        y = std::clamp<std::int64_t>(y, 0, height - 1);
-        return values[static_cast<std::size_t>(y * width + x)];
-    }
-};
-
-using Kernel = std::vector<float>;
-
-// The first tap's product, every further tap fused on; of five taps of a difference the mirrored ones are subtracted
-// first.
-template <class Tap> float sumOfTaps(const Kernel &kernel, const Tap &tap) {
-    if (kernel == Kernel{-1, -2, 0, 2, 1}) {
-        return std::fma(0.0f, tap(2), std::fma(2.0f, tap(3) - tap(1), tap(4) - tap(0)));
-    }
-    float sum = kernel[0] * tap(0);
-    for (int i = 1; i < static_cast<int>(kernel.size()); ++i) {
-        sum = std::fma(kernel[static_cast<std::size_t>(i)], tap(i), sum);
-    }
-    return sum;
-}
-
-Plane separable(const Plane &src, const Kernel &row, const Kernel &column, float factor = 1.0f) {
-    const int reach = static_cast<int>(row.size()) / 2;
-    Plane rows(src.width, src.height), result(src.width, src.height);
-    for (std::int64_t y = 0; y < src.height; ++y) {
-        for (std::int64_t x = 0; x < src.width; ++x) {
-            rows.at(x, y) = sumOfTaps(row, [&](int i) { return src.replicated(x + i - reach, y); });
-        }
-    }
-    for (std::int64_t y = 0; y < src.height; ++y) {
-        for (std::int64_t x = 0; x < src.width; ++x) {
-            result.at(x, y) = sumOfTaps(column, [&](int i) { return rows.replicated(x, y + i - reach); }) * factor;
-        }
-    }
-    return result;
-}
-
-Plane product(const Plane &a, const Plane &b) {
-    Plane result(a.width, a.height);
-    for (std::size_t i = 0; i < result.values.size(); ++i) {
-        result.values[i] = a.values[i] * b.values[i];
-    }
-    return result;
-}
 
 struct Parameters {
     std::int32_t kernel, aperture, block;
@@ -72,33 +19,17 @@ constexpr Parameters allParameters[] = {
     {MinEigenValSobel, 5, 5}, {MinEigenValScharr, 3, 3}, {MinEigenValScharr, 3, 5},
 };
 
-template <class T> Plane plainMeasure(const GuardedImage<T> &image, Parameters parameters) {
-    Plane src(image.width(), image.height());
-    for (std::int64_t y = 0; y < image.height(); ++y) {
-        for (std::int64_t x = 0; x < image.width(); ++x) {
-            src.at(x, y) = static_cast<float>(image.at(x, y));
+template <class T> PlainPlane plainMeasure(const GuardedImage<T> &image, Parameters parameters) {
+    const PlainDerivative kind = parameters.kernel == MinEigenValScharr ? PlainDerivative::scharr
+                                 : parameters.aperture == 5             ? PlainDerivative::sobel5
+                                                                        : PlainDerivative::sobel3;
+    const PlainCovariance covariance(image, kind, parameters.block);
+    const float half = covariance.scale * 0.5f;
+    PlainPlane result = covariance.a;
+    for (std::int64_t y = 0; y < result.height; ++y) {
+        for (std::int64_t x = 0; x < result.width; ++x) {
+            result.at(x, y) = half * (covariance.trace(x, y) - covariance.root(x, y));
         }
-    }
-    const bool five = parameters.aperture == 5, scharr = parameters.kernel == MinEigenValScharr;
-    const Kernel derive = five ? Kernel{-1, -2, 0, 2, 1} : Kernel{-1, 0, 1};
-    const Kernel smooth = five ? Kernel{1, 4, 6, 4, 1} : scharr ? Kernel{3, 10, 3} : Kernel{1, 2, 1};
-    const Plane dx = separable(src, derive, smooth), dy = separable(src, smooth, derive);
-
-    const auto area = static_cast<float>(parameters.block * parameters.block);
-    const Kernel box(static_cast<std::size_t>(parameters.block), 1.0f);
-    const auto mean = [&](const Plane &plane) { return separable(plane, box, box, 1.0f / area); };
-    const Plane a = mean(product(dx, dx)), b = mean(product(dy, dy)), c = mean(product(dx, dy));
-
-    float scale = five ? 1.0f / 65280.0f : 1.0f / 4080.0f;
-    if (scharr) {
-        scale *= 0.6125f;
-    }
-    const float half = scale * 0.5f;
-    Plane result(src.width, src.height);
-    for (std::size_t i = 0; i < result.values.size(); ++i) {
-        const float difference = a.values[i] - b.values[i], square = c.values[i] * c.values[i];
-        const float root = std::sqrt(std::fma(difference, difference, 4.0f * square));
-        result.values[i] = half * ((a.values[i] + b.values[i]) - root);
     }
     return result;
 }
@@ -137,7 +68,7 @@ template <class T> void checkSizesAndContents() {
         GuardedImage<T> src(width, height,
                             {.padding = padding, .guard = salt % 2 != 0 ? Guard::before : Guard::behind});
         src.fill(rng, contents);
-        Plane want = plainMeasure(src, p);
+        const PlainPlane want = plainMeasure(src, p);
         ASSERT_TRUE(imageIs(measured(src, p, salt % 5), [&](auto x, auto y) { return want.at(x, y); }))
             << "kernel " << p.kernel << " aperture " << p.aperture << " block " << p.block;
         ++salt;

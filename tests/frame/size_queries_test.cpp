@@ -44,6 +44,7 @@ StatusCode roiAndKernel(void *f, const Sizes &s, Place a, Place) { return invoke
 StatusCode roiAndCode(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), Mask5x5, a); }
 StatusCode floatsOfWidth(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, PixelType32f, 3, a); }
 StatusCode widthAndMask(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, s.mask(), a); }
+StatusCode roiApertureAndBlock(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 5, 5, a); }
 
 constexpr HoughResolution degrees{1.0f, 0.0174533f};
 constexpr ForegroundGaussianParams gaussianBackground{3, 225, 16, 1125, 0.1f, 0};
@@ -70,7 +71,10 @@ const Shape shapes[] = {
     {"rvxiCannyGet", roiOnly},
     {"rvxiCannyBorder",
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 2, Mask5x5, PixelType8u, a); }},
-    {"rvxiMinEigenVal", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 5, 5, a); }},
+    {"rvxiMinEigenVal", roiApertureAndBlock},
+    {"rvxiEigenValsVecs", roiApertureAndBlock},
+    {"rvxiHarrisCorner", roiApertureAndBlock},
+    {"rvxiLineSuppression", roiApertureAndBlock},
     {"rvxiFindPeaks", widthOnly, false},
     {"rvxiHoughLine", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), degrees, s.side, a); }},
     {"rvxiHoughProbLine", [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), degrees, a, b); }},

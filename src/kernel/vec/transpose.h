@@ -1,6 +1,7 @@
-// Blocks of 8 x 8 elements, between rows in memory and one vector per column.
+// Blocks of 8 x 8 elements and of 8 x 6, between rows in memory and one vector per column.
 #pragma once
 
+#include "kernel/vec/memory.h"
 #include "kernel/vec/types.h"
 
 namespace rvxcv {
@@ -55,6 +56,46 @@ RVX_INLINE void loadTransposed(const std::uint8_t *const (&rows)[8], F32x8 value
         const __m256i first = _mm256_cvtepi8_epi32(zeros), second = _mm256_cvtepi8_epi32(_mm_srli_si128(zeros, 8));
         columns[2 * i] = {_mm256_andnot_ps(_mm256_castsi256_ps(first), value.v)};
         columns[2 * i + 1] = {_mm256_andnot_ps(_mm256_castsi256_ps(second), value.v)};
+    }
+}
+
+namespace detail {
+// The lanes of six vectors in turn: element 6 * i + k of the result is lane i of the k-th. Pairs of neighbours move as
+// one; halves[0..5] hold their 16-byte pieces 0 and 6, 1 and 7, and so on.
+RVX_INLINE void interleaveSixes(const F32x8 (&a)[6], F32x8 (&result)[6]) {
+    __m256d low[3], high[3]; // of each pair of vectors the lanes 0, 1, 4, 5 and the lanes 2, 3, 6, 7
+    for (int i = 0; i < 3; ++i) {
+        low[i] = _mm256_castps_pd(_mm256_unpacklo_ps(a[2 * i].v, a[2 * i + 1].v));
+        high[i] = _mm256_castps_pd(_mm256_unpackhi_ps(a[2 * i].v, a[2 * i + 1].v));
+    }
+    const __m256d halves[6] = {_mm256_unpacklo_pd(low[0], low[1]),       _mm256_shuffle_pd(low[2], low[0], 0xa),
+                               _mm256_unpackhi_pd(low[1], low[2]),       _mm256_unpacklo_pd(high[0], high[1]),
+                               _mm256_shuffle_pd(high[2], high[0], 0xa), _mm256_unpackhi_pd(high[1], high[2])};
+    for (int i = 0; i < 3; ++i) {
+        const __m256d first = halves[2 * i], second = halves[2 * i + 1];
+        result[i] = {_mm256_castpd_ps(_mm256_permute2f128_pd(first, second, 0x20))};
+        result[i + 3] = {_mm256_castpd_ps(_mm256_permute2f128_pd(first, second, 0x31))};
+    }
+}
+} // namespace detail
+
+// Six floats of every lane of the span, one from each vector; nothing else is written.
+RVX_INLINE void storeSixes(float *p, const F32x8 (&a)[6], Full) {
+    F32x8 rows[6];
+    detail::interleaveSixes(a, rows);
+    for (int i = 0; i < 6; ++i) {
+        store(p + 8 * i, rows[i]);
+    }
+}
+RVX_INLINE void storeSixes(float *p, const F32x8 (&a)[6], Part part) {
+    F32x8 rows[6];
+    detail::interleaveSixes(a, rows);
+    for (int i = 0, elements = 6 * part.n; elements > 0; ++i, elements -= 8) {
+        if (elements >= 8) {
+            store(p + 8 * i, rows[i]);
+        } else {
+            store(p + 8 * i, rows[i], Part{elements});
+        }
     }
 }
 
