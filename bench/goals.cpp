@@ -63,6 +63,12 @@ constexpr Goal goals[] = {
     {"FGMM_8u_C3R", 24, copy},
     {"ForegroundHistogram_8u_C1R", 14, copy},
     {"ForegroundHistogram_8u_C3R", 22, copy},
+    {"EigenValsVecs_8u32f_C1R_sobel3_block3", 14, copy},
+    {"EigenValsVecs_32f_C1R_sobel3_block3", 16, copy},
+    {"HarrisCorner_8u32f_C1R_sobel3_block3", 7, copy},
+    {"HarrisCorner_32f_C1R_sobel3_block3", 8.5, copy},
+    {"LineSuppression_8u_C1R_sobel3_block3_1percent", 5, copy},
+    {"LineSuppression_8u_C1R_sobel3_block3_full", 9, copy},
     // Morphology
     {"Dilate_8u_C1R/random7x7", 1.01, copy},
     {"FilterMin_8u_C1R/15x1", 0.31, copy},
