@@ -108,8 +108,7 @@ void suppressInStrip(const CovarianceSource<std::uint8_t> &source, const KeptCan
         }
         return;
     }
-    // A block alone takes as long as two to five of the engine's.
-    constexpr int worth = block == 3 && Means::reach == 1 ? 3 : 6;
+    constexpr int worth = 2 + Means::taps * block / 2; // how many of the engine's blocks take as long as one alone
     Strip inner = strip;
     inner.first += strip.first == 0 ? Means::columns : 0;
     inner.last -= strip.last == width ? (strip.last - inner.first) % Means::columns + 2 * Means::columns : 0;
