@@ -5,15 +5,25 @@
 namespace tools {
 namespace {
 
-std::vector<float> cornerMeasure(const Image &grey, int block) {
+constexpr const char *minEigenvalue = "min-eigenvalue", *harris = "harris";
+
+std::vector<float> cornerMeasure(const Image &grey, const CornerSettings &settings) {
     constexpr std::int32_t aperture = 3;
-    std::int32_t size = 0;
-    check(rvxiMinEigenValGetBufferSize_8u32f_C1R(grey.roi(), aperture, block, &size), "MinEigenValGetBufferSize");
+    constexpr float k = 0.04f;
+    std::int32_t size = 0; // that of both measures
+    check(rvxiMinEigenValGetBufferSize_8u32f_C1R(grey.roi(), aperture, settings.block, &size),
+          "MinEigenValGetBufferSize");
     std::vector<std::uint8_t> scratch(static_cast<std::size_t>(size));
     std::vector<float> measure(grey.pixels.size());
-    check(rvxiMinEigenVal_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
-                                    MinEigenValSobel, aperture, block, scratch.data()),
-          "MinEigenVal");
+    if (settings.method == harris) {
+        check(rvxiHarrisCorner_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
+                                         DerivativeSobel, aperture, settings.block, k, scratch.data()),
+              "HarrisCorner");
+    } else {
+        check(rvxiMinEigenVal_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
+                                        MinEigenValSobel, aperture, settings.block, scratch.data()),
+              "MinEigenVal");
+    }
     return measure;
 }
 
@@ -30,11 +40,17 @@ std::vector<Corner> peaksOf(const std::vector<float> &measure, RoiSize roi, floa
         const Point2i p = peaks[static_cast<std::size_t>(i)];
         const float strength = measure[static_cast<std::size_t>(p.y) * static_cast<std::size_t>(roi.width) +
                                        static_cast<std::size_t>(p.x)];
-        if (strength > 0) { // on an edge, rounding may leave a negative smallest value
+        if (strength > 0) { // edges: negative in the Harris measure, and by rounding in the other
             corners.push_back({p, strength});
         }
     }
     return corners;
+}
+
+std::vector<Corner> measuredCorners(const Image &grey, const CornerSettings &settings) {
+    const std::vector<float> measure = cornerMeasure(grey, settings);
+    const float best = *std::max_element(measure.begin(), measure.end());
+    return peaksOf(measure, grey.roi(), settings.quality * best);
 }
 
 // The strongest corners; of two that are closer than the distance the stronger one, and none that is close to a taken
@@ -64,6 +80,7 @@ std::vector<Corner> strongest(std::vector<Corner> corners, const CornerSettings 
 } // namespace
 
 void addCornerOptions(Command &command, CornerSettings &settings) {
+    command.option("--method", settings.method, "What measures a corner").oneOf({minEigenvalue, harris}).showDefault();
     command.option("--count", settings.count, "Most corners to keep").range(1, 1000000).showDefault();
     command.option("--quality", settings.quality, "Least strength, as a part of the strongest corner's")
         .range(0.0, 1.0)
@@ -78,9 +95,7 @@ std::vector<Corner> findCorners(const Image &grey, const CornerSettings &setting
     if (grey.width < 3 || grey.height < 3) { // no pixel has eight neighbours
         return {};
     }
-    const std::vector<float> measure = cornerMeasure(grey, settings.block);
-    const float best = *std::max_element(measure.begin(), measure.end());
-    return strongest(peaksOf(measure, grey.roi(), settings.quality * best), settings, taken);
+    return strongest(measuredCorners(grey, settings), settings, taken);
 }
 
 } // namespace tools

@@ -39,10 +39,13 @@ Image rectangle() {
     return image;
 }
 
-TEST(Corners, FindsTheRectanglesFour) {
+class CornerMethod : public testing::TestWithParam<const char *> {};
+
+TEST_P(CornerMethod, FindsTheRectanglesFour) {
     const program::Folder folder;
     writeImage(folder / "a.png", rectangle());
-    const auto result = run("corners " + folder / "a.png" + " --csv -o " + folder / "out.png");
+    const auto result =
+        run("corners " + folder / "a.png" + " --csv --method " + GetParam() + " -o " + folder / "out.png");
     ASSERT_EQ(result.exitCode, 0) << result.output;
     const auto corners = parseCsv(result.output);
     ASSERT_EQ(corners.size(), 4u) << result.output;
@@ -59,6 +62,7 @@ TEST(Corners, FindsTheRectanglesFour) {
         EXPECT_LT(drawn.pixel(corner.x + 5, corner.y)[0], 100) << "the ring has a dark outline";
     }
 }
+INSTANTIATE_TEST_SUITE_P(All, CornerMethod, testing::Values("min-eigenvalue", "harris"));
 
 TEST(Corners, CountDistanceAndQualityAreKept) {
     const program::Folder folder;
@@ -86,9 +90,10 @@ TEST(Corners, EdgesOfUse) {
     writeImage(folder / "flat.png", Image(20, 20, 3));
     writeImage(folder / "tiny.png", Image(2, 1, 1));
     EXPECT_TRUE(parseCsv(run("corners " + folder / "flat.png" + " --csv").output).empty());
-    EXPECT_TRUE(parseCsv(run("corners " + folder / "tiny.png" + " --csv").output).empty());
+    EXPECT_TRUE(parseCsv(run("corners " + folder / "tiny.png" + " --csv --method harris").output).empty());
     EXPECT_EQ(run("corners " + folder / "flat.png").exitCode, 1) << "neither a picture nor a list";
     EXPECT_EQ(run("corners " + folder / "flat.png" + " --csv --block 4").exitCode, 2);
+    EXPECT_EQ(run("corners " + folder / "flat.png" + " --csv --method sharp").exitCode, 2);
 }
 
 } // namespace
