@@ -24,15 +24,19 @@ Rgb heat(double part) {
     return {level(a.r + (b.r - a.r) * t), level(a.g + (b.g - a.g) * t), level(a.b + (b.b - a.b) * t)};
 }
 
-// Hues a golden section of the circle apart, in turn strong and pale.
-Rgb paletteColour(std::size_t number) {
-    const double hue = std::fmod(static_cast<double>(number) * 0.61803398875, 1.0) * 6;
-    const double strength = number % 2 == 0 ? 0.9 : 0.6, value = number % 3 == 0 ? 255 : 225;
+Rgb hsv(double hue, double saturation, double value) {
+    const double sixths = (hue - std::floor(hue)) * 6;
     const auto part = [&](double shift) {
-        const double k = std::fmod(hue + shift, 6.0);
-        return level(value * (1 - strength * std::clamp(std::min(k, 4 - k), 0.0, 1.0)));
+        const double k = std::fmod(sixths + shift, 6.0);
+        return level(255 * value * (1 - saturation * std::clamp(std::min(k, 4 - k), 0.0, 1.0)));
     };
     return {part(5), part(3), part(1)};
+}
+
+// Hues a golden section of the circle apart, in turn strong and pale.
+Rgb paletteColour(std::size_t number) {
+    return hsv(static_cast<double>(number) * 0.61803398875, number % 2 == 0 ? 0.9 : 0.6,
+               number % 3 == 0 ? 1 : 225.0 / 255);
 }
 
 Image heatPicture(RoiSize size, const std::vector<float> &values, float largest) {

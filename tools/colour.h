@@ -12,6 +12,9 @@ struct Rgb {
 // From black over violet, red and orange to pale yellow: brighter is more, also in print. Clamped to 0..1.
 Rgb heat(double part);
 
+// Hue in turns from red over green and blue, any number; saturation and value from 0 to 1.
+Rgb hsv(double hue, double saturation, double value);
+
 // Colours for numbered things: neighbours in number differ clearly, none is dark.
 Rgb paletteColour(std::size_t number);
 

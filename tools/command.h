@@ -12,6 +12,7 @@ void addDiff(Program &program);
 void addAverage(Program &program);
 void addEdges(Program &program);
 void addGradient(Program &program);
+void addOrientation(Program &program);
 void addMorph(Program &program);
 void addCorners(Program &program);
 void addDistance(Program &program);

@@ -81,6 +81,10 @@ for op in open tophat gradient; do
 done
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
+"$bin" corners "$picture" -o "$out/corners-harris.png" --method harris
+show corners-harris.png "the same by the Harris measure"
+said=$("$bin" orientation "$picture" -o "$out/orientation.png" --legend)
+show orientation.png "where the picture changes most: direction as hue, coherence as saturation" "$said"
 
 # A wide-angle lens, in pixels of the pictures that it bends.
 lens=(--focal "450,450" --k "-0.28,0.06")

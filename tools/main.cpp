@@ -9,7 +9,7 @@ constexpr AddCommand commands[] = {
     tools::addCorners, tools::addMorph,  tools::addBlur,      tools::addDeviation,  tools::addDistance,
     tools::addFill,    tools::addLabel,  tools::addProfile,   tools::addPyramid,    tools::addHistory,
     tools::addTrack,   tools::addScene,  tools::addUndistort, tools::addStats,      tools::addCompare,
-    tools::addLines,   tools::addDetect, tools::addTrain,     tools::addForeground,
+    tools::addLines,   tools::addDetect, tools::addTrain,     tools::addForeground, tools::addOrientation,
 };
 
 } // namespace
