@@ -1,6 +1,7 @@
 #include "corner_search.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tools {
 namespace {
@@ -19,6 +20,9 @@ std::vector<float> cornerMeasure(const Image &grey, const CornerSettings &settin
         check(rvxiHarrisCorner_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
                                          DerivativeSobel, aperture, settings.block, k, scratch.data()),
               "HarrisCorner");
+        // Its root has the unit of an eigenvalue, so that a quality means as much as with the other measure.
+        std::transform(measure.begin(), measure.end(), measure.begin(),
+                       [](float v) { return std::sqrt(std::max(v, 0.0f)); });
     } else {
         check(rvxiMinEigenVal_8u32f_C1R(grey.data(), grey.step(), measure.data(), 4 * grey.width, grey.roi(),
                                         MinEigenValSobel, aperture, settings.block, scratch.data()),
@@ -40,7 +44,7 @@ std::vector<Corner> peaksOf(const std::vector<float> &measure, RoiSize roi, floa
         const Point2i p = peaks[static_cast<std::size_t>(i)];
         const float strength = measure[static_cast<std::size_t>(p.y) * static_cast<std::size_t>(roi.width) +
                                        static_cast<std::size_t>(p.x)];
-        if (strength > 0) { // edges: negative in the Harris measure, and by rounding in the other
+        if (strength > 0) { // on an edge, rounding may leave a negative smallest value
             corners.push_back({p, strength});
         }
     }
