@@ -51,6 +51,8 @@ show detect.png "cars in a street that was not trained on; as a list: cars.csv" 
 show gradient.png "length of the Sobel gradient"
 "$bin" gradient "$picture" -o "$out/laplacian.png" --filter laplacian --size 5
 show laplacian.png "5x5 Laplacian, zero in the middle of the grey scale"
+said=$("$bin" orientation "$picture" -o "$out/orientation.png" --legend)
+show orientation.png "the direction of the strongest change as hue, coherence as saturation" "$said"
 "$bin" blur "$picture" -o "$out/blur.png" --sigma 4
 show blur.png "Gaussian blur, sigma 4"
 said=$("$bin" deviation "$picture" -o "$out/deviation.png" --window 9x9)
@@ -79,12 +81,10 @@ for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9
     show "morph-$op.png" "morphology: $op with an ellipse of 9x9"
 done
+"$bin" corners "$picture" -o "$out/corners-harris.png" --method harris
+show corners-harris.png "corners by the Harris measure"
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
-"$bin" corners "$picture" -o "$out/corners-harris.png" --method harris
-show corners-harris.png "the same by the Harris measure"
-said=$("$bin" orientation "$picture" -o "$out/orientation.png" --legend)
-show orientation.png "where the picture changes most: direction as hue, coherence as saturation" "$said"
 
 # A wide-angle lens, in pixels of the pictures that it bends.
 lens=(--focal "450,450" --k "-0.28,0.06")
