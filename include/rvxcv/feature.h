@@ -171,6 +171,68 @@ StatusCode rvxiFindPeaks3x3_32f_C1R(const float *src, int32_t srcStep, RoiSize r
 StatusCode rvxiFindPeaks3x3GetBufferSize_32s_C1R(int32_t width, int32_t *size);
 StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
 
+/* ---------------------------------------------------------------------------------------------------- FAST corners */
+
+/* Corners found by comparing a pixel p with the points of a circle around it (E. Rosten and T. Drummond, "Machine
+ * Learning for High-Speed Corner Detection", ECCV 2006; other circles and arcs as in E. Rosten, R. Porter and T.
+ * Drummond, "Faster and Better", IEEE PAMI 32(1), 2010). The circle of radius 1, 2 or 3 has 8, 12 or 16 points, as
+ * (dx, dy) clockwise from the top:
+ *     1: (0,-1) (1,-1) (1,0) (1,1) (0,1) (-1,1) (-1,0) (-1,-1)
+ *     2: (0,-2) (1,-2) (2,-1) (2,0) (2,1) (1,2) (0,2) (-1,2) (-2,1) (-2,0) (-2,-1) (-1,-2)
+ *     3: (0,-3) (1,-3) (2,-2) (3,-1) (3,0) (3,1) (2,2) (1,3) (0,3) (-1,3) (-2,2) (-3,1) (-3,0) (-3,-1) (-2,-2) (-1,-3)
+ *
+ * `arc` is the number of neighbouring points of the closed circle that must agree: 5..8, 7..12 or 9..16. The contrast of
+ * such a run is the larger of min(I(q) - I(p)) and min(I(p) - I(q)) over its points q, the score S of the pixel the
+ * largest contrast of all runs, at least 0. A pixel is a corner when S > threshold: S - 1 is the largest threshold at
+ * which it still is one, and S does not depend on the threshold. Pixels nearer than the radius to an edge of the region
+ * are no corners. */
+
+/* Flags. FastScore: corners are marked with their scores instead of 255. FastNonMax, only together with FastScore:
+ * a corner stays when its score is greater than those at the four neighbours before it in scan order (above left,
+ * above, above right, left) and not less than those at the four behind; what is no corner counts 0. */
+enum { FastScore = 1, FastNonMax = 2 };
+
+typedef struct FastCorner {
+    int32_t x, y;  /* pixels */
+    int32_t score; /* the map's value, 1..255 */
+} FastCorner;
+
+/* Filled by Init; the fields may be read, not written. It stands at a multiple of 8, may be copied, and serves images of
+ * any size, in several threads at once. */
+typedef struct FastNSpec {
+    int32_t tag; /* 0x4b617390 */
+    int32_t radius, points, arc;
+    int32_t threshold, flags;
+    int32_t reserved[2]; /* 0 */
+    int8_t circle[32];   /* dx, dy of each point, then 0 */
+} FastNSpec;
+
+/* Bytes of a record: 64. StatusNullPointer; StatusOutOfRange (radius, then arc). */
+StatusCode rvxiFastNGetSize_8u_C1R(int32_t radius, int32_t arc, int32_t *specSize);
+
+/* Fills a record. A threshold of 255 or more finds nothing. Status codes, in the order of the checks:
+ * StatusNullPointer; StatusBadArgument (flags outside 0..3, or FastNonMax without FastScore); StatusOutOfRange (radius,
+ * then arc); StatusBadThreshold (threshold below 0). */
+StatusCode rvxiFastNInit_8u_C1R(int32_t radius, int32_t arc, int32_t threshold, int32_t flags, FastNSpec *spec);
+
+/* Bytes of scratch, with w = width + 2 rounded up to a multiple of 32: 7 w + 64. StatusNullPointer; StatusBadSize (width
+ * or height below 1, or a size that does not fit). */
+StatusCode rvxiFastNGetBufferSize_8u_C1R(RoiSize roi, int32_t *bufferSize);
+
+/* The map of corners: every pixel of dst is written, with 0 where there is no corner. *count is the number of the
+ * others. A region that the circle does not fit into has none. Source and map must not overlap.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadContext (the record does not carry its tag);
+ * StatusBadSize; StatusBadStep. */
+StatusCode rvxiFastN_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                            int32_t *count, const FastNSpec *spec, uint8_t *buffer);
+
+/* The pixels of a map that are not 0, in scan order; any map will do. *count is how many were stored.
+ * StatusResultTruncated when there are more than `capacity`: the first ones are stored.
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width, height or capacity below 1);
+ * StatusBadStep. */
+StatusCode rvxiFastN2DToVec_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, FastCorner *corners,
+                                   int32_t capacity, int32_t *count);
+
 /* ----------------------------------------------------------------------------------------------------- Hough lines */
 
 /* Straight lines in a two-level image (not zero: marked), by the transform of R. O. Duda and P. E. Hart, "Use of the

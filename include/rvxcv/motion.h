@@ -69,18 +69,47 @@ StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi
  *     t(j) = fma(a, I(ix + x + 1, j) - I(ix + x, j), I(ix + x, j))        for j = iy + y and j = iy + y + 1
  *     value = fma(b, t(iy + y + 1) - t(iy + y), t(iy + y))
  *
- * Where a is 0 the right neighbours are not read (t is I), where b is 0 the lower ones are not (the value is t). Source
+ * Where a is 0 the right neighbours are not read (t is I), where b is 0 the lower ones are not (the value is t). 8u and
+ * 16u patches are rounded to nearest, halves to even; Sfs: the value times 2^-scaleFactor, likewise, saturated. Source
  * and destination must not overlap.
  *
- * Intersect: only pixels whose samples lie inside the image are written. Column x of the patch is inside when
+ * CopySubpix fills the whole patch: the image is continued by its edge, columns and rows each on their own.
+ *
+ * CopySubpixIntersect: only pixels whose samples lie inside the image are written. Column x of the patch is inside when
  * ix + x >= 0 and ix + x (+ 1 where a > 0) <= srcRoi.width - 1, rows likewise; min and max receive the first and the
  * last column and row inside.
  *
- * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (srcRoi, then dstRoi); StatusBadStep;
- * StatusStepNotMultiple; StatusOutOfRange (a coordinate of the centre is not finite or beyond 1e9 on either side);
- * StatusError (no column or no row is inside; nothing is written). */
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (srcRoi, then dstRoi); StatusBadStep (src,
+ * then dst); StatusStepNotMultiple (of 16-bit and 32-bit images); StatusOutOfRange (a coordinate of the centre is not
+ * finite or beyond 1e9 on either side, then scaleFactor outside -16..16); Intersect: StatusError (no column or no row
+ * is inside; nothing is written). */
+StatusCode rvxiCopySubpix_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint8_t *dst, int32_t dstStep,
+                                 RoiSize dstRoi, Point2f centre);
+StatusCode rvxiCopySubpix_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
+                                    RoiSize dstRoi, Point2f centre);
+StatusCode rvxiCopySubpix_16u_C1R(const uint16_t *src, int32_t srcStep, RoiSize srcRoi, uint16_t *dst, int32_t dstStep,
+                                  RoiSize dstRoi, Point2f centre);
+StatusCode rvxiCopySubpix_16u32f_C1R(const uint16_t *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
+                                     RoiSize dstRoi, Point2f centre);
+StatusCode rvxiCopySubpix_32f_C1R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
+                                  RoiSize dstRoi, Point2f centre);
+StatusCode rvxiCopySubpix_8u16u_C1RSfs(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint16_t *dst,
+                                       int32_t dstStep, RoiSize dstRoi, Point2f centre, int32_t scaleFactor);
+StatusCode rvxiCopySubpixIntersect_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint8_t *dst,
+                                          int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min, Point2i *max);
+StatusCode rvxiCopySubpixIntersect_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, float *dst,
+                                             int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min,
+                                             Point2i *max);
+StatusCode rvxiCopySubpixIntersect_16u_C1R(const uint16_t *src, int32_t srcStep, RoiSize srcRoi, uint16_t *dst,
+                                           int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min, Point2i *max);
+StatusCode rvxiCopySubpixIntersect_16u32f_C1R(const uint16_t *src, int32_t srcStep, RoiSize srcRoi, float *dst,
+                                              int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min,
+                                              Point2i *max);
 StatusCode rvxiCopySubpixIntersect_32f_C1R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst,
                                            int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min, Point2i *max);
+StatusCode rvxiCopySubpixIntersect_8u16u_C1RSfs(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint16_t *dst,
+                                                int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min,
+                                                Point2i *max, int32_t scaleFactor);
 
 /* ----------------------------------------------------------------------------------------------------- Optical flow */
 
