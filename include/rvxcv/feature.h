@@ -181,8 +181,8 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
  *     2: (0,-2) (1,-2) (2,-1) (2,0) (2,1) (1,2) (0,2) (-1,2) (-2,1) (-2,0) (-2,-1) (-1,-2)
  *     3: (0,-3) (1,-3) (2,-2) (3,-1) (3,0) (3,1) (2,2) (1,3) (0,3) (-1,3) (-2,2) (-3,1) (-3,0) (-3,-1) (-2,-2) (-1,-3)
  *
- * `arc` is the number of neighbouring points of the closed circle that must agree: 5..8, 7..12 or 9..16. The contrast of
- * such a run is the larger of min(I(q) - I(p)) and min(I(p) - I(q)) over its points q, the score S of the pixel the
+ * `arc` is the number of neighbouring points of the closed circle that must agree: 5..8, 7..12 or 9..16. The contrast
+ * of such a run is the larger of min(I(q) - I(p)) and min(I(p) - I(q)) over its points q, the score S of the pixel the
  * largest contrast of all runs, at least 0. A pixel is a corner when S > threshold: S - 1 is the largest threshold at
  * which it still is one, and S does not depend on the threshold. Pixels nearer than the radius to an edge of the region
  * are no corners. */
@@ -197,8 +197,8 @@ typedef struct FastCorner {
     int32_t score; /* the map's value, 1..255 */
 } FastCorner;
 
-/* Filled by Init; the fields may be read, not written. It stands at a multiple of 8, may be copied, and serves images of
- * any size, in several threads at once. */
+/* Filled by Init; the fields may be read, not written. It stands at a multiple of 8, may be copied, and serves images
+ * of any size, in several threads at once. */
 typedef struct FastNSpec {
     int32_t tag; /* 0x4b617390 */
     int32_t radius, points, arc;
@@ -215,8 +215,8 @@ StatusCode rvxiFastNGetSize_8u_C1R(int32_t radius, int32_t arc, int32_t *specSiz
  * then arc); StatusBadThreshold (threshold below 0). */
 StatusCode rvxiFastNInit_8u_C1R(int32_t radius, int32_t arc, int32_t threshold, int32_t flags, FastNSpec *spec);
 
-/* Bytes of scratch, with w = width + 2 rounded up to a multiple of 32: 7 w + 64. StatusNullPointer; StatusBadSize (width
- * or height below 1, or a size that does not fit). */
+/* Bytes of scratch, with w = width + 2 rounded up to a multiple of 32: 7 w + 64. StatusNullPointer; StatusBadSize
+ * (width or height below 1, or a size that does not fit). */
 StatusCode rvxiFastNGetBufferSize_8u_C1R(RoiSize roi, int32_t *bufferSize);
 
 /* The map of corners: every pixel of dst is written, with 0 where there is no corner. *count is the number of the
