@@ -127,32 +127,48 @@ template <class T, class Track> void addFlow(bench::Registry &rows, const char *
     });
 }
 
+Point2i corner[2];
+
+// A patch of the whole image, and one of 21x21 inside it (ns/px times 441 is its time).
+template <class S, class D, class Copy, class... More>
+void addCopy(bench::Registry &rows, const std::string &name, Copy copy, More... more) {
+    rows.add(name, {sizeof(S), sizeof(D)}, [=](RoiSize roi) {
+        auto src = bench::image<S>(roi);
+        auto dst = bench::image<D>(roi);
+        const Point2f centre{0.5f * static_cast<float>(roi.width) - 0.25f,
+                             0.5f * static_cast<float>(roi.height) - 0.4f};
+        return [=] { copy(src->data, src->step, roi, dst->data, dst->step, roi, centre, more...); };
+    });
+    rows.add(name + "_inside", {sizeof(S), sizeof(D)},
+             [=](RoiSize roi) {
+                 auto src = bench::image<S>({roi.width + 40, roi.height + 40});
+                 auto dst = bench::image<D>(roi);
+                 const Point2f centre{0.5f * static_cast<float>(roi.width) + 20.3f,
+                                      0.5f * static_cast<float>(roi.height) + 19.7f};
+                 return [=] {
+                     copy(src->data, src->step, {roi.width + 40, roi.height + 40}, dst->data, dst->step, roi, centre,
+                          more...);
+                 };
+             },
+             {{21, 21}});
+}
+
 const bench::Family family([](bench::Registry &rows) {
     // 500 corners, windows of 21, four levels, at most 20 iterations down to 0.01 pixel. (Small images have fewer.)
     addFlow<std::uint8_t>(rows, "OpticalFlowPyrLK_8u_C1R", rvxiOpticalFlowPyrLK_8u_C1R);
     addFlow<std::uint16_t>(rows, "OpticalFlowPyrLK_16u_C1R", rvxiOpticalFlowPyrLK_16u_C1R);
     addFlow<float>(rows, "OpticalFlowPyrLK_32f_C1R", rvxiOpticalFlowPyrLK_32f_C1R);
 
-    rows.add("CopySubpixIntersect_32f_C1R", 8, [](RoiSize roi) {
-        auto src = bench::image<float>(roi), dst = bench::image<float>(roi);
-        const Point2f centre{0.5f * static_cast<float>(roi.width) - 0.25f,
-                             0.5f * static_cast<float>(roi.height) - 0.4f};
-        return [=] {
-            Point2i min, max;
-            rvxiCopySubpixIntersect_32f_C1R(src->data, src->step, roi, dst->data, dst->step, roi, centre, &min, &max);
-        };
-    });
-    // Patches of 21x21: ns/px times 441 is the time of one.
-    rows.add("CopySubpixIntersect_32f_C1R_inside", 8,
-             [](RoiSize roi) {
-                 auto src = bench::image<float>({64, 64}), dst = bench::image<float>(roi);
-                 return [=] {
-                     Point2i min, max;
-                     rvxiCopySubpixIntersect_32f_C1R(src->data, src->step, {64, 64}, dst->data, dst->step, roi,
-                                                     {31.3f, 30.7f}, &min, &max);
-                 };
-             },
-             {{21, 21}});
+    addCopy<std::uint8_t, std::uint8_t>(rows, "CopySubpix_8u_C1R", rvxiCopySubpix_8u_C1R);
+    addCopy<std::uint8_t, float>(rows, "CopySubpix_8u32f_C1R", rvxiCopySubpix_8u32f_C1R);
+    addCopy<std::uint8_t, std::uint16_t>(rows, "CopySubpix_8u16u_C1RSfs", rvxiCopySubpix_8u16u_C1RSfs, -5);
+    addCopy<std::uint16_t, std::uint16_t>(rows, "CopySubpix_16u_C1R", rvxiCopySubpix_16u_C1R);
+    addCopy<std::uint16_t, float>(rows, "CopySubpix_16u32f_C1R", rvxiCopySubpix_16u32f_C1R);
+    addCopy<float, float>(rows, "CopySubpix_32f_C1R", rvxiCopySubpix_32f_C1R);
+    Point2i *const corners = corner;
+    addCopy<std::uint8_t, std::uint8_t>(rows, "CopySubpixIntersect_8u_C1R", rvxiCopySubpixIntersect_8u_C1R, corners,
+                                        corners + 1);
+    addCopy<float, float>(rows, "CopySubpixIntersect_32f_C1R", rvxiCopySubpixIntersect_32f_C1R, corners, corners + 1);
 });
 
 } // namespace

@@ -53,24 +53,39 @@ inline SubpixAxis subpixAxis(double centre, std::int64_t size) {
     return {static_cast<std::int64_t>(whole), static_cast<float>(origin - whole)};
 }
 
-namespace detail {
+// A part of the way from the first to the second.
+RVX_INLINE F32x8 between(F32x8 part, F32x8 first, F32x8 second) { return fma(part, sub(second, first), first); }
 
-RVX_INLINE void storeSample(float *dst, F32x8 value, Full span) { store(dst, value, span); }
-RVX_INLINE void storeSample(float *dst, F32x8 value, Part span) { store(dst, value, span); }
+// What becomes of a sample before it is stored, in a narrow type to nearest even.
+struct AsItIs {
+    RVX_INLINE F32x8 operator()(F32x8 sample) const { return sample; }
+};
+struct Scaled {
+    F32x8 factor;
+    RVX_INLINE F32x8 operator()(F32x8 sample) const { return mul(sample, factor); }
+};
+
+template <class Span> RVX_INLINE void storeSample(float *dst, F32x8 value, Span span) { store(dst, value, span); }
+template <class D, class Span> RVX_INLINE void storeSample(D *dst, F32x8 value, Span span) {
+    storeNarrow(dst, roundToEven(value), span);
+}
+
+namespace detail {
 
 // Some rows of samples, down in every block of columns, so that the columns of a source row are joined once for the
 // samples above and below it.
-template <class S, class D, bool right, bool below> struct SampleRows {
+template <class S, class D, bool right, bool below, class Rule> struct SampleRows {
     static constexpr bool rereads = false; // an image and its samples do not overlap
     const S *src;
     D *dst;
     std::int64_t srcStep, dstStep, rows;
     F32x8 a, b;
+    Rule rule;
 
     template <class Span> static RVX_INLINE F32x8 joined(const S *row, F32x8 a, Span span) {
         const F32x8 left = loadF32(row, span);
         if constexpr (right) {
-            return fma(a, sub(loadF32(row + 1, span), left), left);
+            return between(a, left, loadF32(row + 1, span));
         } else {
             return left;
         }
@@ -84,13 +99,13 @@ template <class S, class D, bool right, bool below> struct SampleRows {
             in = byteOffset(in, srcStep);
             if constexpr (below) {
                 const F32x8 lower = joined(in, across, span);
-                storeSample(out, fma(down, sub(lower, upper), upper), span);
+                storeSample(out, rule(between(down, upper, lower)), span);
                 if (y == rows) {
                     return;
                 }
                 upper = lower;
             } else {
-                storeSample(out, upper, span);
+                storeSample(out, rule(upper), span);
                 if (y == rows) {
                     return;
                 }
@@ -101,29 +116,36 @@ template <class S, class D, bool right, bool below> struct SampleRows {
     }
 };
 
-template <class S, class D, bool right, bool below>
-void sampleRows(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b) {
+template <class S, class D, bool right, bool below, class Rule>
+void sampleRows(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b,
+                Rule rule) {
     // A small patch in one go; of a wide one few rows at a time, which the processor can follow.
     const std::int64_t block = columns <= 64 ? rows : 4;
     for (std::int64_t y = 0; y < rows; y += block) {
-        walkRow<8, Tail::overlap>(columns,
-                                  SampleRows<S, D, right, below>{src.row(y), dst.row(y), src.step, dst.step,
-                                                                 std::min(rows - y, block), splat(a), splat(b)});
+        walkRow<8, Tail::overlap>(columns, SampleRows<S, D, right, below, Rule>{src.row(y), dst.row(y), src.step,
+                                                                                dst.step, std::min(rows - y, block),
+                                                                                splat(a), splat(b), rule});
     }
 }
 
 } // namespace detail
 
-// columns x rows samples; src is at the pixel of the first one.
-template <class S, class D>
-void samplePatch(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b) {
+// Calls function(whether the right neighbour counts, whether the lower one does), both as constants.
+template <class Function> void withNeighbours(float a, float b, const Function &function) {
     if (a > 0.0f) {
-        b > 0.0f ? detail::sampleRows<S, D, true, true>(src, dst, columns, rows, a, b)
-                 : detail::sampleRows<S, D, true, false>(src, dst, columns, rows, a, b);
+        b > 0.0f ? function(std::true_type{}, std::true_type{}) : function(std::true_type{}, std::false_type{});
     } else {
-        b > 0.0f ? detail::sampleRows<S, D, false, true>(src, dst, columns, rows, a, b)
-                 : detail::sampleRows<S, D, false, false>(src, dst, columns, rows, a, b);
+        b > 0.0f ? function(std::false_type{}, std::true_type{}) : function(std::false_type{}, std::false_type{});
     }
+}
+
+// columns x rows samples; src is at the pixel of the first one.
+template <class S, class D, class Rule = AsItIs>
+void samplePatch(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b,
+                 Rule rule = {}) {
+    withNeighbours(a, b, [&]<class Right, class Below>(Right, Below) {
+        detail::sampleRows<S, D, Right::value, Below::value>(src, dst, columns, rows, a, b, rule);
+    });
 }
 
 } // namespace rvxcv

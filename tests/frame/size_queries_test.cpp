@@ -76,6 +76,7 @@ const Shape shapes[] = {
     {"rvxiHarrisCorner", roiApertureAndBlock},
     {"rvxiLineSuppression", roiApertureAndBlock},
     {"rvxiFindPeaks", widthOnly, false},
+    {"rvxiFastN", roiOnly},
     {"rvxiHoughLine", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), degrees, s.side, a); }},
     {"rvxiHoughProbLine", [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), degrees, a, b); }},
     {"rvxiPyrDown", floatsOfWidth, false},
@@ -109,7 +110,8 @@ std::vector<std::string> listedQueries() {
     std::vector<std::string> names;
     for (std::string line; std::getline(list, line);) {
         std::smatch match;
-        if (std::regex_match(line, match, query)) {
+        // This one takes no size.
+        if (std::regex_match(line, match, query) && match[1] != "rvxiFastNGetSize_8u_C1R") {
             names.push_back(match[1]);
         }
     }
