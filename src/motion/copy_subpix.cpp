@@ -4,7 +4,6 @@
 #include "frame/api.h"
 #include "kernel/checks.h"
 #include "motion/subpix.h"
-#include "motion/subpix_strip.h"
 
 namespace rvxcv {
 namespace {
@@ -90,7 +89,8 @@ private:
         D *dst;
         F32x8 value;
         template <class Span> RVX_INLINE void operator()(std::ptrdiff_t x, Span span) const {
-            storeSample(dst + x, value, span);
+            const F32x8 samples[] = {value};
+            storeSamples(dst + x, samples, span);
         }
     };
     // Every column has the sample between a pixel of the edge and the same one again, by the formula: it is no number
@@ -118,22 +118,7 @@ private:
     void sampleRows(Interval columns, Interval rows, std::int64_t j, std::int64_t step) const {
         const Plane<const S> src{src_.row(j) + x_.index + columns.first, step};
         const Plane<D> dst{dst_.row(rows.first) + columns.first, dst_.step};
-        const float a = x_.fraction, b = y_.fraction;
-        using Sampler = StripSampler<S, D>;
-        if (columns.count() <= Sampler::narrowest) {
-            samplePatch(src, dst, columns.count(), rows.count(), a, b, rule_);
-            return;
-        }
-        const std::int64_t strips = (columns.count() + Sampler::widest - 1) / Sampler::widest;
-        Sampler sampler(a, b);
-        withNeighbours(a, b, [&]<class Right, class Below>(Right, Below) {
-            for (std::int64_t i = 0; i < strips; ++i) {
-                const std::int64_t first = columns.count() * i / strips, end = columns.count() * (i + 1) / strips;
-                sampler.template sample<Right::value, Below::value>(Plane<const S>{src.base + first, step},
-                                                                    Plane<D>{dst.base + first, dst.step}, end - first,
-                                                                    rows.count(), rule_);
-            }
-        });
+        samplePatch(src, dst, columns.count(), rows.count(), x_.fraction, y_.fraction, rule_);
     }
 
     Plane<const S> src_;

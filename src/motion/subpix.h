@@ -65,16 +65,28 @@ struct Scaled {
     RVX_INLINE F32x8 operator()(F32x8 sample) const { return mul(sample, factor); }
 };
 
-template <class Span> RVX_INLINE void storeSample(float *dst, F32x8 value, Span span) { store(dst, value, span); }
-template <class D, class Span> RVX_INLINE void storeSample(D *dst, F32x8 value, Span span) {
-    storeNarrow(dst, roundToEven(value), span);
+template <class Span> RVX_INLINE void storeSamples(float *dst, const F32x8 (&v)[1], Span span) {
+    store(dst, v[0], span);
+}
+template <class D, class Span> RVX_INLINE void storeSamples(D *dst, const F32x8 (&v)[1], Span span) {
+    storeNarrow(dst, roundToEven(v[0]), span);
+}
+// As many as fill a vector of a narrow type.
+RVX_INLINE void storeSamples(std::uint16_t *dst, const F32x8 (&v)[2], Full) {
+    store(dst, narrowSaturatedUnsigned(roundToEven(v[0]), roundToEven(v[1])));
+}
+RVX_INLINE void storeSamples(std::uint8_t *dst, const F32x8 (&v)[4], Full) {
+    const I16x16 low = narrowInLane(roundToEven(v[0]), roundToEven(v[1]));
+    const I16x16 high = narrowInLane(roundToEven(v[2]), roundToEven(v[3]));
+    const I32x8 inOrder = fromPackedBytes(0x0703060205010400);
+    store(dst, U8x32{{permuted(I32x8{{narrowUnsignedInLane(low, high).v}}, inOrder).v}});
 }
 
 namespace detail {
 
 // Some rows of samples, down in every block of columns, so that the columns of a source row are joined once for the
-// samples above and below it.
-template <class S, class D, bool right, bool below, class Rule> struct SampleRows {
+// samples above and below it. A block is a vector of samples, or several.
+template <class S, class D, bool right, bool below, class Rule, int vectors = 1> struct SampleRows {
     static constexpr bool rereads = false; // an image and its samples do not overlap
     const S *src;
     D *dst;
@@ -94,37 +106,60 @@ template <class S, class D, bool right, bool below, class Rule> struct SampleRow
         const S *in = src + x;
         D *out = dst + x;
         const F32x8 across = a, down = b;
-        F32x8 upper = joined(in, across, span);
+        F32x8 upper[vectors], sample[vectors];
+        const auto takeUpper = [&] {
+#pragma GCC unroll 4
+            for (int i = 0; i < vectors; ++i) {
+                upper[i] = joined(in + 8 * i, across, span);
+            }
+        };
+        takeUpper();
         for (std::int64_t y = 1;; ++y) {
             in = byteOffset(in, srcStep);
-            if constexpr (below) {
-                const F32x8 lower = joined(in, across, span);
-                storeSample(out, rule(between(down, upper, lower)), span);
-                if (y == rows) {
-                    return;
+#pragma GCC unroll 4
+            for (int i = 0; i < vectors; ++i) {
+                if constexpr (below) {
+                    const F32x8 lower = joined(in + 8 * i, across, span);
+                    sample[i] = rule(between(down, upper[i], lower));
+                    upper[i] = lower;
+                } else {
+                    sample[i] = rule(upper[i]);
                 }
-                upper = lower;
-            } else {
-                storeSample(out, rule(upper), span);
-                if (y == rows) {
-                    return;
-                }
-                upper = joined(in, across, span);
+            }
+            storeSamples(out, sample, span);
+            if (y == rows) {
+                return;
+            }
+            if constexpr (!below) {
+                takeUpper();
             }
             out = byteOffset(out, dstStep);
         }
     }
 };
 
+// A small patch goes through in one go; a wide one a few rows at a time, which the processor can follow.
+constexpr std::int64_t smallWidth = 64, rowsOfWide = 8;
+
 template <class S, class D, bool right, bool below, class Rule>
 void sampleRows(Plane<const S> src, Plane<D> dst, std::int64_t columns, std::int64_t rows, float a, float b,
                 Rule rule) {
-    // A small patch in one go; of a wide one few rows at a time, which the processor can follow.
-    const std::int64_t block = columns <= 64 ? rows : 4;
+    constexpr int lanes = 32 / static_cast<int>(sizeof(D));
+    const bool wide = columns > smallWidth;
+    const std::int64_t block = wide ? rowsOfWide : rows;
+    const auto rowsFrom = [&]<int vectors>(std::int64_t y, std::integral_constant<int, vectors>) {
+        return SampleRows<S, D, right, below, Rule, vectors>{
+            src.row(y), dst.row(y), src.step, dst.step, std::min(rows - y, block), splat(a), splat(b), rule};
+    };
     for (std::int64_t y = 0; y < rows; y += block) {
-        walkRow<8, Tail::overlap>(columns, SampleRows<S, D, right, below, Rule>{src.row(y), dst.row(y), src.step,
-                                                                                dst.step, std::min(rows - y, block),
-                                                                                splat(a), splat(b), rule});
+        if (lanes == 8 || !wide) {
+            walkRow<8, Tail::overlap>(columns, rowsFrom(y, std::integral_constant<int, 1>{}));
+            continue;
+        }
+        const auto sample = rowsFrom(y, std::integral_constant<int, lanes / 8>{});
+        for (std::int64_t x = 0; x < columns; x += lanes) {
+            sample(std::min(x, columns - lanes), Full{});
+        }
     }
 }
 
