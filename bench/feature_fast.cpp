@@ -1,4 +1,5 @@
-// Benchmarks of FAST corners. The scene has 1 % of corners at the thresholds used here, before suppression.
+// Benchmarks of FAST corners. At the threshold of 20, with radius 3 and arc 9, 0.75 % of the scene are corners, 0.36 %
+// after suppression.
 #include "harness.h"
 
 #include <cstring>
@@ -43,12 +44,12 @@ void addList(bench::Registry &rows, const char *name, std::uint32_t oneIn) {
 }
 
 const bench::Family family([](bench::Registry &rows) {
-    addFast(rows, "FastN_8u_C1R_radius3_arc9_suppressed", 3, 9, 30, FastScore | FastNonMax);
-    addFast(rows, "FastN_8u_C1R_radius3_arc9_scores", 3, 9, 30, FastScore);
-    addFast(rows, "FastN_8u_C1R_radius3_arc9", 3, 9, 30, 0);
+    addFast(rows, "FastN_8u_C1R_radius3_arc9_suppressed", 3, 9, 20, FastScore | FastNonMax);
+    addFast(rows, "FastN_8u_C1R_radius3_arc9_scores", 3, 9, 20, FastScore);
+    addFast(rows, "FastN_8u_C1R_radius3_arc9", 3, 9, 20, 0);
     addFast(rows, "FastN_8u_C1R_radius3_arc12_suppressed", 3, 12, 20, FastScore | FastNonMax);
-    addFast(rows, "FastN_8u_C1R_radius2_arc7_suppressed", 2, 7, 30, FastScore | FastNonMax);
-    addFast(rows, "FastN_8u_C1R_radius1_arc5_suppressed", 1, 5, 30, FastScore | FastNonMax);
+    addFast(rows, "FastN_8u_C1R_radius2_arc7_suppressed", 2, 7, 20, FastScore | FastNonMax);
+    addFast(rows, "FastN_8u_C1R_radius1_arc5_suppressed", 1, 5, 20, FastScore | FastNonMax);
     addFast(rows, "FastN_8u_C1R_radius3_arc9_everywhere", 3, 9, 0, FastScore | FastNonMax);
     addList(rows, "FastN2DToVec_8u_C1R", 100);
     addList(rows, "FastN2DToVec_8u_C1R_dense", 4);

@@ -6,7 +6,7 @@
 namespace tools {
 namespace {
 
-constexpr const char *minEigenvalue = "min-eigenvalue", *harris = "harris";
+constexpr const char *minEigenvalue = "min-eigenvalue", *harris = "harris", *fast = "fast";
 
 std::vector<float> cornerMeasure(const Image &grey, const CornerSettings &settings) {
     constexpr std::int32_t aperture = 3;
@@ -57,6 +57,32 @@ std::vector<Corner> measuredCorners(const Image &grey, const CornerSettings &set
     return peaksOf(measure, grey.roi(), settings.quality * best);
 }
 
+std::vector<Corner> fastCorners(const Image &grey, const CornerSettings &settings) {
+    FastNSpec spec;
+    check(rvxiFastNInit_8u_C1R(3, settings.arc, settings.threshold, FastScore | FastNonMax, &spec), "FastNInit");
+    std::int32_t size = 0, count = 0;
+    check(rvxiFastNGetBufferSize_8u_C1R(grey.roi(), &size), "FastNGetBufferSize");
+    std::vector<std::uint8_t> scratch(static_cast<std::size_t>(size));
+    Image map(grey.width, grey.height, 1);
+    check(rvxiFastN_8u_C1R(grey.data(), grey.step(), map.data(), map.step(), grey.roi(), &count, &spec, scratch.data()),
+          "FastN");
+    std::vector<FastCorner> found(static_cast<std::size_t>(std::max(count, 1)));
+    check(rvxiFastN2DToVec_8u_C1R(map.data(), map.step(), map.roi(), found.data(),
+                                  static_cast<std::int32_t>(found.size()), &count),
+          "FastN2DToVec");
+    const auto end = found.begin() + count;
+    const auto weaker = [](const FastCorner &a, const FastCorner &b) { return a.score < b.score; };
+    const float best = count > 0 ? static_cast<float>(std::max_element(found.begin(), end, weaker)->score) : 0.0f;
+    std::vector<Corner> corners;
+    std::for_each(found.begin(), end, [&](const FastCorner &corner) {
+        const auto strength = static_cast<float>(corner.score);
+        if (strength > settings.quality * best) {
+            corners.push_back({{corner.x, corner.y}, strength});
+        }
+    });
+    return corners;
+}
+
 // The strongest corners; of two that are closer than the distance the stronger one, and none that is close to a taken
 // point.
 std::vector<Corner> strongest(std::vector<Corner> corners, const CornerSettings &settings, std::vector<Point2f> taken) {
@@ -84,7 +110,9 @@ std::vector<Corner> strongest(std::vector<Corner> corners, const CornerSettings 
 } // namespace
 
 void addCornerOptions(Command &command, CornerSettings &settings) {
-    command.option("--method", settings.method, "What measures a corner").oneOf({minEigenvalue, harris}).showDefault();
+    command.option("--method", settings.method, "What measures a corner")
+        .oneOf({minEigenvalue, harris, fast})
+        .showDefault();
     command.option("--count", settings.count, "Most corners to keep").range(1, 1000000).showDefault();
     command.option("--quality", settings.quality, "Least strength, as a part of the strongest corner's")
         .range(0.0, 1.0)
@@ -92,14 +120,23 @@ void addCornerOptions(Command &command, CornerSettings &settings) {
     command.option("--distance", settings.distance, "Least distance between corners, in pixels")
         .range(0.0, 1e6)
         .showDefault();
-    command.option("--block", settings.block, "Side of the block around each pixel").oneOf({3, 5}).showDefault();
+    command.option("--block", settings.block, "Side of the block around each pixel (not with fast)")
+        .oneOf({3, 5})
+        .showDefault();
+    command.option("--threshold", settings.threshold, "fast: by how much a run of points has to differ from the pixel")
+        .range(0, 254)
+        .showDefault();
+    command.option("--arc", settings.arc, "fast: points of such a run, of sixteen on a circle")
+        .range(9, 16)
+        .showDefault();
 }
 
 std::vector<Corner> findCorners(const Image &grey, const CornerSettings &settings, const std::vector<Point2f> &taken) {
     if (grey.width < 3 || grey.height < 3) { // no pixel has eight neighbours
         return {};
     }
-    return strongest(measuredCorners(grey, settings), settings, taken);
+    return strongest(settings.method == fast ? fastCorners(grey, settings) : measuredCorners(grey, settings), settings,
+                     taken);
 }
 
 } // namespace tools

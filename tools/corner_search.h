@@ -1,5 +1,5 @@
-// The points of a grey picture that can be tracked best: the peaks of a corner measure, as long as they are strong
-// enough and far enough from every stronger one.
+// The points of a grey picture that can be tracked best: the peaks of a corner measure or FAST corners, as long as they
+// are strong enough and far enough from every stronger one.
 #pragma once
 
 #include "image.h"
@@ -8,11 +8,13 @@
 namespace tools {
 
 struct CornerSettings {
-    std::string method = "min-eigenvalue"; // what measures a corner: that (Shi and Tomasi), or harris
+    std::string method = "min-eigenvalue"; // what measures a corner: that (Shi and Tomasi), harris or fast
     std::size_t count = 200;               // most corners to keep
     float quality = 0.01f;                 // least strength, as a part of the strongest corner's
     double distance = 10;                  // least distance between corners, in pixels
-    int block = 3;                         // side of the block around each pixel: 3 or 5
+    int block = 3;                         // side of the block around each pixel: 3 or 5; not with fast
+    int threshold = 20;                    // fast: by how much a run of points differs from the pixel
+    int arc = 9;                           // fast: how many points of sixteen a run has
 };
 
 void addCornerOptions(Command &command, CornerSettings &settings);

@@ -3,9 +3,8 @@
 //     max(min over the run of I(q) - I(p), I(p) - max over the run of I(q))
 //
 // so the score is max(bright - I(p), I(p) - dark), saturated at 0, where `bright` is the largest minimum of all runs
-// and `dark` the smallest maximum: everything stays in unsigned bytes. Runs are longer than half of the circle, so a
-// run holds at least one of any two opposite points. Most pixels fall out because neither of two opposite points is
-// bright enough and one of two is not dark enough; the runs are looked at where a block of pixels has one that is left.
+// and `dark` the smallest maximum: everything stays in unsigned bytes. Runs are longer than half of the circle, so
+// four points of it tell that most pixels are no corners; the runs are looked at where a block of pixels has one left.
 //
 // A corner map goes straight to the destination; with suppression three rows of scores roll in the scratch buffer.
 #include "frame/api.h"
@@ -50,10 +49,12 @@ public:
     RVX_INLINE CircleBlock(const std::uint8_t *const *rows, std::ptrdiff_t x)
         : rows_(rows), x_(x), pixel_(load<U8x32>(rows[radius] + x)) {}
 
-    // No score is above this: of the opposite pairs from points first, first + 1 ...
-    template <int... first> RVX_INLINE U8x32 bound() const {
-        return contrast(joined<Brighter>(Brighter::ofRuns(point<first>(), point<first + half>())...),
-                        joined<Darker>(Darker::ofRuns(point<first>(), point<first + half>())...));
+    // No score is above this, since of four points at quarters of the circle a run holds two neighbours, or three when
+    // it is longer than three quarters.
+    template <int first> RVX_INLINE U8x32 bound() const {
+        const U8x32 q[4] = {point<first>(), point<first + half / 2>(), point<first + half>(),
+                            point<first + half + half / 2>()};
+        return contrast(boundOf<Brighter>(q), boundOf<Darker>(q));
     }
     RVX_INLINE U8x32 score() const {
         return [&]<int... i>(std::integer_sequence<int, i...>) {
@@ -70,6 +71,14 @@ private:
     }
     RVX_INLINE U8x32 contrast(U8x32 bright, U8x32 dark) const {
         return max(subSaturated(bright, pixel_), subSaturated(pixel_, dark));
+    }
+    template <class Kind> static RVX_INLINE U8x32 boundOf(const U8x32 (&q)[4]) {
+        const U8x32 two = Kind::inRun(Kind::ofRuns(q[0], q[2]), Kind::ofRuns(q[1], q[3]));
+        if constexpr (arc < 3 * (points / 4)) {
+            return two;
+        } else {
+            return Kind::inRun(two, Kind::ofRuns(Kind::inRun(q[0], q[2]), Kind::inRun(q[1], q[3])));
+        }
     }
     template <class Kind, class... V> static RVX_INLINE U8x32 joined(U8x32 first, V... more) {
         ((first = Kind::inRun(first, more)), ...);
@@ -139,14 +148,17 @@ RVX_INLINE U8x32 zeroLanes(U8x32 a) { return equal(a, splat(std::uint8_t{0})); }
 // The marks of `columns` pixels, at least a vector of them, all of which have a circle; tells how many are corners.
 template <int radius, int arc>
 std::int64_t markRow(const std::uint8_t *const *rows, std::int64_t columns, std::uint8_t *out, const Marking &marking) {
-    constexpr int quarter = pointsOf(radius) / 4;
     const U8x32 threshold = marking.threshold, fill = marking.fill;
     std::int64_t count = 0;
     for (std::int64_t x = 0; x < columns; x += 32) {
         const std::int64_t at = std::min(x, columns - 32); // the last block is moved back
         const CircleBlock<radius, arc> block(rows, at);
         U8x32 marks = splat(std::uint8_t{0});
-        if (anyBit(subSaturated(block.template bound<0, quarter>(), threshold))) {
+        U8x32 bound = block.template bound<0>();
+        if (anyBit(subSaturated(bound, threshold))) {
+            bound = min(bound, block.template bound<(radius + 1) / 2>());
+        }
+        if (anyBit(subSaturated(bound, threshold))) {
             const U8x32 score = block.score(), none = zeroLanes(subSaturated(score, threshold));
             marks = bitAndNot(bitOr(score, fill), none);
             count += std::popcount(~laneBits(none) >> (x - at));

@@ -62,7 +62,7 @@ TEST_P(CornerMethod, FindsTheRectanglesFour) {
         EXPECT_LT(drawn.pixel(corner.x + 5, corner.y)[0], 100) << "the ring has a dark outline";
     }
 }
-INSTANTIATE_TEST_SUITE_P(All, CornerMethod, testing::Values("min-eigenvalue", "harris"));
+INSTANTIATE_TEST_SUITE_P(All, CornerMethod, testing::Values("min-eigenvalue", "harris", "fast"));
 
 TEST(Corners, CountDistanceAndQualityAreKept) {
     const program::Folder folder;
@@ -85,12 +85,33 @@ TEST(Corners, CountDistanceAndQualityAreKept) {
     }
 }
 
+TEST(Corners, FastThresholdAndArc) {
+    const program::Folder folder;
+    Image image(60, 40, 1);
+    *image.pixel(20, 20) = 90; // a point: every run of the circle differs by 90
+    for (int y = 0; y < 40; ++y) {
+        *image.pixel(45, y) = 200; // a line: two runs of seven
+    }
+    writeImage(folder / "a.png", image);
+    const auto find = [&](const std::string &options) {
+        return parseCsv(run("corners " + folder / "a.png" + " --csv --method fast " + options).output);
+    };
+    const auto points = find("--threshold 89 --arc 16");
+    ASSERT_EQ(points.size(), 1u);
+    EXPECT_TRUE(points[0].x == 20 && points[0].y == 20 && points[0].strength == 90);
+    EXPECT_TRUE(find("--threshold 90").empty());
+    EXPECT_EQ(run("corners " + folder / "a.png" + " --csv --method fast --arc 8").exitCode, 2);
+}
+
 TEST(Corners, EdgesOfUse) {
     const program::Folder folder;
     writeImage(folder / "flat.png", Image(20, 20, 3));
     writeImage(folder / "tiny.png", Image(2, 1, 1));
     EXPECT_TRUE(parseCsv(run("corners " + folder / "flat.png" + " --csv").output).empty());
-    EXPECT_TRUE(parseCsv(run("corners " + folder / "tiny.png" + " --csv --method harris").output).empty());
+    for (const std::string method : {"harris", "fast"}) {
+        EXPECT_TRUE(parseCsv(run("corners " + folder / "tiny.png" + " --csv --method " + method).output).empty());
+        EXPECT_TRUE(parseCsv(run("corners " + folder / "flat.png" + " --csv --method " + method).output).empty());
+    }
     EXPECT_EQ(run("corners " + folder / "flat.png").exitCode, 1) << "neither a picture nor a list";
     EXPECT_EQ(run("corners " + folder / "flat.png" + " --csv --block 4").exitCode, 2);
     EXPECT_EQ(run("corners " + folder / "flat.png" + " --csv --method sharp").exitCode, 2);
