@@ -85,7 +85,7 @@ done
 show corners-harris.png "corners by the Harris measure"
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
-"$bin" corners "$picture" -o "$out/corners-fast.png" --method fast --count 1000 --distance 5
+"$bin" corners "$picture" -o "$out/corners-fast.png" --method fast --count 300 --distance 8
 show corners-fast.png "FAST corners: where a run of points around a pixel is brighter or darker"
 
 # A wide-angle lens, in pixels of the pictures that it bends.

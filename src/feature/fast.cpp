@@ -50,7 +50,7 @@ public:
         : rows_(rows), x_(x), pixel_(load<U8x32>(rows[radius] + x)) {}
 
     // No score is above this, since of four points at quarters of the circle a run holds two neighbours, or three when
-    // it is longer than three quarters.
+    // it is three quarters long or longer.
     template <int first> RVX_INLINE U8x32 bound() const {
         const U8x32 q[4] = {point<first>(), point<first + half / 2>(), point<first + half>(),
                             point<first + half + half / 2>()};

@@ -49,9 +49,13 @@ TEST_P(CornerMethod, FindsTheRectanglesFour) {
     ASSERT_EQ(result.exitCode, 0) << result.output;
     const auto corners = parseCsv(result.output);
     ASSERT_EQ(corners.size(), 4u) << result.output;
+    // Pixels beside a corner score as much as it does, and FAST keeps the first of them.
+    const int within = std::string(GetParam()) == "fast" ? 2 : 1;
     for (const int x : {16, 47}) {
         for (const int y : {12, 35}) {
-            const auto near = [&](const Corner &c) { return std::abs(c.x - x) <= 1 && std::abs(c.y - y) <= 1; };
+            const auto near = [&](const Corner &c) {
+                return std::abs(c.x - x) <= within && std::abs(c.y - y) <= within;
+            };
             EXPECT_EQ(std::count_if(corners.begin(), corners.end(), near), 1) << x << " " << y;
         }
     }
