@@ -253,6 +253,78 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u_C1R(RoiSize roi, int32_t *bufferSize
 StatusCode rvxiLabelMarkersGetBufferSize_16u_C1R(RoiSize roi, int32_t *bufferSize);
 StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferSize);
 
+/* ------------------------------------------------------------------------------------- Fast marching and inpainting */
+
+/* When a front that starts from the zero pixels of an 8-bit image and moves one pixel per unit of time arrives at every
+ * pixel (J. Sethian, A fast marching level set method for monotonically advancing fronts, PNAS 93(4), 1996; first
+ * order). T is 0 where src is 0; those pixels are accepted from the start. The other pixels wait. When one of its four
+ * neighbours is accepted, a waiting pixel takes the smaller of its T and the value that follows, in single precision,
+ * from a, the smallest T of the accepted ones among left and right, and b, that among above and below:
+ *
+ *   one of them without an accepted pixel, or |a - b| >= 1:  the smaller one + 1
+ *   otherwise:  max(a, b, 0.5 ((a + b) + sqrt(2 - (a - b) (a - b))))
+ *
+ * The waiting pixel with the smallest T is accepted next, of equal ones the first in the order of rows and columns, so
+ * that every bit of the result is fixed. Distances from a straight edge are exact; from a single zero they lie between
+ * the Euclidean distance and 1.21 times that, and nowhere above the city-block distance (up to rounding). Without a zero
+ * pixel every result is 3.4028235e38.
+ *
+ * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (dstStep). */
+StatusCode rvxiFastMarching_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                      uint8_t *buffer);
+
+/* Bytes of its scratch buffer, which may start at any address: 8 (width + 2) (height + 2) + 4 width height + 64.
+ * StatusNullPointer, StatusBadSize. */
+StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferSize);
+
+/* Repairs a picture: fills the hole, the pixels whose mask byte is not zero, from the pixels around it, and copies the
+ * others. dst may be src (with the same step) and must not overlap it otherwise. The hole's pixels of src have no effect
+ * on the result, unless the hole is everything: then dst is src. Channels are treated alike and independently. The
+ * arithmetic is that of single precision; 8u results are rounded to nearest even and saturated at the end.
+ *
+ * InpaintMarch (A. Telea, An image inpainting technique based on the fast marching method, Journal of Graphics Tools
+ * 9(1), 2004) fills the hole's pixels one by one, in the order in which the fast march from the known pixels accepts
+ * them. T is the march's time, 0 at known pixels. The difference of a plane f at p along an axis over the known
+ * neighbours is half the difference of the two, or the difference of the one and f(p), or 0. Each known pixel q has a
+ * gradient (gx, gy): the differences of the picture over known pixels, taken before anything is filled, and for filled
+ * pixels the one given below. With (nx, ny) the differences of T at p, over all known or filled q with
+ * 0 < dx^2 + dy^2 <= radius^2, where (dx, dy) = q - p and (rx, ry) = p - q:
+ *
+ *   il = (float)(1 / sqrt(dx^2 + dy^2)), il2 = (float)(1 / (dx^2 + dy^2)), both in double
+ *   w  = (max(|fma(rx, nx, ry ny)| il, 1e-6f) il2) / (1 + |T(p) - T(q)|)
+ *   v  = fma(gx, rx, fma(gy, ry, I(q)))
+ *   Sw += w,  Sv = fma(w, v, Sv),  Sx = fma(w, gx, Sx),  Sy = fma(w, gy, Sy)
+ *
+ * I(p) = Sv / Sw, which 8u limits to 0..255, and the gradient of p is (Sx / Sw, Sy / Sw). Each sum has eight lanes that
+ * start at +0: q adds to lane (dx + radius) mod 8, row by row; then lane i takes lane i + 4, then i + 2, then i + 1.
+ * Unlike in the paper there is no march outside of the hole (T is 0 there), and a filled pixel carries the mean gradient
+ * instead of differences of filled values: noise does not grow from ring to ring, and a ramp is restored.
+ *
+ * InpaintDiffusion gives every pixel of the hole the mean of its four neighbours inside the region, the steady state of
+ * the diffusion step of M. Bertalmio, G. Sapiro, V. Caselles and C. Ballester, Image inpainting, SIGGRAPH 2000: a smooth
+ * membrane over the hole. First, in the order of the march, u = ((left + right) + (above + below)) (1.0f / n) over the n
+ * known or filled neighbours, 0 for the others. Then, with L = 3 ceil(largest T) + 1 and, computed in double,
+ * omega = (float)(2 / (1 + sin(pi / (L + 1)))), 2 L sweeps, each over the pixels of the hole with x + y even, then odd:
+ * u = fma(omega, m - u, u), m = ((left + right) + (above + below)) (1.0f / n) over the n neighbours inside the region.
+ * The residual |u - m| ends below 0.002 for values within 0..255 on ordinary holes, below 0.03 around known pixels that
+ * stand alone inside a hole. radius is checked and not used.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple
+ * (32f: srcStep, dstStep), StatusBadArgument (method), StatusOutOfRange (radius outside 1..100). */
+StatusCode rvxiInpaint_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, uint8_t *dst,
+                               int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
+StatusCode rvxiInpaint_8u_C3MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, uint8_t *dst,
+                               int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
+StatusCode rvxiInpaint_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *dst,
+                                int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
+
+/* Bytes of scratch, for both methods and all pixel types; the buffer may start at any address. With
+ * Q = (width + 2 radius + 8) (height + 2 radius): 20 Q + 4 width height + 8 (2 radius + 8) (2 radius + 2) + 256.
+ * StatusNullPointer, StatusBadSize, StatusOutOfRange (radius). */
+StatusCode rvxiInpaintGetBufferSize_8u_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
+StatusCode rvxiInpaintGetBufferSize_8u_C3MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
+StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
+
 #ifdef __cplusplus
 }
 #endif

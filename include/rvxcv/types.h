@@ -74,6 +74,10 @@ enum { DerivativeSobel = 2, DerivativeScharr = 5, DerivativeCentral = 8 };
 typedef int32_t NormKind;
 enum { NormInf = 0, NormL1 = 1, NormL2 = 2 };
 
+/* How inpainting fills a hole. */
+typedef int32_t InpaintMethod;
+enum { InpaintMarch = 0, InpaintDiffusion = 1 };
+
 typedef struct RoiSize {
     int32_t width;  /* pixels */
     int32_t height; /* pixels */
