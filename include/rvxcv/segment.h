@@ -266,8 +266,8 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferS
  *
  * The waiting pixel with the smallest T is accepted next, of equal ones the first in the order of rows and columns, so
  * that every bit of the result is fixed. Distances from a straight edge are exact; from a single zero they lie between
- * the Euclidean distance and 1.21 times that, and nowhere above the city-block distance (up to rounding). Without a zero
- * pixel every result is 3.4028235e38.
+ * the Euclidean distance and 1.21 times that, and nowhere above the city-block distance (up to rounding). Without a
+ * zero pixel every result is 3.4028235e38.
  *
  * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (dstStep). */
 StatusCode rvxiFastMarching_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
@@ -278,9 +278,9 @@ StatusCode rvxiFastMarching_8u32f_C1R(const uint8_t *src, int32_t srcStep, float
 StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferSize);
 
 /* Repairs a picture: fills the hole, the pixels whose mask byte is not zero, from the pixels around it, and copies the
- * others. dst may be src (with the same step) and must not overlap it otherwise. The hole's pixels of src have no effect
- * on the result, unless the hole is everything: then dst is src. Channels are treated alike and independently. The
- * arithmetic is that of single precision; 8u results are rounded to nearest even and saturated at the end.
+ * others. dst may be src (with the same step) and must not overlap it otherwise. The hole's pixels of src have no
+ * effect on the result, unless the hole is everything: then dst is src. Channels are treated alike and independently.
+ * The arithmetic is that of single precision; 8u results are rounded to nearest even and saturated at the end.
  *
  * InpaintMarch (A. Telea, An image inpainting technique based on the fast marching method, Journal of Graphics Tools
  * 9(1), 2004) fills the hole's pixels one by one, in the order in which the fast march from the known pixels accepts
@@ -297,17 +297,17 @@ StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferS
  *
  * I(p) = Sv / Sw, which 8u limits to 0..255, and the gradient of p is (Sx / Sw, Sy / Sw). Each sum has eight lanes that
  * start at +0: q adds to lane (dx + radius) mod 8, row by row; then lane i takes lane i + 4, then i + 2, then i + 1.
- * Unlike in the paper there is no march outside of the hole (T is 0 there), and a filled pixel carries the mean gradient
- * instead of differences of filled values: noise does not grow from ring to ring, and a ramp is restored.
+ * Unlike in the paper there is no march outside of the hole (T is 0 there), and a filled pixel carries the mean
+ * gradient instead of differences of filled values: noise does not grow from ring to ring, and a ramp is restored.
  *
  * InpaintDiffusion gives every pixel of the hole the mean of its four neighbours inside the region, the steady state of
- * the diffusion step of M. Bertalmio, G. Sapiro, V. Caselles and C. Ballester, Image inpainting, SIGGRAPH 2000: a smooth
- * membrane over the hole. First, in the order of the march, u = ((left + right) + (above + below)) (1.0f / n) over the n
- * known or filled neighbours, 0 for the others. Then, with L = 3 ceil(largest T) + 1 and, computed in double,
- * omega = (float)(2 / (1 + sin(pi / (L + 1)))), 2 L sweeps, each over the pixels of the hole with x + y even, then odd:
- * u = fma(omega, m - u, u), m = ((left + right) + (above + below)) (1.0f / n) over the n neighbours inside the region.
- * The residual |u - m| ends below 0.002 for values within 0..255 on ordinary holes, below 0.03 around known pixels that
- * stand alone inside a hole. radius is checked and not used.
+ * the diffusion step of M. Bertalmio, G. Sapiro, V. Caselles and C. Ballester, Image inpainting, SIGGRAPH 2000: a
+ * smooth membrane over the hole. First, in the order of the march, u = ((left + right) + (above + below)) (1.0f / n)
+ * over the n known or filled neighbours, 0 for the others. Then, with L = 3 ceil(largest T) + 1 and, computed in
+ * double, omega = (float)(2 / (1 + sin(pi / (L + 1)))), 2 L sweeps, each over the pixels of the hole with x + y even,
+ * then odd: u = fma(omega, m - u, u), m = ((left + right) + (above + below)) (1.0f / n) over the n neighbours inside
+ * the region. The residual |u - m| ends below 0.002 for values within 0..255 on ordinary holes, below 0.03 around known
+ * pixels that stand alone inside a hole. radius is checked and not used.
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple
  * (32f: srcStep, dstStep), StatusBadArgument (method), StatusOutOfRange (radius outside 1..100). */

@@ -47,6 +47,7 @@ RVX_INLINE U16x16 equal(U16x16 a, U16x16 b) { return {{_mm256_cmpeq_epi16(a.v, b
 // Lanes whose sign bit is set: of a float, of an integer.
 RVX_INLINE Mask32x8 signs(F32x8 a) { return {_mm256_castsi256_ps(_mm256_srai_epi32(_mm256_castps_si256(a.v), 31))}; }
 RVX_INLINE F32x8 bitXor(F32x8 a, F32x8 b) { return {_mm256_xor_ps(a.v, b.v)}; }
+RVX_INLINE F32x8 bitOr(F32x8 a, F32x8 b) { return {_mm256_or_ps(a.v, b.v)}; }
 
 // Lanes of 16 bits, all set or all clear, as bits.
 RVX_INLINE std::uint32_t laneBits(U16x16 mask) {

@@ -42,4 +42,12 @@ template <class V, class Operation> RVX_INLINE typename V::Element joinedLanes(V
     return first;
 }
 
+// Four vectors, each summed over its lanes: lane i takes lane i + 4, then i + 2, then i + 1.
+RVX_INLINE void foldedSums(F32x8 a, F32x8 b, F32x8 c, F32x8 d, float *sums) {
+    const auto halves = [](F32x8 v) { return _mm_add_ps(_mm256_castps256_ps128(v.v), _mm256_extractf128_ps(v.v, 1)); };
+    const auto quarters = [](__m128 v, __m128 w) { return _mm_add_ps(_mm_movelh_ps(v, w), _mm_movehl_ps(w, v)); };
+    const __m128 ab = quarters(halves(a), halves(b)), cd = quarters(halves(c), halves(d));
+    _mm_storeu_ps(sums, _mm_add_ps(_mm_shuffle_ps(ab, cd, 0x88), _mm_shuffle_ps(ab, cd, 0xdd)));
+}
+
 } // namespace rvxcv
