@@ -17,6 +17,7 @@ void addMorph(Program &program);
 void addCorners(Program &program);
 void addDistance(Program &program);
 void addFill(Program &program);
+void addInpaint(Program &program);
 void addLabel(Program &program);
 void addLines(Program &program);
 void addBlur(Program &program);

@@ -77,6 +77,20 @@ said=$("$bin" fill "$picture" -o "$out/fill.png" --seed "$((width * 3 / 5)),$((h
 show fill.png "a region filled from a seed near the upper edge" "$said"
 said=$("$bin" label "$picture" -o "$out/label.png" --csv "$out/parts.csv" --min-area 20)
 show label.png "bright parts in a colour each; as a list: parts.csv" "$said"
+# Scratches, from the left edge down to the right. In this format 1 is black.
+awk -v w="$width" -v h="$height" 'BEGIN {
+    print "P1\n" w, h
+    while (length(good) < w) good = good "1111111111"
+    step = int(w / 6) + 5
+    for (y = 0; y < h; ++y) {
+        row = ""
+        for (at = int(y / 3) % step; at + 4 <= w; at += step) row = row substr(good, 1, at - length(row)) "0000"
+        print row substr(good, 1, w - length(row))
+    }
+}' >"$out/scratches.pbm"
+said=$("$bin" inpaint "$picture" --mask "$out/scratches.pbm" -o "$out/inpaint.png" --show "$out/scratched.png")
+show scratched.png "the picture with scratches, in magenta"
+show inpaint.png "the scratches filled from what is around them" "$said"
 for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9
     show "morph-$op.png" "morphology: $op with an ellipse of 9x9"

@@ -10,6 +10,7 @@ constexpr AddCommand commands[] = {
     tools::addFill,    tools::addLabel,  tools::addProfile,   tools::addPyramid,    tools::addHistory,
     tools::addTrack,   tools::addScene,  tools::addUndistort, tools::addStats,      tools::addCompare,
     tools::addLines,   tools::addDetect, tools::addTrain,     tools::addForeground, tools::addOrientation,
+    tools::addInpaint,
 };
 
 } // namespace

@@ -13,6 +13,10 @@ public:
     Disc(std::int64_t radius, Scratch &areas) : radius_(static_cast<int>(radius)), stride_((2 * radius_ + 8) / 8 * 8) {
         nearness_ = areas.take<float>(stride_ * (2 * radius + 1), 32);
         squaredNearness_ = areas.take<float>(stride_ * (2 * radius + 1), 32);
+        toCentre_ = areas.take<float>(stride_, 32);
+        for (int x = 0; x < stride_; x += 8) {
+            store(toCentre_ + x, toF32(sub(splat(radius_ - x), laneNumbers())));
+        }
         const F64x8 one = splatEight(1.0);
         for (int dy = -radius_; dy <= radius_; ++dy) {
             int reach = 0;
@@ -48,10 +52,11 @@ public:
 
     const float *nearness() const { return nearness_; }
     const float *squaredNearness() const { return squaredNearness_; }
+    const float *toCentre() const { return toCentre_; } // -dx, for every row
 
 private:
     int radius_, stride_;
-    float *nearness_, *squaredNearness_;
+    float *nearness_, *squaredNearness_, *toCentre_;
     std::int8_t firstVector_[201], lastVector_[201];
 };
 
@@ -109,23 +114,24 @@ private:
     float fill(std::int64_t number) {
         const float ny = timeDifference(number, hole_.stride);
         const F32x8 nx = splat(timeDifference(number, 1)), here = splat(hole_.time(number)), one = splat(1.0f);
-        const F32x8 firstX = toF32(sub(splat(static_cast<std::int32_t>(hole_.radius)), laneNumbers()));
         F32x8 weights = splat(0.0f), values = weights, slopesX = weights, slopesY = weights;
         disc_.forEachVector([&](int dy, int x, std::int64_t place) {
             const std::int64_t q = number - hole_.radius + dy * hole_.stride + x;
             const F32x8 time = load<F32x8>(hole_.times() + q), nearness = load<F32x8>(disc_.nearness() + place);
             const Mask32x8 left = signs(bitOr(time, nearness));
-            const F32x8 rx = sub(firstX, splat(static_cast<float>(x))), ry = splat(static_cast<float>(-dy));
+            const F32x8 rx = load<F32x8>(disc_.toCentre() + x), ry = splat(static_cast<float>(-dy));
             const F32x8 along = mul(abs(fma(rx, nx, mul(ry, splat(ny)))), nearness);
             const F32x8 weight = div(mul(max(along, splat(1e-6f)), load<F32x8>(disc_.squaredNearness() + place)),
                                      add(one, absDiff(here, time)));
+            // What is left out adds 0 times -0, which changes no sum, whatever lies there.
+            const F32x8 nothing = keep(left, splat(-0.0f));
+            const auto known = [&](F32x8 a) { return bitOr(without(a, left), nothing); };
             const F32x8 gx = load<F32x8>(gradientX_ + q), gy = load<F32x8>(gradientY_ + q);
-            const F32x8 value = fma(gx, rx, fma(gy, ry, load<F32x8>(values_ + q)));
-            // What is left out changes nothing, whatever lies there.
-            weights = add(weights, without(weight, left));
-            values = select(left, values, fma(weight, value, values));
-            slopesX = select(left, slopesX, fma(weight, gx, slopesX));
-            slopesY = select(left, slopesY, fma(weight, gy, slopesY));
+            const F32x8 value = fma(gx, rx, fma(gy, ry, load<F32x8>(values_ + q))), w = without(weight, left);
+            weights = add(weights, w);
+            values = fma(w, known(value), values);
+            slopesX = fma(w, known(gx), slopesX);
+            slopesY = fma(w, known(gy), slopesY);
         });
         float sums[4];
         foldedSums(weights, values, slopesX, slopesY, sums);
