@@ -162,7 +162,8 @@ private:
 
     void mark(std::int64_t x, std::int64_t y, std::int64_t reach) {
         const std::int64_t left = std::max<std::int64_t>(x - reach, 0) / markWidth;
-        const std::int64_t right = std::min(x + 31 + reach, width - 1) / markWidth;
+        // Vectors hold up to seven columns too many, and leftovers there may be slow to calculate with.
+        const std::int64_t right = std::min(x + 31 + reach + 7, width - 1) / markWidth;
         const std::int64_t top = std::max<std::int64_t>(y - reach, 0) / markHeight;
         const std::int64_t bottom = std::min(y + reach, height - 1) / markHeight;
         for (std::int64_t row = top; row <= bottom; ++row) {
