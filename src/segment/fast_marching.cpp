@@ -23,21 +23,24 @@ void fastMarching(Plane<const std::uint8_t> src, Plane<float> dst, RoiSize roi, 
     auto *const words = areas.take<std::uint32_t>(stride * (h + 2), 8);
     auto *const heap = areas.take<std::uint64_t>(w * h);
     std::uint32_t *const inside = words + stride + 1;
-    std::fill(words, inside, March::outside);
-    for (std::int64_t y = 0; y < h; ++y) {
-        const std::uint8_t *const row = src.row(y);
-        auto *const rowWords = reinterpret_cast<std::int32_t *>(inside + y * stride);
-        walkRow<8>(w, [&](std::ptrdiff_t x, auto span) {
-            const Mask32x8 set = greater(loadI32(row + x, span), splat(0));
-            store(rowWords + x, keep(set, splat(static_cast<std::int32_t>(March::untouched))), span);
-        });
-        std::fill_n(inside + y * stride + w, 2, March::outside);
-    }
-    std::fill(inside + h * stride, words + stride * (h + 2), March::outside);
-
     March march(words, stride, heap, w * h);
-    for (std::int64_t y = 0; y < h; ++y) {
-        march.collect((y + 1) * stride + 1, w);
+    std::fill(words, inside, March::outside);
+    for (std::int64_t y = 0; y <= h; ++y) {
+        if (y < h) {
+            const std::uint8_t *const row = src.row(y);
+            auto *const rowWords = reinterpret_cast<std::int32_t *>(inside + y * stride);
+            walkRow<8>(w, [&](std::ptrdiff_t x, auto span) {
+                const Mask32x8 set = greater(loadI32(row + x, span), splat(0));
+                store(rowWords + x, keep(set, splat(static_cast<std::int32_t>(March::untouched))), span);
+            });
+            std::fill_n(inside + y * stride + w, 2, March::outside);
+        } else {
+            std::fill(inside + h * stride, words + stride * (h + 2), March::outside);
+        }
+        // While its words and those above and below are at hand.
+        if (y > 0) {
+            march.collect(y * stride + 1, w);
+        }
     }
     march.run([](std::uint32_t) {});
     const bool started = inside[0] != March::untouched;
