@@ -89,7 +89,7 @@ private:
             float *const values = valuesOf(colour);
             for (std::int64_t y = hole_.firstRow() - 1; y <= hole_.lastRow() + 1; ++y) {
                 const bool inside = y >= 0 && y < hole_.height;
-                std::fill(values + place(inside ? hole_.width - 1 : 0, y), values + place(0, y + 1), 0.0f);
+                std::fill(values + place(inside ? hole_.width : 0, y), values + place(0, y + 1), 0.0f);
             }
         }
         hole_.forEachPiece([&](std::int64_t x, std::int64_t y, std::int64_t, std::int64_t columns) {

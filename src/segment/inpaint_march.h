@@ -121,8 +121,9 @@ private:
             const Mask32x8 left = signs(bitOr(time, nearness));
             const F32x8 rx = load<F32x8>(disc_.toCentre() + x), ry = splat(static_cast<float>(-dy));
             const F32x8 along = mul(abs(fma(rx, nx, mul(ry, splat(ny)))), nearness);
+            // No known pixel is reached later than this one.
             const F32x8 weight = div(mul(max(along, splat(1e-6f)), load<F32x8>(disc_.squaredNearness() + place)),
-                                     add(one, absDiff(here, time)));
+                                     add(one, sub(here, time)));
             // What is left out adds 0 times -0, which changes no sum, whatever lies there.
             const F32x8 nothing = keep(left, splat(-0.0f));
             const auto known = [&](F32x8 a) { return bitOr(without(a, left), nothing); };

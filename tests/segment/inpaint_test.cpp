@@ -244,6 +244,17 @@ TEST(Inpaint, SparseAndLargeHoles) {
     }
 }
 
+// Products that vanish keep their sign in all sums.
+TEST(Inpaint, NegativeZero) {
+    Picture hole{15, 15, std::vector<char>(15 * 15)};
+    hole.set[7 * 15 + 7] = 1;
+    GuardedImage<float> src(15, 15);
+    for (std::int64_t i = 0; i < 15 * 15; ++i) {
+        src.set(i % 15, i / 15, -std::numeric_limits<float>::denorm_min());
+    }
+    EXPECT_TRUE(sameValue(inpainted(src, hole, 1, 5, InpaintMarch).at(7, 7), -0.0f));
+}
+
 constexpr std::int64_t side = 90;
 Picture disc(double radius) {
     Picture hole{side, side, std::vector<char>(side * side)};
