@@ -1,4 +1,4 @@
-/* Regions of a picture: distances, filling and labelling. */
+/* Regions of a picture: distances, filling, labelling and segmentation. */
 #ifndef RVXCV_SEGMENT_H
 #define RVXCV_SEGMENT_H
 
@@ -324,6 +324,60 @@ StatusCode rvxiInpaint_32f_C1MR(const float *src, int32_t srcStep, const uint8_t
 StatusCode rvxiInpaintGetBufferSize_8u_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
 StatusCode rvxiInpaintGetBufferSize_8u_C3MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
 StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
+
+/* --------------------------------------------------------------------------- Watershed and gradient segmentation */
+
+/* Divide a picture among markers: touching cells, objects from a few strokes, the regions of a depth map.
+ *
+ * srcDst holds the markers and becomes the segmentation. A value above 0 is a seed with that label and a value below 0 a
+ * wall, which is never flooded and floods nothing; both are kept. 0 is a free pixel. norm says which pixels are
+ * neighbours: NormInf the eight around a pixel, NormL1 the four beside it; N(p) are those inside the region, rows from
+ * the top, each from the left. With SegmentNoLines every free pixel that a seed reaches gets a label; with SegmentLines
+ * pixels where two labels meet stay 0 and separate the regions by a line of one pixel. A pixel that nothing reaches
+ * stays 0. Equal arguments give equal labels, ties included, since pixels of a level wait in a first-in first-out list.
+ *
+ * Watershed floods a relief that the caller made: a gradient, an inverted distance (F. Meyer, Un algorithme optimal pour
+ * la ligne de partage des eaux, 1991). The level of the water, cur, begins at 0 and never falls; relief values count by
+ * their order alone:
+ *
+ *     visit p:  for q in N(p), q free and not listed:  without lines label(q) = label(p);
+ *                                                      append q to list max(relief(q), cur)
+ *     start:    visit every seed, in scan order
+ *     repeat:   cur = the lowest level whose list is not empty; take its first pixel p;
+ *               with lines: if the labels of N(p) differ, p becomes a line, else label(p) is that label;
+ *               unless it is a line, visit p
+ *
+ * Gradient works on the picture itself: a forest of smallest total weight that is rooted in the seeds (J. Cousty,
+ * G. Bertrand, L. Najman and M. Couprie, Watershed Cuts, IEEE PAMI 31(8), 2009), grown by Prim's rule. Neighbours weigh
+ * w(p, q) = |picture(p) - picture(q)|, of three channels the largest:
+ *
+ *     offer q from p:  q free:                           label(q) = label(p), level(q) = w(p, q), append q to that list
+ *                      q listed and w(p, q) < level(q):  the same, once q is removed from its list
+ *     start:           for every seed p, in scan order: offer each q of N(p) that is neither seed nor wall
+ *     repeat:          take the first pixel q of the lowest list that is not empty (levels may fall);
+ *                      with lines: if the labels of N(q) differ, q becomes a line, else
+ *                      offer each free or listed r of N(q) from q
+ *
+ * The labels of N(p) are those of seeds and of pixels already taken from a list; walls and lines have none.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple,
+ * StatusBadArgument (norm), StatusBadArgument (flags: neither SegmentNoLines nor SegmentLines). */
+StatusCode rvxiSegmentWatershed_8u32s_C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                           RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
+StatusCode rvxiSegmentWatershed_16u32s_C1IR(const uint16_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                            RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
+StatusCode rvxiSegmentGradient_8u32s_C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                          RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
+StatusCode rvxiSegmentGradient_8u32s_C3C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                            RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
+
+/* Bytes of scratch, which may start at any address. With q = (width + 2) (height + 2): Watershed 9 q + 4096 for 8u and
+ * 10 q + 540672 for 16u, Gradient 15 q + 4096 for one channel and 17 q + 4096 for three. StatusNullPointer,
+ * StatusBadSize (also when the size does not fit in 32 bits). */
+StatusCode rvxiSegmentWatershedGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiSegmentWatershedGetBufferSize_16u32s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *size);
 
 #ifdef __cplusplus
 }

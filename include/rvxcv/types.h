@@ -78,6 +78,9 @@ enum { NormInf = 0, NormL1 = 1, NormL2 = 2 };
 typedef int32_t InpaintMethod;
 enum { InpaintMarch = 0, InpaintDiffusion = 1 };
 
+/* Flags of the segmentations: whether regions are separated by lines. */
+enum { SegmentNoLines = 0, SegmentLines = 1 };
+
 typedef struct RoiSize {
     int32_t width;  /* pixels */
     int32_t height; /* pixels */

@@ -1,0 +1,168 @@
+// Gradient segmentation: a spanning forest of smallest weight, grown from the seeds by Prim's rule.
+//
+// Beside its label a pixel has a cell with its picture and its level: what an offer must be below to be taken. A pixel
+// that is free takes anything and has level 255, which differs from a listed one at 255 only for an offer of 255: its
+// label (negative in free pixels) decides. All others have level 0 and take nothing. With lines the label of a listed
+// pixel is 0, and it is found when the pixel is taken.
+//
+// Scratch: labels (4 Q), links of the lists (8 Q and 2048 for the heads of the lists), and cells of two bytes for one
+// channel and four for three; 7 for the alignment: inside 15 Q + 4096 and 17 Q + 4096.
+#include "frame/api.h"
+
+#include "kernel/scratch.h"
+#include "segment/level_lists.h"
+
+namespace rvxcv {
+namespace {
+
+template <int channels> std::int64_t gradientBytes(RoiSize roi) {
+    return saturatedSum(saturatedProduct(framedPixels(roi), channels == 1 ? 15 : 17), 4096);
+}
+
+// Picture in the lower bytes, level in the highest one.
+template <int channels> using Cell = std::conditional_t<channels == 1, std::uint16_t, std::uint32_t>;
+template <int channels> constexpr int levelShift = 8 * channels;
+constexpr std::uint32_t freeLevel = 255;
+
+template <int channels> RVX_INLINE std::uint32_t levelOf(Cell<channels> cell) {
+    return std::uint32_t{cell} >> levelShift<channels>;
+}
+template <int channels> RVX_INLINE Cell<channels> withLevel(Cell<channels> cell, std::uint32_t level) {
+    return static_cast<Cell<channels>>((cell & ((1u << levelShift<channels>)-1)) | level << levelShift<channels>);
+}
+template <int channels> RVX_INLINE std::uint32_t weight(Cell<channels> a, Cell<channels> b) {
+    std::uint32_t most = 0;
+    for (int c = 0; c < channels; ++c) {
+        const auto p = static_cast<std::uint8_t>(a >> (8 * c)), q = static_cast<std::uint8_t>(b >> (8 * c));
+        most = std::max(most, static_cast<std::uint32_t>(std::abs(p - q)));
+    }
+    return most;
+}
+
+template <int channels> class Forest {
+public:
+    Forest(const LabelFrame &frame, Cell<channels> *cells, FallingLists::Links *links)
+        : frame_(frame), cells_(cells), lists_(links, framedPixels(frame.roi)) {}
+
+    void read(Plane<const std::uint8_t> src, Plane<const std::int32_t> markers) {
+        const std::int64_t width = frame_.roi.width;
+        for (std::int64_t y = 0; y < frame_.roi.height; ++y) {
+            const std::uint8_t *const row = src.row(y);
+            const std::int32_t *const marks = markers.row(y);
+            std::int32_t *const labels = frame_.row(y);
+            Cell<channels> *const cells = cells_ + (labels - frame_.cells);
+            walkRow<8>(width, [&](std::int64_t x, auto span) {
+                const I32x8 mark = load<I32x8>(marks + x, span), zero = splat(0);
+                store(labels + x, select(equal(mark, zero), splat(-1), max(mark, zero)), span);
+            });
+            for (std::int64_t x = 0; x < width; ++x) {
+                std::uint32_t cell = labels[x] < 0 ? freeLevel << levelShift<channels> : 0;
+                for (int c = 0; c < channels; ++c) {
+                    cell |= std::uint32_t{row[x * channels + c]} << (8 * c);
+                }
+                cells[x] = static_cast<Cell<channels>>(cell);
+            }
+            cells[-1] = cells[width] = 0;
+        }
+        const std::int64_t pitch = frame_.pitch, last = framedPixels(frame_.roi) - pitch;
+        std::fill(cells_, cells_ + pitch, Cell<channels>{0});
+        std::fill(cells_ + last, cells_ + last + pitch, Cell<channels>{0});
+        frame_.close();
+    }
+
+    template <bool eight, bool lines> void grow(Plane<const std::int32_t> markers) {
+        const std::int64_t pitch = frame_.pitch;
+        frame_.forSeeds(markers, [&](Place place) { offerAround<eight, lines>(place); });
+        while (!lists_.empty()) {
+            const Place place = lists_.takeFirst();
+            cells_[place] = withLevel<channels>(cells_[place], 0);
+            if constexpr (lines) {
+                const std::int32_t label = commonLabel<eight>(frame_.cells + place, pitch);
+                if (label == 0) {
+                    continue;
+                }
+                frame_.cells[place] = label;
+            }
+            offerAround<eight, lines>(place);
+        }
+    }
+
+private:
+    template <bool eight, bool lines> RVX_INLINE void offerAround(Place place) {
+        struct {
+            Place place;
+            std::uint32_t level;
+        } taken[eight ? 9 : 5];
+        std::uint32_t count = 0;
+        const Cell<channels> from = cells_[place];
+        forNeighbours<eight>(frame_.pitch, [&](std::int64_t offset) {
+            const Place to = place + static_cast<Place>(offset);
+            const Cell<channels> cell = cells_[to];
+            const std::uint32_t level = weight<channels>(from, cell), before = levelOf<channels>(cell);
+            taken[count] = {to, level};
+            count += level < before || (level == freeLevel && before == freeLevel && frame_.cells[to] < 0);
+        });
+        const std::int32_t label = lines ? 0 : frame_.cells[place];
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const Place to = taken[i].place;
+            const Cell<channels> cell = cells_[to];
+            if (frame_.cells[to] >= 0) {
+                lists_.remove(levelOf<channels>(cell), to);
+            }
+            frame_.cells[to] = label;
+            cells_[to] = withLevel<channels>(cell, taken[i].level);
+            lists_.append(taken[i].level, to);
+        }
+    }
+
+    LabelFrame frame_;
+    Cell<channels> *cells_;
+    FallingLists lists_;
+};
+
+template <int channels>
+StatusCode segmentGradient(const std::uint8_t *src, std::int32_t srcStep, std::int32_t *srcDst,
+                           std::int32_t srcDstStep, RoiSize roi, NormKind norm, std::int32_t flags,
+                           std::uint8_t *buffer) {
+    const StatusCode status =
+        segmentChecks<std::uint8_t, channels>(src, srcStep, srcDst, srcDstStep, roi, norm, flags, buffer);
+    if (status != StatusOk) {
+        return status;
+    }
+    const std::int64_t pixels = framedPixels(roi);
+    Scratch scratch(buffer, gradientBytes<channels>(roi));
+    const LabelFrame frame(scratch.take<std::int32_t>(pixels), roi);
+    auto *const links = scratch.take<FallingLists::Links>(pixels + FallingLists::levels);
+    Forest<channels> forest(frame, scratch.take<Cell<channels>>(pixels), links);
+    const Plane<const std::int32_t> markers{srcDst, srcDstStep};
+    forest.read(Plane{src, srcStep}, markers);
+    withSegmentMode(norm, flags, [&](auto eight, auto lines) { forest.template grow<eight, lines>(markers); });
+    frame.store(Plane{srcDst, srcDstStep});
+    return StatusOk;
+}
+
+template <int channels> StatusCode gradientGetBufferSize(RoiSize roi, std::int32_t *size) {
+    Checks checks;
+    checks.pointers(size).size(roi);
+    return checks.failed() ? checks.status() : storeSize(gradientBytes<channels>(roi), size);
+}
+
+} // namespace
+} // namespace rvxcv
+
+using namespace rvxcv;
+
+StatusCode rvxiSegmentGradient_8u32s_C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                          RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer) {
+    return segmentGradient<1>(src, srcStep, srcDst, srcDstStep, roi, norm, flags, buffer);
+}
+StatusCode rvxiSegmentGradient_8u32s_C3C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
+                                            RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer) {
+    return segmentGradient<3>(src, srcStep, srcDst, srcDstStep, roi, norm, flags, buffer);
+}
+StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size) {
+    return gradientGetBufferSize<1>(roi, size);
+}
+StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *size) {
+    return gradientGetBufferSize<3>(roi, size);
+}

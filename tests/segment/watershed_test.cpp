@@ -1,0 +1,324 @@
+// Watershed and gradient segmentation against their texts, with plain lists.
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <functional>
+#include <map>
+#include <numeric>
+
+namespace {
+
+using namespace support;
+
+using Labels = std::vector<std::int32_t>;
+using Weight = std::function<int(std::size_t, std::size_t)>; // of two neighbours
+
+struct Grid {
+    std::int64_t width, height;
+    bool eight;
+
+    std::size_t pixels() const { return static_cast<std::size_t>(width * height); }
+
+    // N(p), in scan order.
+    std::vector<std::size_t> around(std::size_t p) const {
+        std::vector<std::size_t> result;
+        const auto x = static_cast<std::int64_t>(p) % width, y = static_cast<std::int64_t>(p) / width;
+        for (std::int64_t dy = -1; dy <= 1; ++dy) {
+            for (std::int64_t dx = -1; dx <= 1; ++dx) {
+                const bool beside = dx == 0 || dy == 0, self = dx == 0 && dy == 0;
+                if (!self && (eight || beside) && x + dx >= 0 && x + dx < width && y + dy >= 0 && y + dy < height) {
+                    result.push_back(static_cast<std::size_t>((y + dy) * width + x + dx));
+                }
+            }
+        }
+        return result;
+    }
+};
+
+enum class State { free, listed, taken, line, wall };
+
+struct Flood {
+    Grid grid;
+    bool lines;
+    Labels labels;
+    std::vector<State> states;
+    std::map<int, std::deque<std::size_t>> lists;
+
+    Flood(const Grid &g, bool separated, const Labels &markers)
+        : grid(g), lines(separated), labels(markers), states(markers.size(), State::free) {
+        for (std::size_t p = 0; p < markers.size(); ++p) {
+            states[p] = markers[p] > 0 ? State::taken : markers[p] < 0 ? State::wall : State::free;
+        }
+    }
+
+    // The first pixel of the lowest list, which becomes a line or gets its label.
+    std::size_t take() {
+        auto &list = lists.begin()->second;
+        const std::size_t p = list.front();
+        list.pop_front();
+        if (list.empty()) {
+            lists.erase(lists.begin());
+        }
+        states[p] = State::taken;
+        if (lines) {
+            std::int32_t label = 0;
+            for (const std::size_t q : grid.around(p)) {
+                if (states[q] == State::taken && q != p) {
+                    if (label != 0 && label != labels[q]) {
+                        states[p] = State::line;
+                    }
+                    label = labels[q];
+                }
+            }
+            labels[p] = states[p] == State::line ? 0 : label;
+        }
+        return p;
+    }
+};
+
+Labels plainWatershed(const Grid &grid, const std::vector<int> &relief, const Labels &markers, bool lines) {
+    Flood flood(grid, lines, markers);
+    const auto visit = [&](std::size_t p, int level) {
+        for (const std::size_t q : grid.around(p)) {
+            if (flood.states[q] == State::free) {
+                flood.states[q] = State::listed;
+                flood.labels[q] = lines ? 0 : flood.labels[p];
+                flood.lists[std::max(relief[q], level)].push_back(q);
+            }
+        }
+    };
+    for (std::size_t p = 0; p < markers.size(); ++p) {
+        if (markers[p] > 0) {
+            visit(p, 0);
+        }
+    }
+    while (!flood.lists.empty()) {
+        const int level = flood.lists.begin()->first;
+        const std::size_t p = flood.take();
+        if (flood.states[p] != State::line) {
+            visit(p, level);
+        }
+    }
+    return flood.labels;
+}
+
+// `total` receives the sum of level(q) over the pixels that got a label.
+Labels plainGradient(const Grid &grid, const Weight &weight, const Labels &markers, bool lines, std::int64_t *total) {
+    Flood flood(grid, lines, markers);
+    std::vector<int> levels(markers.size());
+    const auto offer = [&](std::size_t p, std::size_t q) {
+        const int w = weight(p, q);
+        if (flood.states[q] == State::listed && w < levels[q]) {
+            auto &list = flood.lists[levels[q]];
+            list.erase(std::find(list.begin(), list.end(), q));
+            if (list.empty()) {
+                flood.lists.erase(levels[q]);
+            }
+        } else if (flood.states[q] != State::free) {
+            return;
+        }
+        flood.states[q] = State::listed;
+        flood.labels[q] = lines ? 0 : flood.labels[p];
+        levels[q] = w;
+        flood.lists[w].push_back(q);
+    };
+    for (std::size_t p = 0; p < markers.size(); ++p) {
+        for (const std::size_t q : markers[p] > 0 ? grid.around(p) : std::vector<std::size_t>{}) {
+            offer(p, q);
+        }
+    }
+    *total = 0;
+    while (!flood.lists.empty()) {
+        const std::size_t q = flood.take();
+        if (flood.states[q] != State::line) {
+            *total += levels[q];
+            for (const std::size_t r : grid.around(q)) {
+                offer(q, r);
+            }
+        }
+    }
+    return flood.labels;
+}
+
+// A picture of up to three channels, element by element.
+struct Picture {
+    int channels = 1;
+    std::vector<int> values;
+
+    int weight(std::size_t p, std::size_t q) const {
+        int most = 0;
+        const auto n = static_cast<std::size_t>(channels);
+        for (std::size_t c = 0; c < n; ++c) {
+            most = std::max(most, std::abs(values[n * p + c] - values[n * q + c]));
+        }
+        return most;
+    }
+};
+
+struct Watershed8u {
+    using Element = std::uint8_t;
+    static constexpr int channels = 1;
+    static constexpr auto call = rvxiSegmentWatershed_8u32s_C1IR;
+    static constexpr auto query = rvxiSegmentWatershedGetBufferSize_8u32s_C1R;
+    static std::int64_t bytes(std::int64_t framed) { return 9 * framed + 4096; }
+};
+struct Watershed16u {
+    using Element = std::uint16_t;
+    static constexpr int channels = 1;
+    static constexpr auto call = rvxiSegmentWatershed_16u32s_C1IR;
+    static constexpr auto query = rvxiSegmentWatershedGetBufferSize_16u32s_C1R;
+    static std::int64_t bytes(std::int64_t framed) { return 10 * framed + 540672; }
+};
+struct GradientC1 {
+    using Element = std::uint8_t;
+    static constexpr int channels = 1;
+    static constexpr auto call = rvxiSegmentGradient_8u32s_C1IR;
+    static constexpr auto query = rvxiSegmentGradientGetBufferSize_8u32s_C1R;
+    static std::int64_t bytes(std::int64_t framed) { return 15 * framed + 4096; }
+};
+struct GradientC3 {
+    using Element = std::uint8_t;
+    static constexpr int channels = 3;
+    static constexpr auto call = rvxiSegmentGradient_8u32s_C3C1IR;
+    static constexpr auto query = rvxiSegmentGradientGetBufferSize_8u32s_C3C1R;
+    static std::int64_t bytes(std::int64_t framed) { return 17 * framed + 4096; }
+};
+template <class Member>
+constexpr bool floods = std::is_same_v<Member, Watershed8u> || std::is_same_v<Member, Watershed16u>;
+
+template <class Member>
+Labels plain(const Grid &grid, const Picture &picture, const Labels &markers, bool lines) {
+    if constexpr (floods<Member>) {
+        return plainWatershed(grid, picture.values, markers, lines);
+    } else {
+        std::int64_t total = 0;
+        return plainGradient(
+            grid, [&](std::size_t p, std::size_t q) { return picture.weight(p, q); }, markers, lines, &total);
+    }
+}
+
+// Runs the library on guarded memory whose layout `salt` varies, one part at a time.
+template <class Member>
+Labels segment(const Grid &grid, const Picture &picture, const Labels &markers, bool lines, int salt = 0) {
+    using T = typename Member::Element;
+    const auto at = [&](std::int64_t x, std::int64_t y, int channels) {
+        return static_cast<std::size_t>(y * grid.width * channels + x);
+    };
+    const Guard guard = salt % 2 != 0 ? Guard::before : Guard::behind;
+    constexpr std::int64_t size = sizeof(T);
+    GuardedImage<T> src(grid.width * Member::channels, grid.height,
+                        {.padding = salt % 5 == 1 ? 6 * size : 0, .guard = guard, .skew = salt % 5 == 2 ? 1 : 0});
+    GuardedImage<std::int32_t> image(
+        grid.width, grid.height,
+        {.padding = salt % 5 == 3 ? 12 : 0, .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
+    for (std::int64_t y = 0; y < grid.height; ++y) {
+        for (std::int64_t x = 0; x < grid.width * Member::channels; ++x) {
+            src.set(x, y, static_cast<T>(picture.values[at(x, y, Member::channels)]));
+        }
+        for (std::int64_t x = 0; x < grid.width; ++x) {
+            image.set(x, y, markers[at(x, y, 1)]);
+        }
+    }
+    const std::vector<std::uint8_t> source = src.bytes();
+    std::int32_t bytes = 0;
+    EXPECT_EQ(Member::query(image.roi(), &bytes), StatusOk);
+    EXPECT_EQ(bytes, Member::bytes((grid.width + 2) * (grid.height + 2)));
+    // Of the addresses only those before a page can be any.
+    GuardedBuffer scratch(bytes + salt % 4, salt % 3 == 0 ? Guard::before : Guard::behind);
+    scratch.scribble(static_cast<std::uint8_t>(salt));
+    const bool shifted = salt % 3 == 0;
+    EXPECT_EQ(Member::call(src.data(), src.step(), image.data(), image.step(), image.roi(),
+                           grid.eight ? NormInf : NormL1, lines ? SegmentLines : SegmentNoLines,
+                           scratch.data() + (shifted ? salt % 4 : 0)),
+              StatusOk);
+    EXPECT_EQ(src.bytes(), source) << "the source was written";
+    EXPECT_TRUE(image.paddingIntact());
+    Labels result(markers.size());
+    for (std::int64_t y = 0; y < grid.height; ++y) {
+        for (std::int64_t x = 0; x < grid.width; ++x) {
+            result[at(x, y, 1)] = image.at(x, y);
+        }
+    }
+    return result;
+}
+
+// Few levels (many ties), all of them, the ends of the range, hills.
+template <class T> Picture randomPicture(const Grid &grid, int channels, int kind, Rng &rng) {
+    constexpr std::int64_t most = std::numeric_limits<T>::max();
+    Picture picture{channels, std::vector<int>(grid.pixels() * static_cast<std::size_t>(channels))};
+    for (std::size_t i = 0; i < picture.values.size(); ++i) {
+        const std::int64_t p = static_cast<std::int64_t>(i) / channels, x = p % grid.width, y = p / grid.width;
+        const std::int64_t values[] = {uniform(rng, 0, 2), uniform(rng, 0, most), uniform(rng, 0, 1) * most,
+                                       (x * x / 8 + y * 7 + uniform(rng, 0, 3)) % (most / 2)};
+        picture.values[i] = static_cast<int>(values[kind % 4]);
+    }
+    return picture;
+}
+
+// Labels from the whole range, also equal ones; some walls, of any value below 0.
+Labels randomMarkers(const Grid &grid, int salt, Rng &rng) {
+    constexpr std::int32_t seeds[] = {1, 2, 0x7fffffff, 0x7ffffffe, 256, 65536, 77},
+                           walls[] = {-1, -256, -65536, INT32_MIN, INT32_MIN + 1};
+    const std::int64_t rarity = std::array<std::int64_t, 4>{3, 12, 40, 1000}[static_cast<std::size_t>(salt % 4)];
+    Labels markers(grid.pixels());
+    for (std::int32_t &marker : markers) {
+        const std::int64_t pick = uniform(rng, 0, rarity);
+        marker = pick == 0 ? seeds[uniform(rng, 0, 6)] : pick == 1 && salt % 3 != 0 ? walls[uniform(rng, 0, 4)] : 0;
+    }
+    markers[static_cast<std::size_t>(uniform(rng, 0, static_cast<std::int64_t>(grid.pixels()) - 1))] = 5;
+    return markers;
+}
+
+// Where two images of labels differ first, for a message that can be read.
+testing::AssertionResult equalLabels(const Grid &grid, const Labels &want, const Labels &got) {
+    for (std::size_t p = 0; p < want.size(); ++p) {
+        if (want[p] != got[p]) {
+            const auto i = static_cast<std::int64_t>(p);
+            return testing::AssertionFailure()
+                   << "at (" << i % grid.width << ", " << i / grid.width << ") of " << grid.width << "x" << grid.height
+                   << " expected " << want[p] << ", got " << got[p] << " (seed " << baseSeed() << ")";
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+template <class Member> class Segment : public testing::Test {};
+using Members = testing::Types<Watershed8u, Watershed16u, GradientC1, GradientC3>;
+TYPED_TEST_SUITE(Segment, Members, );
+
+TYPED_TEST(Segment, RandomPicturesAgainstTheText) {
+    using T = typename TypeParam::Element;
+    Rng rng = makeRng("segment", sizeof(T) + TypeParam::channels);
+    int salt = 0;
+    const auto run = [&](std::int64_t width, std::int64_t height) {
+        for (const bool eight : {false, true}) {
+            for (const bool lines : {false, true}) {
+                const Grid grid{width, height, eight};
+                const Picture picture = randomPicture<T>(grid, TypeParam::channels, salt / 3, rng);
+                const Labels markers = randomMarkers(grid, salt, rng);
+                ASSERT_TRUE(equalLabels(grid, plain<TypeParam>(grid, picture, markers, lines),
+                                        segment<TypeParam>(grid, picture, markers, lines, salt)))
+                    << "eight " << eight << " lines " << lines << " case " << salt;
+                ++salt;
+            }
+        }
+    };
+    for (std::int64_t width = 1; width <= 35; ++width) {
+        for (const std::int64_t height : {1, 2, 3, 7}) {
+            ASSERT_NO_FATAL_FAILURE(run(width, height));
+        }
+    }
+    for (const std::int64_t width : {1, 2, 63, 64, 65, 127, 131}) {
+        ASSERT_NO_FATAL_FAILURE(run(width, 40));
+    }
+    for (int i = 0; i < 8; ++i) {
+        ASSERT_NO_FATAL_FAILURE(run(211, 97));
+    }
+}
+
+} // namespace
