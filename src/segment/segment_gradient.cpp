@@ -5,8 +5,9 @@
 // label (negative in free pixels) decides. All others have level 0 and take nothing. With lines the label of a listed
 // pixel is 0, and it is found when the pixel is taken.
 //
-// Scratch: labels (4 Q), links of the lists (8 Q and 2048 for the heads of the lists), and cells of two bytes for one
-// channel and four for three; 7 for the alignment: inside 15 Q + 4096 and 17 Q + 4096.
+// Scratch: labels (4 Q), and cells of two bytes for one channel and four for three; the rest, 9 Q + 4096 less at most 70
+// bytes for the alignment, is the pool of the lists. A small picture has short lists and short words for its places:
+// chunks of three entries, 8 bytes each, of which P / 3 + 256 must be there. A larger one has 15 entries in 64 bytes.
 #include "frame/api.h"
 
 #include "kernel/scratch.h"
@@ -18,6 +19,9 @@ namespace {
 template <int channels> std::int64_t gradientBytes(RoiSize roi) {
     return saturatedSum(saturatedProduct(framedPixels(roi), channels == 1 ? 15 : 17), 4096);
 }
+
+// Framed pixels up to which all places in the pool fit in 16 bits.
+constexpr std::int64_t fewPixels = 14000;
 
 // Picture in the lower bytes, level in the highest one.
 template <int channels> using Cell = std::conditional_t<channels == 1, std::uint16_t, std::uint32_t>;
@@ -39,10 +43,10 @@ template <int channels> RVX_INLINE std::uint32_t weight(Cell<channels> a, Cell<c
     return most;
 }
 
-template <int channels> class Forest {
+template <int channels, class Lists> class Forest {
 public:
-    Forest(const LabelFrame &frame, Cell<channels> *cells, FallingLists::Links *links)
-        : frame_(frame), cells_(cells), lists_(links, framedPixels(frame.roi)) {}
+    Forest(const LabelFrame &frame, Cell<channels> *cells, const Lists &lists)
+        : frame_(frame), cells_(cells), lists_(lists) {}
 
     void read(Plane<const std::uint8_t> src, Plane<const std::int32_t> markers) {
         const std::int64_t width = frame_.roi.width;
@@ -74,8 +78,17 @@ public:
         const std::int64_t pitch = frame_.pitch;
         frame_.forSeeds(markers, [&](Place place) { offerAround<eight, lines>(place); });
         while (!lists_.empty()) {
-            const Place place = lists_.takeFirst();
-            cells_[place] = withLevel<channels>(cells_[place], 0);
+            std::uint32_t level = 0;
+            const Place place = lists_.takeFirst(&level);
+            const Place later = lists_.later(level, 4);
+            prefetch(cells_ + later - pitch);
+            prefetch(cells_ + later);
+            prefetch(cells_ + later + pitch);
+            const Cell<channels> cell = cells_[place];
+            if (levelOf<channels>(cell) != level) {
+                continue;
+            }
+            cells_[place] = withLevel<channels>(cell, 0);
             if constexpr (lines) {
                 const std::int32_t label = commonLabel<eight>(frame_.cells + place, pitch);
                 if (label == 0) {
@@ -95,29 +108,30 @@ private:
         } taken[eight ? 9 : 5];
         std::uint32_t count = 0;
         const Cell<channels> from = cells_[place];
-        forNeighbours<eight>(frame_.pitch, [&](std::int64_t offset) {
+        forNeighbours<eight>(frame_.pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
             const Place to = place + static_cast<Place>(offset);
             const Cell<channels> cell = cells_[to];
             const std::uint32_t level = weight<channels>(from, cell), before = levelOf<channels>(cell);
             taken[count] = {to, level};
-            count += level < before || (level == freeLevel && before == freeLevel && frame_.cells[to] < 0);
+            count += static_cast<std::uint32_t>(level < before);
+            if ((level & before) == freeLevel) [[unlikely]] {
+                count += static_cast<std::uint32_t>(frame_.cells[to]) >> 31;
+            }
         });
         const std::int32_t label = lines ? 0 : frame_.cells[place];
         for (std::uint32_t i = 0; i < count; ++i) {
             const Place to = taken[i].place;
-            const Cell<channels> cell = cells_[to];
-            if (frame_.cells[to] >= 0) {
-                lists_.remove(levelOf<channels>(cell), to);
-            }
             frame_.cells[to] = label;
-            cells_[to] = withLevel<channels>(cell, taken[i].level);
-            lists_.append(taken[i].level, to);
+            cells_[to] = withLevel<channels>(cells_[to], taken[i].level);
+            lists_.append(taken[i].level, to, [this](Place place_, std::uint32_t level) {
+                return levelOf<channels>(cells_[place_]) == level;
+            });
         }
     }
 
     LabelFrame frame_;
     Cell<channels> *cells_;
-    FallingLists lists_;
+    Lists lists_;
 };
 
 template <int channels>
@@ -132,11 +146,22 @@ StatusCode segmentGradient(const std::uint8_t *src, std::int32_t srcStep, std::i
     const std::int64_t pixels = framedPixels(roi);
     Scratch scratch(buffer, gradientBytes<channels>(roi));
     const LabelFrame frame(scratch.take<std::int32_t>(pixels), roi);
-    auto *const links = scratch.take<FallingLists::Links>(pixels + FallingLists::levels);
-    Forest<channels> forest(frame, scratch.take<Cell<channels>>(pixels), links);
+    auto *const cells = scratch.take<Cell<channels>>(pixels);
+    const Plane<const std::uint8_t> picture{src, srcStep};
     const Plane<const std::int32_t> markers{srcDst, srcDstStep};
-    forest.read(Plane{src, srcStep}, markers);
-    withSegmentMode(norm, flags, [&](auto eight, auto lines) { forest.template grow<eight, lines>(markers); });
+    const auto run = [&]<class Index, std::uint32_t chunk>() {
+        using Lists = FallingLists<Index, chunk>;
+        scratch.take<std::uint8_t>(0, Lists::chunkBytes);
+        const std::int64_t chunks = scratch.left() / Lists::chunkBytes;
+        Forest<channels, Lists> forest(frame, cells, Lists(scratch.take<Index>(chunks * chunk), chunks));
+        forest.read(picture, markers);
+        withSegmentMode(norm, flags, [&](auto eight, auto lines) { forest.template grow<eight, lines>(markers); });
+    };
+    if (pixels <= fewPixels) {
+        run.template operator()<std::uint16_t, 4>();
+    } else {
+        run.template operator()<std::uint32_t, 16>();
+    }
     frame.store(Plane{srcDst, srcDstStep});
     return StatusOk;
 }

@@ -126,7 +126,7 @@ public:
     static constexpr int pixels = 32; // that may be visited before the lists get them
 
     RVX_INLINE void visit(std::int32_t *cell, Place place, std::int64_t pitch, std::int32_t given) {
-        forNeighbours<eight>(pitch, [&](std::int64_t offset) {
+        forNeighbours<eight>(pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
             const std::int32_t held = cell[offset];
             entries_[count_] = {place + static_cast<Place>(offset), held};
             count_ += static_cast<std::uint32_t>(held) >> 31;
