@@ -73,20 +73,22 @@ struct LabelFrame {
 
 // Calls function(offset) for the neighbours of a pixel in a frame with that many cells a row, in scan order.
 template <bool eight, class Function> RVX_INLINE void forNeighbours(std::int64_t pitch, const Function &function) {
-    const auto row = [&](std::int64_t offset, auto corners, auto middle) {
-        if constexpr (corners) {
-            function(offset - 1);
-        }
-        if constexpr (middle) {
-            function(offset);
-        }
-        if constexpr (corners) {
-            function(offset + 1);
-        }
-    };
-    row(-pitch, std::bool_constant<eight>{}, std::true_type{});
-    row(0, std::true_type{}, std::false_type{});
-    row(pitch, std::bool_constant<eight>{}, std::true_type{});
+    if constexpr (eight) {
+        function(-pitch - 1);
+    }
+    function(-pitch);
+    if constexpr (eight) {
+        function(-pitch + 1);
+    }
+    function(std::int64_t{-1});
+    function(std::int64_t{1});
+    if constexpr (eight) {
+        function(pitch - 1);
+    }
+    function(pitch);
+    if constexpr (eight) {
+        function(pitch + 1);
+    }
 }
 
 // The label of the cells above 0 around a cell, of which there is one at least; 0 if they differ. Cell by cell: they
