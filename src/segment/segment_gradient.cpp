@@ -11,6 +11,7 @@
 #include "frame/api.h"
 
 #include "kernel/scratch.h"
+#include "kernel/vec/numbers.h"
 #include "segment/level_lists.h"
 
 namespace rvxcv {
@@ -26,7 +27,7 @@ constexpr std::int64_t fewPixels = 14000;
 // Picture in the lower bytes, level in the highest one.
 template <int channels> using Cell = std::conditional_t<channels == 1, std::uint16_t, std::uint32_t>;
 template <int channels> constexpr int levelShift = 8 * channels;
-constexpr std::uint32_t freeLevel = 255;
+constexpr std::int32_t freeLevel = 255;
 
 template <int channels> RVX_INLINE std::uint32_t levelOf(Cell<channels> cell) {
     return std::uint32_t{cell} >> levelShift<channels>;
@@ -34,13 +35,13 @@ template <int channels> RVX_INLINE std::uint32_t levelOf(Cell<channels> cell) {
 template <int channels> RVX_INLINE Cell<channels> withLevel(Cell<channels> cell, std::uint32_t level) {
     return static_cast<Cell<channels>>((cell & ((1u << levelShift<channels>)-1)) | level << levelShift<channels>);
 }
-template <int channels> RVX_INLINE std::uint32_t weight(Cell<channels> a, Cell<channels> b) {
-    std::uint32_t most = 0;
-    for (int c = 0; c < channels; ++c) {
-        const auto p = static_cast<std::uint8_t>(a >> (8 * c)), q = static_cast<std::uint8_t>(b >> (8 * c));
-        most = std::max(most, static_cast<std::uint32_t>(std::abs(p - q)));
+template <int channels> RVX_INLINE I32x8 weights(I32x8 a, I32x8 b) {
+    U8x32 most = absDiff(U8x32{{a.v}}, U8x32{{b.v}});
+    if constexpr (channels == 3) {
+        const I32x8 all{{most.v}};
+        most = max(most, max(U8x32{{shiftRightLogical<8>(all).v}}, U8x32{{shiftRightLogical<16>(all).v}}));
     }
-    return most;
+    return bitAnd(I32x8{{most.v}}, splat(255));
 }
 
 template <int channels, class Lists> class Forest {
@@ -60,7 +61,7 @@ public:
                 store(labels + x, select(equal(mark, zero), splat(-1), max(mark, zero)), span);
             });
             for (std::int64_t x = 0; x < width; ++x) {
-                std::uint32_t cell = labels[x] < 0 ? freeLevel << levelShift<channels> : 0;
+                std::uint32_t cell = labels[x] < 0 ? std::uint32_t{freeLevel} << levelShift<channels> : 0;
                 for (int c = 0; c < channels; ++c) {
                     cell |= std::uint32_t{row[x * channels + c]} << (8 * c);
                 }
@@ -76,7 +77,9 @@ public:
 
     template <bool eight, bool lines> void grow(Plane<const std::int32_t> markers) {
         const std::int64_t pitch = frame_.pitch;
-        frame_.forSeeds(markers, [&](Place place) { offerAround<eight, lines>(place); });
+        std::int32_t offsets[8] = {}, count = 0;
+        forNeighbours<eight>(pitch, [&](std::int64_t offset) { offsets[count++] = static_cast<std::int32_t>(offset); });
+        frame_.forSeeds(markers, [&](Place place) { offerAround<eight, lines>(place, offsets); });
         while (!lists_.empty()) {
             std::uint32_t level = 0;
             const Place place = lists_.takeFirst(&level);
@@ -84,6 +87,9 @@ public:
             prefetch(cells_ + later - pitch);
             prefetch(cells_ + later);
             prefetch(cells_ + later + pitch);
+            prefetch(frame_.cells + later - pitch);
+            prefetch(frame_.cells + later);
+            prefetch(frame_.cells + later + pitch);
             const Cell<channels> cell = cells_[place];
             if (levelOf<channels>(cell) != level) {
                 continue;
@@ -96,36 +102,47 @@ public:
                 }
                 frame_.cells[place] = label;
             }
-            offerAround<eight, lines>(place);
+            offerAround<eight, lines>(place, offsets);
         }
     }
 
 private:
-    template <bool eight, bool lines> RVX_INLINE void offerAround(Place place) {
-        struct {
-            Place place;
-            std::uint32_t level;
-        } taken[eight ? 9 : 5];
-        std::uint32_t count = 0;
-        const Cell<channels> from = cells_[place];
-        forNeighbours<eight>(frame_.pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
-            const Place to = place + static_cast<Place>(offset);
-            const Cell<channels> cell = cells_[to];
-            const std::uint32_t level = weight<channels>(from, cell), before = levelOf<channels>(cell);
-            taken[count] = {to, level};
-            count += static_cast<std::uint32_t>(level < before);
-            if ((level & before) == freeLevel) [[unlikely]] {
-                count += static_cast<std::uint32_t>(frame_.cells[to]) >> 31;
+    template <bool eight, bool lines> RVX_INLINE void offerAround(Place place, const std::int32_t *offsets) {
+        const I32x8 around = cellsAround<eight>(cells_ + place, frame_.pitch);
+        const I32x8 offered = weights<channels>(around, splat(static_cast<std::int32_t>(cells_[place])));
+        const I32x8 before = shiftRightLogical<levelShift<channels>>(around);
+        std::uint32_t taken = laneBits(greater(before, offered));
+        const auto highest = laneBits(equal(min(before, offered), splat(freeLevel)));
+        if (highest != 0) [[unlikely]] {
+            for (int i = 0; i < 8; ++i) {
+                const std::int32_t label = frame_.cells[place + static_cast<Place>(offsets[i])];
+                taken |= highest & static_cast<std::uint32_t>(label) >> 31 << i;
             }
-        });
+        }
+        std::int32_t levels[8];
+        store(levels, offered);
         const std::int32_t label = lines ? 0 : frame_.cells[place];
-        for (std::uint32_t i = 0; i < count; ++i) {
-            const Place to = taken[i].place;
+        for (; taken != 0; taken &= taken - 1) {
+            const int i = std::countr_zero(taken);
+            const Place to = place + static_cast<Place>(offsets[i]);
+            const auto level = static_cast<std::uint32_t>(levels[i]);
             frame_.cells[to] = label;
-            cells_[to] = withLevel<channels>(cells_[to], taken[i].level);
-            lists_.append(taken[i].level, to, [this](Place place_, std::uint32_t level) {
-                return levelOf<channels>(cells_[place_]) == level;
+            cells_[to] = withLevel<channels>(cells_[to], level);
+            lists_.append(level, to, [this](Place entry, std::uint32_t of) {
+                return levelOf<channels>(cells_[entry]) == of;
             });
+        }
+    }
+
+    // In scan order; of four neighbours the other lanes hold cells that take nothing.
+    template <bool eight> static RVX_INLINE I32x8 cellsAround(const Cell<channels> *cell, std::int64_t pitch) {
+        const Cell<channels> *const above = cell - pitch, *const below = cell + pitch;
+        const auto number = [](Cell<channels> c) { return static_cast<std::int32_t>(c); };
+        if constexpr (eight) {
+            return numbers(number(above[-1]), number(above[0]), number(above[1]), number(cell[-1]), number(cell[1]),
+                           number(below[-1]), number(below[0]), number(below[1]));
+        } else {
+            return numbers(number(above[0]), number(cell[-1]), number(cell[1]), number(below[0]), 0, 0, 0, 0);
         }
     }
 
