@@ -96,10 +96,11 @@ template <bool eight, class Function> RVX_INLINE void forNeighbours(std::int64_t
 template <bool eight> RVX_INLINE std::int32_t commonLabel(const std::int32_t *cell, std::int64_t pitch) {
     std::int32_t most = 0;
     std::uint32_t least = ~0u; // of labels less 1, which is below 2^31 for labels alone
-    forNeighbours<eight>(pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
-        most = std::max(most, cell[offset]);
-        least = std::min(least, static_cast<std::uint32_t>(cell[offset]) - 1);
-    });
+    forNeighbours<eight>(
+        pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
+            most = std::max(most, cell[offset]);
+            least = std::min(least, static_cast<std::uint32_t>(cell[offset]) - 1);
+        });
     return static_cast<std::uint32_t>(most) - 1 == least ? most : 0;
 }
 

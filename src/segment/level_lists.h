@@ -55,8 +55,7 @@ public:
     static constexpr std::int64_t chunkBytes = std::int64_t{chunk} * sizeof(Index);
 
     FallingLists(Index *slots, std::int64_t chunks)
-        : slots_(slots),
-          end_(static_cast<std::uint32_t>(std::min<std::int64_t>(chunks, UINT32_MAX / chunk) * chunk)) {
+        : slots_(slots), end_(static_cast<std::uint32_t>(std::min<std::int64_t>(chunks, UINT32_MAX / chunk) * chunk)) {
         std::fill(heads_, heads_ + levels, none);
         std::fill(tails_, tails_ + levels, none);
     }
@@ -179,7 +178,7 @@ private:
 
     Index *slots_;
     std::uint32_t end_, fresh_ = chunk;
-    std::uint32_t free_ = 0; // the first free chunk; its last slot leads to the next one
+    std::uint32_t free_ = 0;  // the first free chunk; its last slot leads to the next one
     std::uint32_t words_ = 0; // of occupied_, which are not 0
     std::uint64_t occupied_[levels / 64] = {};
     std::uint32_t heads_[levels], tails_[levels];

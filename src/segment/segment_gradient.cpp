@@ -5,8 +5,8 @@
 // label (negative in free pixels) decides. All others have level 0 and take nothing. With lines the label of a listed
 // pixel is 0, and it is found when the pixel is taken.
 //
-// Scratch: labels (4 Q), and cells of two bytes for one channel and four for three; the rest, 9 Q + 4096 less at most 70
-// bytes for the alignment, is the pool of the lists. A small picture has short lists and short words for its places:
+// Scratch: labels (4 Q), and cells of two bytes for one channel and four for three; the rest, 9 Q + 4096 less at most
+// 70 bytes for the alignment, is the pool of the lists. A small picture has short lists and short words for its places:
 // chunks of three entries, 8 bytes each, of which P / 3 + 256 must be there. A larger one has 15 entries in 64 bytes.
 #include "frame/api.h"
 
@@ -128,9 +128,8 @@ private:
             const auto level = static_cast<std::uint32_t>(levels[i]);
             frame_.cells[to] = label;
             cells_[to] = withLevel<channels>(cells_[to], level);
-            lists_.append(level, to, [this](Place entry, std::uint32_t of) {
-                return levelOf<channels>(cells_[entry]) == of;
-            });
+            lists_.append(level, to,
+                          [this](Place entry, std::uint32_t of) { return levelOf<channels>(cells_[entry]) == of; });
         }
     }
 
@@ -152,9 +151,8 @@ private:
 };
 
 template <int channels>
-StatusCode segmentGradient(const std::uint8_t *src, std::int32_t srcStep, std::int32_t *srcDst,
-                           std::int32_t srcDstStep, RoiSize roi, NormKind norm, std::int32_t flags,
-                           std::uint8_t *buffer) {
+StatusCode segmentGradient(const std::uint8_t *src, std::int32_t srcStep, std::int32_t *srcDst, std::int32_t srcDstStep,
+                           RoiSize roi, NormKind norm, std::int32_t flags, std::uint8_t *buffer) {
     const StatusCode status =
         segmentChecks<std::uint8_t, channels>(src, srcStep, srcDst, srcDstStep, roi, norm, flags, buffer);
     if (status != StatusOk) {

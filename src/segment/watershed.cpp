@@ -111,9 +111,8 @@ RisingLists prepare(Plane<const std::uint16_t> src, Plane<const std::int32_t> ma
             ++counts[rank];
             cells[x] = ~static_cast<std::int32_t>(rank);
         }
-        walkRow<8>(roi.width, [&](std::int64_t i, auto span) {
-            mark(cells + i, load<I32x8>(cells + i, span), marks + i, span);
-        });
+        walkRow<8>(roi.width,
+                   [&](std::int64_t i, auto span) { mark(cells + i, load<I32x8>(cells + i, span), marks + i, span); });
     }
     return {counts, counts + ranks.count(), ranks.count(), places};
 }
@@ -126,12 +125,13 @@ public:
     static constexpr int pixels = 32; // that may be visited before the lists get them
 
     RVX_INLINE void visit(std::int32_t *cell, Place place, std::int64_t pitch, std::int32_t given) {
-        forNeighbours<eight>(pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
-            const std::int32_t held = cell[offset];
-            entries_[count_] = {place + static_cast<Place>(offset), held};
-            count_ += static_cast<std::uint32_t>(held) >> 31;
-            cell[offset] = held < 0 ? given : held;
-        });
+        forNeighbours<eight>(
+            pitch, [&](std::int64_t offset) __attribute__((always_inline)) {
+                const std::int32_t held = cell[offset];
+                entries_[count_] = {place + static_cast<Place>(offset), held};
+                count_ += static_cast<std::uint32_t>(held) >> 31;
+                cell[offset] = held < 0 ? given : held;
+            });
     }
 
     RVX_INLINE void appendTo(const RisingLists &lists, std::uint32_t level) {
@@ -159,25 +159,26 @@ void flood(const LabelFrame &frame, const RisingLists &lists, Plane<const std::i
         found.visit(cells + place, place, pitch, lines ? 0 : cells[place]);
         found.appendTo(lists, 0);
     });
-    lists.run<Found<eight>::pixels>([&](const Place *places, std::uint32_t n, std::uint32_t waiting, std::uint32_t level) {
-        for (std::uint32_t i = 1; i <= n; ++i) {
-            const Place place = *(places - i);
-            const Place next = *(places - std::min(i + 16, waiting));
-            prefetch(cells + next - pitch);
-            prefetch(cells + next);
-            prefetch(cells + next + pitch);
-            std::int32_t *const cell = cells + place;
-            if constexpr (lines) {
-                const std::int32_t label = commonLabel<eight>(cell, pitch);
-                if (label == 0) {
-                    continue;
+    lists.run<Found<eight>::pixels>(
+        [&](const Place *places, std::uint32_t n, std::uint32_t waiting, std::uint32_t level) {
+            for (std::uint32_t i = 1; i <= n; ++i) {
+                const Place place = *(places - i);
+                const Place next = *(places - std::min(i + 16, waiting));
+                prefetch(cells + next - pitch);
+                prefetch(cells + next);
+                prefetch(cells + next + pitch);
+                std::int32_t *const cell = cells + place;
+                if constexpr (lines) {
+                    const std::int32_t label = commonLabel<eight>(cell, pitch);
+                    if (label == 0) {
+                        continue;
+                    }
+                    *cell = label;
                 }
-                *cell = label;
+                found.visit(cell, place, pitch, lines ? 0 : *cell);
             }
-            found.visit(cell, place, pitch, lines ? 0 : *cell);
-        }
-        found.appendTo(lists, level);
-    });
+            found.appendTo(lists, level);
+        });
 }
 
 template <class T>

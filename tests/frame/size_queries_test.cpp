@@ -87,6 +87,8 @@ const Shape shapes[] = {
     {"rvxiFastMarching", roiOnly},
     {"rvxiInpaint",
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), std::min(s.side, 100), a); }},
+    {"rvxiSegmentWatershed", roiOnly},
+    {"rvxiSegmentGradient", roiOnly},
     {"rvxiUndistort", roiOnly},
     {"rvxiForegroundGaussian",
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &gaussianBackground, a); }},

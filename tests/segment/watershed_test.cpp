@@ -191,8 +191,7 @@ struct GradientC3 {
 template <class Member>
 constexpr bool floods = std::is_same_v<Member, Watershed8u> || std::is_same_v<Member, Watershed16u>;
 
-template <class Member>
-Labels plain(const Grid &grid, const Picture &picture, const Labels &markers, bool lines) {
+template <class Member> Labels plain(const Grid &grid, const Picture &picture, const Labels &markers, bool lines) {
     if constexpr (floods<Member>) {
         return plainWatershed(grid, picture.values, markers, lines);
     } else {
@@ -214,8 +213,7 @@ Labels segment(const Grid &grid, const Picture &picture, const Labels &markers, 
     GuardedImage<T> src(grid.width * Member::channels, grid.height,
                         {.padding = salt % 5 == 1 ? 6 * size : 0, .guard = guard, .skew = salt % 5 == 2 ? 1 : 0});
     GuardedImage<std::int32_t> image(
-        grid.width, grid.height,
-        {.padding = salt % 5 == 3 ? 12 : 0, .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
+        grid.width, grid.height, {.padding = salt % 5 == 3 ? 12 : 0, .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
     for (std::int64_t y = 0; y < grid.height; ++y) {
         for (std::int64_t x = 0; x < grid.width * Member::channels; ++x) {
             src.set(x, y, static_cast<T>(picture.values[at(x, y, Member::channels)]));
@@ -319,6 +317,180 @@ TYPED_TEST(Segment, RandomPicturesAgainstTheText) {
     for (int i = 0; i < 8; ++i) {
         ASSERT_NO_FATAL_FAILURE(run(211, 97));
     }
+}
+
+// What no list shows: no seed changes nothing; one reaches everything but what walls enclose; values count by order.
+TYPED_TEST(Segment, SeedsWallsAndLevels) {
+    using T = typename TypeParam::Element;
+    Rng rng = makeRng("seeds", sizeof(T) + TypeParam::channels);
+    const Grid grid{31, 23, true};
+    Picture picture = randomPicture<T>(grid, TypeParam::channels, 0, rng);
+    Labels markers(grid.pixels());
+    markers[5] = -7;
+    EXPECT_EQ(segment<TypeParam>(grid, picture, markers, true), markers);
+    for (std::size_t y = 0; y < 23; ++y) {
+        markers[31 * y + 20] = INT32_MIN;
+    }
+    markers[40] = INT32_MAX;
+    Labels want = markers;
+    for (std::size_t p = 0; p < want.size(); ++p) {
+        want[p] = want[p] == 0 && p % 31 < 20 ? INT32_MAX : want[p];
+    }
+    EXPECT_EQ(segment<TypeParam>(grid, picture, markers, true), want);
+    EXPECT_EQ(segment<TypeParam>(grid, picture, markers, false), want);
+
+    markers[300] = 9;
+    markers[500] = 8;
+    const Labels before = segment<TypeParam>(grid, picture, markers, true);
+    for (int &value : picture.values) {
+        value =
+            floods<TypeParam> ? static_cast<int>(value * value * (std::numeric_limits<T>::max() / 9) + 5) : value * 9;
+    }
+    EXPECT_EQ(segment<TypeParam>(grid, picture, markers, true), before);
+}
+
+// Two overlapping discs: the inverted distance to the outside has its ridge in column 40.
+TEST(Watershed, OverlappingDiscs) {
+    constexpr std::int64_t width = 81, height = 51;
+    const auto inside = [](std::int64_t x, std::int64_t y) {
+        const std::int64_t dy = (y - 25) * (y - 25);
+        return (x - 25) * (x - 25) + dy <= 18 * 18 || (x - 55) * (x - 55) + dy <= 18 * 18;
+    };
+    for (const bool eight : {false, true}) {
+        const Grid grid{width, height, eight};
+        Picture relief{1, std::vector<int>(grid.pixels())};
+        Labels markers(grid.pixels(), -1);
+        for (std::int64_t p = 0; p < width * height; ++p) {
+            double nearest = 1e9;
+            for (std::int64_t q = 0; q < width * height; ++q) {
+                if (!inside(q % width, q / width)) {
+                    nearest = std::min(nearest, std::hypot(p % width - q % width, p / width - q / width));
+                }
+            }
+            relief.values[static_cast<std::size_t>(p)] = 255 - static_cast<int>(8 * nearest);
+            markers[static_cast<std::size_t>(p)] = inside(p % width, p / width) ? 0 : -1;
+        }
+        markers[25 * width + 25] = 1;
+        markers[25 * width + 55] = 2;
+        for (const bool lines : {false, true}) {
+            const Labels labels = segment<Watershed8u>(grid, relief, markers, lines);
+            EXPECT_EQ(std::count(labels.begin(), labels.end(), 1), lines ? 961 : 980);
+            EXPECT_EQ(std::count(labels.begin(), labels.end(), 2), 961);
+            EXPECT_EQ(std::count(labels.begin(), labels.end(), 0), lines ? 19 : 0);
+            EXPECT_EQ(labels[25 * width + 40], lines ? 0 : 1);
+        }
+    }
+}
+
+// The pixels' levels add up to the weight of a minimum spanning tree in which all seeds are one (Kruskal). This is a
+// test of the reference, to which all results are compared.
+TEST(Gradient, LevelsAddUpToTheSmallestTotal) {
+    Rng rng = makeRng("kruskal");
+    for (const bool eight : {false, true}) {
+        const Grid grid{29, 31, eight};
+        const Picture picture = randomPicture<std::uint8_t>(grid, 1, 1, rng);
+        Labels markers(grid.pixels());
+        for (int i = 0; i < 9; ++i) {
+            markers[static_cast<std::size_t>(uniform(rng, 0, 29 * 31 - 1))] = i + 1;
+        }
+        std::vector<std::array<std::size_t, 3>> edges;
+        std::vector<std::size_t> parents(grid.pixels());
+        std::iota(parents.begin(), parents.end(), 0);
+        const std::size_t seed = static_cast<std::size_t>(
+            std::find_if(markers.begin(), markers.end(), [](int m) { return m > 0; }) - markers.begin());
+        for (std::size_t p = 0; p < markers.size(); ++p) {
+            parents[p] = markers[p] > 0 ? seed : p;
+            for (const std::size_t q : grid.around(p)) {
+                edges.push_back({static_cast<std::size_t>(picture.weight(p, q)), p, q});
+            }
+        }
+        std::sort(edges.begin(), edges.end());
+        const auto root = [&](std::size_t p) {
+            while (parents[p] != p) {
+                p = parents[p];
+            }
+            return p;
+        };
+        std::int64_t want = 0, total = 0;
+        for (const auto &[w, p, q] : edges) {
+            if (root(p) != root(q)) {
+                parents[root(p)] = root(q);
+                want += static_cast<std::int64_t>(w);
+            }
+        }
+        const Labels labels = plainGradient(
+            grid, [&](std::size_t p, std::size_t q) { return picture.weight(p, q); }, markers, false, &total);
+        EXPECT_EQ(total, want);
+    }
+}
+
+// Rows of seeds offer each pixel between them six levels, one below the other, so that there are more entries in the
+// lists than these have room for; and a part of them at random.
+template <class Member> void checkCrowdedLists() {
+    constexpr std::int64_t width = 40, height = 1700, channels = Member::channels;
+    Rng rng = makeRng("crowded", channels);
+    const Grid grid{width, height, true};
+    for (const int noise : {0, 1}) {
+        Picture picture{static_cast<int>(channels),
+                        std::vector<int>(static_cast<std::size_t>(width * height * channels))};
+        Labels markers(grid.pixels());
+        for (std::size_t p = 0; p < markers.size(); ++p) {
+            const std::int64_t x = static_cast<std::int64_t>(p) % width, row = static_cast<std::int64_t>(p) / width;
+            const bool seed = row % 2 == 0, other = noise != 0 && uniform(rng, 0, 5) == 0;
+            markers[p] = seed ? static_cast<std::int32_t>(row + 1) : 0;
+            const std::int64_t value = other ? uniform(rng, 0, 255) : seed ? 255 - row / 2 % 70 * 3 - x : 0;
+            picture.values[p * channels + static_cast<std::size_t>(x % channels)] = static_cast<int>(value);
+        }
+        if (channels == 3) {
+            for (std::size_t e = 0; e < picture.values.size(); ++e) {
+                picture.values[e] =
+                    std::max({picture.values[e / 3 * 3], picture.values[e / 3 * 3 + 1], picture.values[e / 3 * 3 + 2]});
+            }
+        }
+        const bool lines = noise != 0;
+        EXPECT_TRUE(equalLabels(grid, plain<Member>(grid, picture, markers, lines),
+                                segment<Member>(grid, picture, markers, lines)));
+    }
+}
+TEST(Gradient, CrowdedLists) {
+    checkCrowdedLists<GradientC1>();
+    checkCrowdedLists<GradientC3>();
+}
+
+template <class T> struct Call {
+    const T *src;
+    std::int32_t srcStep;
+    std::int32_t *srcDst;
+    std::int32_t srcDstStep;
+    RoiSize roi;
+    NormKind norm;
+    std::int32_t flags;
+    std::uint8_t *buffer;
+};
+
+TYPED_TEST(Segment, StatusesInTheOrderOfTheChecks) {
+    using T = typename TypeParam::Element;
+    using C = Call<T>;
+    constexpr std::int64_t rowBytes = 9 * TypeParam::channels * static_cast<std::int64_t>(sizeof(T));
+    GuardedImage<T> src(9 * TypeParam::channels, 6);
+    GuardedImage<std::int32_t> image(9, 6);
+    GuardedBuffer scratch(TypeParam::bytes(11 * 8));
+    Faults<C> faults;
+    faults.nulls(&C::src, &C::srcDst, &C::buffer).empty(&C::roi);
+    faults.shortSteps(rowBytes, &C::srcStep).shortSteps(36, &C::srcDstStep);
+    faults.unevenSteps(rowBytes, sizeof(T), &C::srcStep).unevenSteps(36, 4, &C::srcDstStep);
+    faults.values(StatusBadArgument, &C::norm, {NormL2, -1}).values(StatusBadArgument, &C::flags, {2, -1});
+    expectFaultOrder<C>(
+        {src.data(), src.step(), image.data(), image.step(), image.roi(), NormL1, SegmentLines, scratch.data()}, faults,
+        [](const C &c) {
+            return TypeParam::call(c.src, c.srcStep, c.srcDst, c.srcDstStep, c.roi, c.norm, c.flags, c.buffer);
+        },
+        [&] { return image.bytes(); });
+    std::int32_t size = -1;
+    EXPECT_EQ(TypeParam::query({9, 6}, nullptr), StatusNullPointer);
+    EXPECT_EQ(TypeParam::query({0, 6}, &size), StatusBadSize);
+    EXPECT_EQ(TypeParam::query({40000, 40000}, &size), StatusBadSize);
+    EXPECT_EQ(size, -1);
 }
 
 } // namespace

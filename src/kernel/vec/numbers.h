@@ -6,8 +6,8 @@
 
 namespace rvxcv {
 
-RVX_INLINE I32x8 numbers(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d, std::int32_t e,
-                         std::int32_t f, std::int32_t g, std::int32_t h) {
+RVX_INLINE I32x8 numbers(std::int32_t a, std::int32_t b, std::int32_t c, std::int32_t d, std::int32_t e, std::int32_t f,
+                         std::int32_t g, std::int32_t h) {
     return {{_mm256_setr_epi32(a, b, c, d, e, f, g, h)}};
 }
 
