@@ -30,6 +30,7 @@ void addTrack(Program &program);
 void addDetect(Program &program);
 void addTrain(Program &program);
 void addScene(Program &program);
+void addSegment(Program &program);
 void addUndistort(Program &program);
 void addStats(Program &program);
 void addCompare(Program &program);
