@@ -91,6 +91,10 @@ awk -v w="$width" -v h="$height" 'BEGIN {
 said=$("$bin" inpaint "$picture" --mask "$out/scratches.pbm" -o "$out/inpaint.png" --show "$out/scratched.png")
 show scratched.png "the picture with scratches, in magenta"
 show inpaint.png "the scratches filled from what is around them" "$said"
+said=$("$bin" segment "$picture" -o "$out/segment.png")
+show segment.png "regions by themselves: the watershed of the gradient" "$said"
+said=$("$bin" segment "$picture" -o "$out/means.png" --method gradient --show means)
+show means.png "regions by the picture's own steps, in their mean colours" "$said"
 for op in open tophat gradient; do
     "$bin" morph "$op" "$picture" -o "$out/morph-$op.png" --mask ellipse:9x9
     show "morph-$op.png" "morphology: $op with an ellipse of 9x9"

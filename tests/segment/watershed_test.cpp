@@ -306,7 +306,7 @@ TYPED_TEST(Segment, RandomPicturesAgainstTheText) {
             }
         }
     };
-    for (std::int64_t width = 1; width <= 35; ++width) {
+    for (const std::int64_t width : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 24, 33}) {
         for (const std::int64_t height : {1, 2, 3, 7}) {
             ASSERT_NO_FATAL_FAILURE(run(width, height));
         }
@@ -314,7 +314,7 @@ TYPED_TEST(Segment, RandomPicturesAgainstTheText) {
     for (const std::int64_t width : {1, 2, 63, 64, 65, 127, 131}) {
         ASSERT_NO_FATAL_FAILURE(run(width, 40));
     }
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < 3; ++i) {
         ASSERT_NO_FATAL_FAILURE(run(211, 97));
     }
 }
