@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <functional>
 #include <map>
 #include <numeric>
 
@@ -16,7 +15,6 @@ namespace {
 using namespace support;
 
 using Labels = std::vector<std::int32_t>;
-using Weight = std::function<int(std::size_t, std::size_t)>; // of two neighbours
 
 struct Grid {
     std::int64_t width, height;
@@ -37,6 +35,21 @@ struct Grid {
             }
         }
         return result;
+    }
+};
+
+// A picture of up to three channels, element by element.
+struct Picture {
+    int channels = 1;
+    std::vector<int> values;
+
+    int weight(std::size_t p, std::size_t q) const {
+        int most = 0;
+        const auto n = static_cast<std::size_t>(channels);
+        for (std::size_t c = 0; c < n; ++c) {
+            most = std::max(most, std::abs(values[n * p + c] - values[n * q + c]));
+        }
+        return most;
     }
 };
 
@@ -108,11 +121,11 @@ Labels plainWatershed(const Grid &grid, const std::vector<int> &relief, const La
 }
 
 // `total` receives the sum of level(q) over the pixels that got a label.
-Labels plainGradient(const Grid &grid, const Weight &weight, const Labels &markers, bool lines, std::int64_t *total) {
+Labels plainGradient(const Grid &grid, const Picture &picture, const Labels &markers, bool lines, std::int64_t *total) {
     Flood flood(grid, lines, markers);
     std::vector<int> levels(markers.size());
     const auto offer = [&](std::size_t p, std::size_t q) {
-        const int w = weight(p, q);
+        const int w = picture.weight(p, q);
         if (flood.states[q] == State::listed && w < levels[q]) {
             auto &list = flood.lists[levels[q]];
             list.erase(std::find(list.begin(), list.end(), q));
@@ -145,78 +158,49 @@ Labels plainGradient(const Grid &grid, const Weight &weight, const Labels &marke
     return flood.labels;
 }
 
-// A picture of up to three channels, element by element.
-struct Picture {
-    int channels = 1;
-    std::vector<int> values;
+template <class T, int channelCount, bool isWatershed, auto function, auto sizeQuery, int perPixel, int more>
+struct Member {
+    using Element = T;
+    static constexpr int channels = channelCount;
+    static constexpr bool floods = isWatershed;
+    static constexpr auto call = function;
+    static constexpr auto query = sizeQuery;
+    static std::int64_t bytes(std::int64_t framed) { return perPixel * framed + more; }
+};
+using Watershed8u = Member<std::uint8_t, 1, true, rvxiSegmentWatershed_8u32s_C1IR,
+                           rvxiSegmentWatershedGetBufferSize_8u32s_C1R, 9, 4096>;
+using Watershed16u = Member<std::uint16_t, 1, true, rvxiSegmentWatershed_16u32s_C1IR,
+                            rvxiSegmentWatershedGetBufferSize_16u32s_C1R, 10, 540672>;
+using GradientC1 = Member<std::uint8_t, 1, false, rvxiSegmentGradient_8u32s_C1IR,
+                          rvxiSegmentGradientGetBufferSize_8u32s_C1R, 15, 4096>;
+using GradientC3 = Member<std::uint8_t, 3, false, rvxiSegmentGradient_8u32s_C3C1IR,
+                          rvxiSegmentGradientGetBufferSize_8u32s_C3C1R, 17, 4096>;
 
-    int weight(std::size_t p, std::size_t q) const {
-        int most = 0;
-        const auto n = static_cast<std::size_t>(channels);
-        for (std::size_t c = 0; c < n; ++c) {
-            most = std::max(most, std::abs(values[n * p + c] - values[n * q + c]));
-        }
-        return most;
-    }
-};
-
-struct Watershed8u {
-    using Element = std::uint8_t;
-    static constexpr int channels = 1;
-    static constexpr auto call = rvxiSegmentWatershed_8u32s_C1IR;
-    static constexpr auto query = rvxiSegmentWatershedGetBufferSize_8u32s_C1R;
-    static std::int64_t bytes(std::int64_t framed) { return 9 * framed + 4096; }
-};
-struct Watershed16u {
-    using Element = std::uint16_t;
-    static constexpr int channels = 1;
-    static constexpr auto call = rvxiSegmentWatershed_16u32s_C1IR;
-    static constexpr auto query = rvxiSegmentWatershedGetBufferSize_16u32s_C1R;
-    static std::int64_t bytes(std::int64_t framed) { return 10 * framed + 540672; }
-};
-struct GradientC1 {
-    using Element = std::uint8_t;
-    static constexpr int channels = 1;
-    static constexpr auto call = rvxiSegmentGradient_8u32s_C1IR;
-    static constexpr auto query = rvxiSegmentGradientGetBufferSize_8u32s_C1R;
-    static std::int64_t bytes(std::int64_t framed) { return 15 * framed + 4096; }
-};
-struct GradientC3 {
-    using Element = std::uint8_t;
-    static constexpr int channels = 3;
-    static constexpr auto call = rvxiSegmentGradient_8u32s_C3C1IR;
-    static constexpr auto query = rvxiSegmentGradientGetBufferSize_8u32s_C3C1R;
-    static std::int64_t bytes(std::int64_t framed) { return 17 * framed + 4096; }
-};
-template <class Member>
-constexpr bool floods = std::is_same_v<Member, Watershed8u> || std::is_same_v<Member, Watershed16u>;
-
-template <class Member> Labels plain(const Grid &grid, const Picture &picture, const Labels &markers, bool lines) {
-    if constexpr (floods<Member>) {
+template <class M> Labels plain(const Grid &grid, const Picture &picture, const Labels &markers, bool lines) {
+    if constexpr (M::floods) {
         return plainWatershed(grid, picture.values, markers, lines);
     } else {
         std::int64_t total = 0;
-        return plainGradient(
-            grid, [&](std::size_t p, std::size_t q) { return picture.weight(p, q); }, markers, lines, &total);
+        return plainGradient(grid, picture, markers, lines, &total);
     }
 }
 
 // Runs the library on guarded memory whose layout `salt` varies, one part at a time.
-template <class Member>
+template <class M>
 Labels segment(const Grid &grid, const Picture &picture, const Labels &markers, bool lines, int salt = 0) {
-    using T = typename Member::Element;
+    using T = typename M::Element;
     const auto at = [&](std::int64_t x, std::int64_t y, int channels) {
         return static_cast<std::size_t>(y * grid.width * channels + x);
     };
     const Guard guard = salt % 2 != 0 ? Guard::before : Guard::behind;
     constexpr std::int64_t size = sizeof(T);
-    GuardedImage<T> src(grid.width * Member::channels, grid.height,
+    GuardedImage<T> src(grid.width * M::channels, grid.height,
                         {.padding = salt % 5 == 1 ? 6 * size : 0, .guard = guard, .skew = salt % 5 == 2 ? 1 : 0});
     GuardedImage<std::int32_t> image(
         grid.width, grid.height, {.padding = salt % 5 == 3 ? 12 : 0, .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
     for (std::int64_t y = 0; y < grid.height; ++y) {
-        for (std::int64_t x = 0; x < grid.width * Member::channels; ++x) {
-            src.set(x, y, static_cast<T>(picture.values[at(x, y, Member::channels)]));
+        for (std::int64_t x = 0; x < grid.width * M::channels; ++x) {
+            src.set(x, y, static_cast<T>(picture.values[at(x, y, M::channels)]));
         }
         for (std::int64_t x = 0; x < grid.width; ++x) {
             image.set(x, y, markers[at(x, y, 1)]);
@@ -224,15 +208,14 @@ Labels segment(const Grid &grid, const Picture &picture, const Labels &markers, 
     }
     const std::vector<std::uint8_t> source = src.bytes();
     std::int32_t bytes = 0;
-    EXPECT_EQ(Member::query(image.roi(), &bytes), StatusOk);
-    EXPECT_EQ(bytes, Member::bytes((grid.width + 2) * (grid.height + 2)));
+    EXPECT_EQ(M::query(image.roi(), &bytes), StatusOk);
+    EXPECT_EQ(bytes, M::bytes((grid.width + 2) * (grid.height + 2)));
     // Of the addresses only those before a page can be any.
     GuardedBuffer scratch(bytes + salt % 4, salt % 3 == 0 ? Guard::before : Guard::behind);
     scratch.scribble(static_cast<std::uint8_t>(salt));
     const bool shifted = salt % 3 == 0;
-    EXPECT_EQ(Member::call(src.data(), src.step(), image.data(), image.step(), image.roi(),
-                           grid.eight ? NormInf : NormL1, lines ? SegmentLines : SegmentNoLines,
-                           scratch.data() + (shifted ? salt % 4 : 0)),
+    EXPECT_EQ(M::call(src.data(), src.step(), image.data(), image.step(), image.roi(), grid.eight ? NormInf : NormL1,
+                      lines ? SegmentLines : SegmentNoLines, scratch.data() + (shifted ? salt % 4 : 0)),
               StatusOk);
     EXPECT_EQ(src.bytes(), source) << "the source was written";
     EXPECT_TRUE(image.paddingIntact());
@@ -285,7 +268,7 @@ testing::AssertionResult equalLabels(const Grid &grid, const Labels &want, const
     return testing::AssertionSuccess();
 }
 
-template <class Member> class Segment : public testing::Test {};
+template <class M> class Segment : public testing::Test {};
 using Members = testing::Types<Watershed8u, Watershed16u, GradientC1, GradientC3>;
 TYPED_TEST_SUITE(Segment, Members, );
 
@@ -344,7 +327,7 @@ TYPED_TEST(Segment, SeedsWallsAndLevels) {
     const Labels before = segment<TypeParam>(grid, picture, markers, true);
     for (int &value : picture.values) {
         value =
-            floods<TypeParam> ? static_cast<int>(value * value * (std::numeric_limits<T>::max() / 9) + 5) : value * 9;
+            TypeParam::floods ? static_cast<int>(value * value * (std::numeric_limits<T>::max() / 9) + 5) : value * 9;
     }
     EXPECT_EQ(segment<TypeParam>(grid, picture, markers, true), before);
 }
@@ -390,16 +373,14 @@ TEST(Gradient, LevelsAddUpToTheSmallestTotal) {
         const Grid grid{29, 31, eight};
         const Picture picture = randomPicture<std::uint8_t>(grid, 1, 1, rng);
         Labels markers(grid.pixels());
-        for (int i = 0; i < 9; ++i) {
-            markers[static_cast<std::size_t>(uniform(rng, 0, 29 * 31 - 1))] = i + 1;
+        for (std::size_t i = 7; i < markers.size(); i += 97) {
+            markers[i] = static_cast<std::int32_t>(i);
         }
         std::vector<std::array<std::size_t, 3>> edges;
         std::vector<std::size_t> parents(grid.pixels());
         std::iota(parents.begin(), parents.end(), 0);
-        const std::size_t seed = static_cast<std::size_t>(
-            std::find_if(markers.begin(), markers.end(), [](int m) { return m > 0; }) - markers.begin());
         for (std::size_t p = 0; p < markers.size(); ++p) {
-            parents[p] = markers[p] > 0 ? seed : p;
+            parents[p] = markers[p] > 0 ? 7 : p;
             for (const std::size_t q : grid.around(p)) {
                 edges.push_back({static_cast<std::size_t>(picture.weight(p, q)), p, q});
             }
@@ -418,16 +399,15 @@ TEST(Gradient, LevelsAddUpToTheSmallestTotal) {
                 want += static_cast<std::int64_t>(w);
             }
         }
-        const Labels labels = plainGradient(
-            grid, [&](std::size_t p, std::size_t q) { return picture.weight(p, q); }, markers, false, &total);
+        plainGradient(grid, picture, markers, false, &total);
         EXPECT_EQ(total, want);
     }
 }
 
 // Rows of seeds offer each pixel between them six levels, one below the other, so that there are more entries in the
 // lists than these have room for; and a part of them at random.
-template <class Member> void checkCrowdedLists() {
-    constexpr std::int64_t width = 40, height = 1700, channels = Member::channels;
+template <class M> void checkCrowdedLists() {
+    constexpr std::int64_t width = 40, height = 1700, channels = M::channels;
     Rng rng = makeRng("crowded", channels);
     const Grid grid{width, height, true};
     for (const int noise : {0, 1}) {
@@ -439,17 +419,13 @@ template <class Member> void checkCrowdedLists() {
             const bool seed = row % 2 == 0, other = noise != 0 && uniform(rng, 0, 5) == 0;
             markers[p] = seed ? static_cast<std::int32_t>(row + 1) : 0;
             const std::int64_t value = other ? uniform(rng, 0, 255) : seed ? 255 - row / 2 % 70 * 3 - x : 0;
-            picture.values[p * channels + static_cast<std::size_t>(x % channels)] = static_cast<int>(value);
-        }
-        if (channels == 3) {
-            for (std::size_t e = 0; e < picture.values.size(); ++e) {
-                picture.values[e] =
-                    std::max({picture.values[e / 3 * 3], picture.values[e / 3 * 3 + 1], picture.values[e / 3 * 3 + 2]});
+            for (std::size_t c = 0; c < channels; ++c) {
+                picture.values[p * channels + c] = static_cast<int>(value);
             }
         }
         const bool lines = noise != 0;
-        EXPECT_TRUE(equalLabels(grid, plain<Member>(grid, picture, markers, lines),
-                                segment<Member>(grid, picture, markers, lines)));
+        EXPECT_TRUE(
+            equalLabels(grid, plain<M>(grid, picture, markers, lines), segment<M>(grid, picture, markers, lines)));
     }
 }
 TEST(Gradient, CrowdedLists) {
