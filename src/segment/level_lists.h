@@ -24,8 +24,8 @@ public:
 
     RVX_INLINE void append(std::uint32_t level, Place place) const { places_[--next_[level]] = place; }
 
-    // Calls take(places, n, level) for pixels in their order, `most` at a time; take appends to this level or higher
-    // ones. `ahead` is called with places that will be taken soon.
+    // Calls take(end, n, waiting, level) for all pixels in their order, `most` at a time: the next n are end[-1] to
+    // end[-n], and those that wait in this list reach down to end[-waiting]. take appends to this level or higher ones.
     template <int most, class Take> RVX_INLINE void run(const Take &take) const {
         for (std::uint32_t level = 0; level < levels_; ++level) {
             for (std::uint32_t i = starts_[level]; i != next_[level];) {
