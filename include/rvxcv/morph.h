@@ -493,6 +493,44 @@ StatusCode rvxiMorphGradientBorder_1u_C1R(const uint8_t *src, int32_t srcStep, i
                                           int32_t dstStep, int32_t dstBitOffset, RoiSize roi, BorderKind border,
                                           uint8_t borderValue, const MorphAdvSpec *spec, uint8_t *buffer);
 
+/* ------------------------------------------------------------------------------------------------- Reconstruction */
+
+/* Grows a marker inside a mask until nothing changes (L. Vincent, Morphological Grayscale Reconstruction in Image
+ * Analysis, IEEE Transactions on Image Processing 2(2), 1993): holes are filled, objects that touch the frame removed,
+ * domes and regional maxima found, and openings keep the shapes of what they keep. src is the mask, the limit; srcDst
+ * is the marker and becomes the result, J:
+ *
+ *   Dilate   J = min(marker, mask); then J = min(largest J of the pixel and its neighbours, mask), everywhere at once,
+ *            until nothing changes
+ *   Erode    the same with min and max exchanged
+ *
+ * norm chooses the neighbours: NormInf the eight around a pixel, NormL1 the four beside it. Pixels outside the region
+ * take no part. The result is unique, so it does not depend on the order of the work, and every value of it is one of
+ * the inputs. Of floats the sign of a zero is not fixed; with a NaN in either image the call ends and writes inside the
+ * region, the values are not fixed. src and srcDst may be the same image, which is its own result. The time is
+ * proportional to the pixels, whatever they show.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple (16u
+ * and 32f); StatusBadArgument (norm). */
+StatusCode rvxiMorphReconstructDilate_8u_C1IR(const uint8_t *src, int32_t srcStep, uint8_t *srcDst, int32_t srcDstStep,
+                                              RoiSize roi, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMorphReconstructDilate_16u_C1IR(const uint16_t *src, int32_t srcStep, uint16_t *srcDst,
+                                               int32_t srcDstStep, RoiSize roi, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMorphReconstructDilate_32f_C1IR(const float *src, int32_t srcStep, float *srcDst, int32_t srcDstStep,
+                                               RoiSize roi, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMorphReconstructErode_8u_C1IR(const uint8_t *src, int32_t srcStep, uint8_t *srcDst, int32_t srcDstStep,
+                                             RoiSize roi, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMorphReconstructErode_16u_C1IR(const uint16_t *src, int32_t srcStep, uint16_t *srcDst,
+                                              int32_t srcDstStep, RoiSize roi, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMorphReconstructErode_32f_C1IR(const float *src, int32_t srcStep, float *srcDst, int32_t srcDstStep,
+                                              RoiSize roi, NormKind norm, uint8_t *buffer);
+
+/* Bytes of scratch, which may start at any address: 5 width height + 8 width + 2304. StatusNullPointer,
+ * StatusBadSize. */
+StatusCode rvxiMorphReconstructGetBufferSize_8u_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiMorphReconstructGetBufferSize_16u_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiMorphReconstructGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,4 +1,6 @@
 /* Regions of a picture: distances, filling, labelling and segmentation. */
+
+/* Regions of a picture: distances, filling, labelling, speckles and outlines. */
 #ifndef RVXCV_SEGMENT_H
 #define RVXCV_SEGMENT_H
 
@@ -378,6 +380,43 @@ StatusCode rvxiSegmentWatershedGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *siz
 StatusCode rvxiSegmentWatershedGetBufferSize_16u32s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *size);
+
+/* -------------------------------------------------------------------------------------- Speckles and segment bounds */
+
+/* Removes small patches from disparity, depth and label images. Two pixels that touch on one of four sides are joined
+ * when neither equals newVal and their values differ by at most maxDiff: integers exactly, of floats the difference
+ * rounded to float (a NaN joins nothing, and neither does an infinite pixel another one). Connected components of at
+ * most maxSize pixels are painted newVal; everything else keeps its value. A float pixel that equals newVal as a number
+ * may keep its bits or be painted again (-0.0 and 0.0). The time is proportional to the pixels.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple
+ * (16u, 16s, 32f); StatusBadNormKind (norm other than NormL1); StatusOutOfRange (maxSize below 0); StatusOutOfRange
+ * (maxDiff below 0 or NaN). */
+StatusCode rvxiMarkSpeckles_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t newVal, int32_t maxSize,
+                                    uint8_t maxDiff, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMarkSpeckles_16u_C1IR(uint16_t *srcDst, int32_t srcDstStep, RoiSize roi, uint16_t newVal,
+                                     int32_t maxSize, uint16_t maxDiff, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMarkSpeckles_16s_C1IR(int16_t *srcDst, int32_t srcDstStep, RoiSize roi, int16_t newVal, int32_t maxSize,
+                                     int16_t maxDiff, NormKind norm, uint8_t *buffer);
+StatusCode rvxiMarkSpeckles_32f_C1IR(float *srcDst, int32_t srcDstStep, RoiSize roi, float newVal, int32_t maxSize,
+                                     float maxDiff, NormKind norm, uint8_t *buffer);
+
+/* Bytes of scratch, which may start at any address: 4 width height + 16 width + 64. StatusNullPointer, StatusBadSize.
+ */
+StatusCode rvxiMarkSpecklesGetBufferSize_8u_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiMarkSpecklesGetBufferSize_16u_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiMarkSpecklesGetBufferSize_16s_C1R(RoiSize roi, int32_t *size);
+StatusCode rvxiMarkSpecklesGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+
+/* Outlines segments, in place: a pixel becomes `value` when, in the image as it came, the pixel to its right or the one
+ * below differs from it, or (NormInf) the one below to the left or to the right. Pixels outside the region do not
+ * count. The outline is one pixel wide and lies on the upper left side of the edge.
+ *
+ * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple
+ * (16u, 32s); StatusBadArgument (norm other than NormInf and NormL1). */
+StatusCode rvxiBoundSegments_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t value, NormKind norm);
+StatusCode rvxiBoundSegments_16u_C1IR(uint16_t *srcDst, int32_t srcDstStep, RoiSize roi, uint16_t value, NormKind norm);
+StatusCode rvxiBoundSegments_32s_C1IR(int32_t *srcDst, int32_t srcDstStep, RoiSize roi, int32_t value, NormKind norm);
 
 #ifdef __cplusplus
 }

@@ -140,9 +140,13 @@ template <int halfOfA, int halfOfB, class V> RVX_INLINE V joinedHalves(V a, V b)
 // One lane, counted within each half, in all lanes of its half.
 template <int lane, class V> RVX_INLINE V repeatedInLane(V a) {
     constexpr int bytes = static_cast<int>(sizeof(typename V::Element));
-    static_assert(bytes <= 2);
-    constexpr short order = bytes == 1 ? lane * 0x101 : (2 * lane + 1) << 8 | 2 * lane;
-    return detail::fromRaw<V>(_mm256_shuffle_epi8(detail::raw(a), _mm256_set1_epi16(order)));
+    static_assert(bytes <= 2 || bytes == 4);
+    if constexpr (bytes == 4) {
+        return detail::fromRaw<V>(_mm256_shuffle_epi32(detail::raw(a), lane * 0x55));
+    } else {
+        constexpr short order = bytes == 1 ? lane * 0x101 : (2 * lane + 1) << 8 | 2 * lane;
+        return detail::fromRaw<V>(_mm256_shuffle_epi8(detail::raw(a), _mm256_set1_epi16(order)));
+    }
 }
 
 // Any vector from two halves of 16 bytes, each with its bytes in an order of its own.

@@ -1,0 +1,288 @@
+// Reconstruction against its definition, growth by one pixel everywhere at once until nothing changes, and against
+// flood fills where the images have two values.
+#include "segment/shapes.h"
+#include "support/guarded.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+#include <algorithm>
+
+namespace {
+
+using namespace support;
+
+template <class T> struct Member {
+    using Function = StatusCode (*)(const T *, std::int32_t, T *, std::int32_t, RoiSize, NormKind, std::uint8_t *);
+    using Query = StatusCode (*)(RoiSize, std::int32_t *);
+    Function rising, falling;
+    Query size;
+
+    Function of(bool rises) const { return rises ? rising : falling; }
+};
+template <class T> Member<T> member;
+template <>
+const Member<std::uint8_t> member<std::uint8_t>{rvxiMorphReconstructDilate_8u_C1IR, rvxiMorphReconstructErode_8u_C1IR,
+                                                rvxiMorphReconstructGetBufferSize_8u_C1R};
+template <>
+const Member<std::uint16_t> member<std::uint16_t>{
+    rvxiMorphReconstructDilate_16u_C1IR, rvxiMorphReconstructErode_16u_C1IR, rvxiMorphReconstructGetBufferSize_16u_C1R};
+template <>
+const Member<float> member<float>{rvxiMorphReconstructDilate_32f_C1IR, rvxiMorphReconstructErode_32f_C1IR,
+                                  rvxiMorphReconstructGetBufferSize_32f_C1R};
+
+std::int64_t scratchBytes(std::int64_t width, std::int64_t height) { return 5 * width * height + 8 * width + 2304; }
+
+template <class T>
+std::vector<T> plainReconstruction(const std::vector<T> &mask, std::vector<T> marker, std::int64_t width,
+                                   std::int64_t height, bool rises, bool eight) {
+    const auto further = [&](T a, T b) { return rises ? std::max(a, b) : std::min(a, b); };
+    const auto limited = [&](T a, T b) { return rises ? std::min(a, b) : std::max(a, b); };
+    const auto at = [&](std::int64_t x, std::int64_t y) { return static_cast<std::size_t>(y * width + x); };
+    for (std::size_t i = 0; i < mask.size(); ++i) {
+        marker[i] = limited(marker[i], mask[i]);
+    }
+    for (;;) {
+        std::vector<T> next = marker;
+        for (std::int64_t y = 0; y < height; ++y) {
+            for (std::int64_t x = 0; x < width; ++x) {
+                T best = marker[at(x, y)];
+                for (std::int64_t v = std::max<std::int64_t>(y - 1, 0); v <= std::min(y + 1, height - 1); ++v) {
+                    for (std::int64_t u = std::max<std::int64_t>(x - 1, 0); u <= std::min(x + 1, width - 1); ++u) {
+                        best = eight || u == x || v == y ? further(best, marker[at(u, v)]) : best;
+                    }
+                }
+                next[at(x, y)] = limited(best, mask[at(x, y)]);
+            }
+        }
+        if (next == marker) {
+            return marker;
+        }
+        marker = std::move(next);
+    }
+}
+
+enum class Pair {
+    noise,     // both the whole range
+    plateaus,  // few values: ties and growth over distances
+    domes,     // the mask less a constant
+    corridors, // a falling path between walls, one seed at its start
+    seeds      // single high pixels in a rough mask
+};
+constexpr Pair allPairs[] = {Pair::noise, Pair::plateaus, Pair::domes, Pair::corridors, Pair::seeds};
+
+template <class T> struct Images { std::vector<T> mask, marker; };
+
+// Levels 0 .. 1000, spread over the type's range so that all bytes of a level count; mirrored for erosion.
+template <class T> T levelValue(std::int64_t level, bool rises) {
+    level = rises ? level : 1000 - level;
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<float>(level - 500) * (level % 3 == 0 ? 1e-3f : 7.0f);
+    } else {
+        return static_cast<T>(level * std::numeric_limits<T>::max() / 1000);
+    }
+}
+
+template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_t height, bool rises, Rng &rng) {
+    const Picture corridor = draw(Shape::spiral, width, height, rng);
+    Images<T> images;
+    std::int64_t wave = 500;
+    for (std::int64_t i = 0; i < width * height; ++i) {
+        std::int64_t mask = uniform(rng, 0, 1000), marker = uniform(rng, 0, 1000);
+        switch (pair) {
+        case Pair::plateaus:
+            mask = mask / 300 * 300;
+            marker = marker > 950 ? 600 : 0;
+            break;
+        case Pair::domes:
+            wave = std::clamp<std::int64_t>(wave + uniform(rng, -40, 40), 0, 1000);
+            mask = wave;
+            marker = std::max<std::int64_t>(wave - 100, 0);
+            break;
+        case Pair::corridors:
+            mask = corridor.set[static_cast<std::size_t>(i)] != 0 ? 1000 - mask / 100 - i * 900 / (width * height) : 0;
+            marker = i == 0 ? 1000 : 0;
+            break;
+        case Pair::seeds:
+            mask = 500 + mask / 2;
+            marker = marker > 980 ? marker : marker / 4;
+            break;
+        default:
+            break;
+        }
+        images.mask.push_back(levelValue<T>(mask, rises));
+        images.marker.push_back(levelValue<T>(marker, rises));
+    }
+    return images;
+}
+
+template <class T>
+void expectReconstruction(const Images<T> &images, std::int64_t width, std::int64_t height, bool rises, NormKind norm,
+                          const std::vector<T> &want, int salt) {
+    constexpr std::int64_t size = sizeof(T);
+    const Guard guard = salt % 2 != 0 ? Guard::before : Guard::behind;
+    GuardedImage<T> mask(width, height, {.padding = size * (salt % 3), .guard = guard});
+    GuardedImage<T> marker(width, height,
+                           {.padding = size * (salt % 4), .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
+    for (std::int64_t i = 0; i < width * height; ++i) {
+        mask.set(i % width, i / width, images.mask[static_cast<std::size_t>(i)]);
+        marker.set(i % width, i / width, images.marker[static_cast<std::size_t>(i)]);
+    }
+    const std::vector<std::uint8_t> before = mask.bytes();
+    GuardedBuffer scratch(scratchBytes(width, height), salt % 3 == 0 ? Guard::before : Guard::behind);
+    scratch.scribble();
+    SCOPED_TRACE(testing::Message() << width << "x" << height << (rises ? " dilate" : " erode") << " norm " << norm);
+    ASSERT_EQ(
+        member<T>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), norm, scratch.data()),
+        StatusOk);
+    ASSERT_TRUE(
+        imageIs(marker, [&](std::int64_t x, std::int64_t y) { return want[static_cast<std::size_t>(y * width + x)]; }));
+    ASSERT_EQ(mask.bytes(), before) << "the mask was written";
+}
+
+template <class T> void checkPairs() {
+    Rng rng = makeRng("reconstruct", sizeof(T));
+    int salt = 0;
+    const auto run = [&](std::int64_t width, std::int64_t height, Pair pair) {
+        for (const bool rises : {true, false}) {
+            const Images<T> images = drawPair<T>(pair, width, height, rises, rng);
+            for (const NormKind norm : {NormInf, NormL1}) {
+                const auto want =
+                    plainReconstruction(images.mask, images.marker, width, height, rises, norm == NormInf);
+                ASSERT_NO_FATAL_FAILURE(expectReconstruction(images, width, height, rises, norm, want, salt++))
+                    << "contents " << static_cast<int>(pair);
+            }
+        }
+    };
+    constexpr std::int64_t block = 32 / sizeof(T);
+    for (const Pair pair : allPairs) {
+        for (std::int64_t width = 1; width <= 2 * block + 1; ++width) {
+            ASSERT_NO_FATAL_FAILURE(run(width, 1 + width % 7, pair));
+        }
+        ASSERT_NO_FATAL_FAILURE(run(1, 70, pair));
+        ASSERT_NO_FATAL_FAILURE(run(2, 39, pair));
+        ASSERT_NO_FATAL_FAILURE(run(77, 61, pair));
+    }
+}
+
+TEST(MorphReconstruct, Definition8u) { checkPairs<std::uint8_t>(); }
+TEST(MorphReconstruct, Definition16u) { checkPairs<std::uint16_t>(); }
+TEST(MorphReconstruct, Definition32f) { checkPairs<float>(); }
+
+// One seed in a two-valued image is the flood fill of its component. Large ones, where scans alone take seconds.
+template <class T> void checkFloods() {
+    Rng rng = makeRng("floods", sizeof(T));
+    constexpr std::int64_t width = 1001, height = 1001;
+    int salt = 0;
+    for (const Shape shape : {Shape::spiral, Shape::comb, Shape::combBelow, Shape::serpentine, Shape::columns,
+                              Shape::diagonals, Shape::antidiagonals, Shape::dense}) {
+        const Picture picture = draw(shape, width, height, rng);
+        const bool rises = salt % 2 == 0;
+        const NormKind norm = salt % 3 == 0 ? NormL1 : NormInf;
+        const std::int64_t seed =
+            std::find(picture.set.begin() + width * (height / 3), picture.set.end(), 1) - picture.set.begin();
+        std::vector<char> reached(picture.set.size());
+        searchBreadthFirst(width, height, seed, norm == NormInf, reached,
+                           [&](std::int64_t, std::int64_t p) { return picture.set[static_cast<std::size_t>(p)] != 0; });
+        Images<T> images;
+        std::vector<T> want;
+        const T off = levelValue<T>(0, rises), on = levelValue<T>(1000, rises);
+        for (std::size_t i = 0; i < picture.set.size(); ++i) {
+            images.mask.push_back(picture.set[i] != 0 ? on : off);
+            images.marker.push_back(i == static_cast<std::size_t>(seed) ? on : off);
+            want.push_back(reached[i] != 0 ? on : off);
+        }
+        ASSERT_NO_FATAL_FAILURE(expectReconstruction(images, width, height, rises, norm, want, salt++));
+    }
+}
+
+TEST(MorphReconstruct, OneSeedIsAFloodFill8u) { checkFloods<std::uint8_t>(); }
+TEST(MorphReconstruct, OneSeedIsAFloodFill16u) { checkFloods<std::uint16_t>(); }
+TEST(MorphReconstruct, OneSeedIsAFloodFill32f) { checkFloods<float>(); }
+
+TEST(MorphReconstruct, AnImageIsItsOwnResult) {
+    Rng rng = makeRng("own");
+    GuardedImage<std::uint8_t> image(45, 20);
+    image.fill(rng, Contents::random);
+    const auto before = image.bytes();
+    GuardedBuffer scratch(scratchBytes(45, 20));
+    for (const bool rises : {true, false}) {
+        ASSERT_EQ(member<std::uint8_t>.of(rises)(image.data(), image.step(), image.data(), image.step(), image.roi(),
+                                                 NormInf, scratch.data()),
+                  StatusOk);
+        EXPECT_EQ(image.bytes(), before);
+    }
+}
+
+// Infinities, zeros of both signs and denormals are numbers; with a NaN only the end and the region are promised.
+TEST(MorphReconstruct, SpecialFloats) {
+    Rng rng = makeRng("special floats");
+    constexpr std::int64_t width = 61, height = 40;
+    for (int round = 0; round < 24; ++round) {
+        const bool rises = round % 2 == 0, withNan = round % 4 >= 2;
+        const NormKind norm = round % 3 == 0 ? NormL1 : NormInf;
+        GuardedImage<float> mask(width, height, {.padding = 8}), marker(width, height, {.padding = 4});
+        Images<float> images;
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            for (auto *image : {&mask, &marker}) {
+                float value = randomValue<float>(rng, round % 8 < 4 ? Contents::special : Contents::small);
+                value = value == 1.0f ? -0.0f : value;
+                value = !withNan && std::isnan(value) ? 0.0f : value;
+                image->set(i % width, i / width, value);
+                (image == &mask ? images.mask : images.marker).push_back(value);
+            }
+        }
+        GuardedBuffer scratch(scratchBytes(width, height));
+        ASSERT_EQ(member<float>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), norm,
+                                          scratch.data()),
+                  StatusOk);
+        EXPECT_TRUE(marker.paddingIntact());
+        if (withNan) {
+            continue;
+        }
+        const auto want = plainReconstruction(images.mask, images.marker, width, height, rises, norm == NormInf);
+        for (std::int64_t i = 0; i < width * height; ++i) { // -0.0 equals 0.0
+            ASSERT_EQ(marker.at(i % width, i / width), want[static_cast<std::size_t>(i)]) << "pixel " << i;
+        }
+    }
+}
+
+template <class T> struct Call {
+    const T *src;
+    std::int32_t srcStep;
+    T *srcDst;
+    std::int32_t srcDstStep;
+    RoiSize roi;
+    NormKind norm;
+    std::uint8_t *buffer;
+};
+
+template <class T> void checkStatuses() {
+    using C = Call<T>;
+    GuardedImage<T> src(9, 6), dst(9, 6);
+    GuardedBuffer scratch(scratchBytes(9, 6));
+    Faults<C> faults;
+    faults.nulls(&C::src, &C::srcDst, &C::buffer).empty(&C::roi);
+    faults.shortSteps(9 * sizeof(T), &C::srcStep, &C::srcDstStep);
+    faults.unevenSteps(9 * sizeof(T), sizeof(T), &C::srcStep, &C::srcDstStep);
+    faults.values(StatusBadArgument, &C::norm, {NormL2, -1});
+    for (const bool rises : {true, false}) {
+        expectFaultOrder<C>(
+            {src.data(), src.step(), dst.data(), dst.step(), dst.roi(), NormL1, scratch.data()}, faults,
+            [&](const C &c) {
+                return member<T>.of(rises)(c.src, c.srcStep, c.srcDst, c.srcDstStep, c.roi, c.norm, c.buffer);
+            },
+            [&] { return dst.bytes(); });
+    }
+    std::int32_t size = 0;
+    EXPECT_EQ(member<T>.size({640, 480}, &size), StatusOk);
+    EXPECT_EQ(size, scratchBytes(640, 480));
+}
+
+TEST(MorphReconstruct, StatusesInTheOrderOfTheChecks) {
+    checkStatuses<std::uint8_t>();
+    checkStatuses<std::uint16_t>();
+    checkStatuses<float>();
+}
+
+} // namespace
