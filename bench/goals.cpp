@@ -98,6 +98,13 @@ constexpr Goal goals[] = {
     {"Inpaint_8u_C3MR_diffusion/spot", 1990, copy},
     {"Inpaint_32f_C1MR_diffusion/scratches", 21.3, copy},
     {"Inpaint_32f_C1MR_diffusion/spot", 667, copy},
+    // Segments
+    {"BoundSegments_8u_C1IR/8", 0.5, copy},
+    {"BoundSegments_8u_C1IR/4", 0.5, copy},
+    {"BoundSegments_16u_C1IR/8", 0.8, copy},
+    {"BoundSegments_16u_C1IR/4", 0.8, copy},
+    {"BoundSegments_32s_C1IR/8", 1.5, copy},
+    {"BoundSegments_32s_C1IR/4", 1.5, copy},
 };
 
 } // namespace
