@@ -8,8 +8,8 @@
 // of them may be raised while it waits. They are bits, and each group of eight bits is a node in the list of the
 // highest seed in it.
 //
-// Scratch: a link of four bytes for each pixel and each group of eight, the bits, and two rows with a vector's space at
-// their ends: at most 4.625 P + 8 W + 300 bytes.
+// Scratch: a link of four bytes for each pixel and each group of eight, the bits of the image and of a row, and two
+// rows with a vector's space at their ends: at most 4.625 P + 8.125 W + 300 bytes.
 #include "frame/api.h"
 
 #include "kernel/checks.h"
@@ -160,21 +160,24 @@ private:
 
 template <class G, bool eight>
 void reconstructPlane(Plane<const typename G::T> mask, Plane<typename G::T> marker, RoiSize roi, std::uint8_t *buffer) {
+    using T = typename G::T;
     const std::int64_t pixels = std::int64_t{roi.width} * roi.height, groups = pixels / 8 + 1;
     Scratch scratch(buffer, reconstructBytes(roi));
     auto *const links = scratch.take<std::uint32_t>(pixels + groups);
-    auto *const seeds = scratch.take<std::uint8_t>(groups + 8);
+    auto *const seeds = scratch.take<std::uint8_t>(groups + 16);
     Scans<G, eight> scans(mask, marker, roi, scratch);
-    // A scan costs as much as spreading from a few pixels of a hundred.
-    constexpr int mostScans = 6;
-    std::int64_t count = 0;
+    // As long as a scan down and up leaves so many fewer seeds that spreading from them would take longer.
+    constexpr int mostScans = 24;
+    const std::int64_t worthwhile = pixels / (512 / static_cast<std::int64_t>(sizeof(T)));
+    std::int64_t count = 0, before = pixels;
     for (int i = 0; i < mostScans; ++i) {
         scans.down();
-        std::fill(seeds, seeds + groups + 8, std::uint8_t{0});
+        std::fill(seeds, seeds + groups + 16, std::uint8_t{0});
         count = scans.up(seeds);
-        if (count < pixels / 64) {
+        if (count <= worthwhile || before - count <= worthwhile) {
             break;
         }
+        before = count;
     }
     if (count != 0) {
         Spreading<G, eight>(mask, marker, roi, links, seeds).run();

@@ -38,13 +38,23 @@ RVX_INLINE typename G::V swept(typename G::V bottom, typename G::V top, typename
         return swept<G, sweep, 2 * bytes>(G::limited(top, G::grown(bottom, bottomBefore)),
                                           G::limited(top, G::grown(bottom, topBefore)), carry);
     } else {
+        // The second half behind the first one, then all lanes behind the carry: only two operations depend on it.
         constexpr int last = sweep == Sweep::right ? V::lanes / 2 - 1 : 0;
         constexpr int first = sweep == Sweep::right ? 0 : 1; // half
-        const V begun = G::limited(top, G::grown(bottom, carry));
-        const V between = repeatedInLane<last>(joinedHalves<first, first>(begun, begun));
-        const V ended = G::limited(top, G::grown(bottom, between));
-        carry = repeatedInLane<last>(joinedHalves<1 - first, 1 - first>(ended, ended));
-        return sweep == Sweep::right ? joinedHalves<0, 1>(begun, ended) : joinedHalves<0, 1>(ended, begun);
+        const auto lastOf = [](V a, auto half) {
+            return repeatedInLane<last>(joinedHalves<decltype(half)::value, decltype(half)::value>(a, a));
+        };
+        constexpr std::integral_constant<int, first> begun{};
+        constexpr std::integral_constant<int, 1 - first> ended{};
+        const V bottomBegun = lastOf(bottom, begun), topBegun = lastOf(top, begun);
+        const V bottomEnded = G::limited(top, G::grown(bottom, bottomBegun));
+        const V topEnded = G::limited(top, G::grown(bottom, topBegun));
+        bottom =
+            sweep == Sweep::right ? joinedHalves<0, 1>(bottom, bottomEnded) : joinedHalves<0, 1>(bottomEnded, bottom);
+        top = sweep == Sweep::right ? joinedHalves<0, 1>(top, topEnded) : joinedHalves<0, 1>(topEnded, top);
+        const V result = G::limited(top, G::grown(bottom, carry));
+        carry = G::limited(lastOf(top, ended), G::grown(lastOf(bottom, ended), carry));
+        return result;
     }
 }
 
@@ -57,8 +67,6 @@ public:
 
     RowBefore(Scratch &scratch, std::int64_t width)
         : row_(scratch.take<T>(V::lanes + roundUp(width, V::lanes) + V::lanes, 32) + V::lanes), width_(width) {}
-
-    static constexpr std::int64_t bytes(std::int64_t width) { return (width + 3 * V::lanes) * std::int64_t{sizeof(T)}; }
 
     void fill(T value) { std::fill(row_ - V::lanes, row_ + roundUp(width_, V::lanes) + V::lanes, value); }
 
@@ -85,7 +93,8 @@ public:
     using V = typename G::V;
 
     Scans(Plane<const T> mask, Plane<T> marker, RoiSize roi, Scratch &scratch)
-        : mask_(mask), marker_(marker), roi_(roi), results_(scratch, roi.width), open_(scratch, roi.width) {}
+        : mask_(mask), marker_(marker), roi_(roi), words_((std::int64_t{roi.width} + 63) / 64),
+          rowSeeds_(scratch.take<std::uint64_t>(words_)), results_(scratch, roi.width), open_(scratch, roi.width) {}
 
     // The first one also brings the marker below its mask.
     void down() {
@@ -104,26 +113,29 @@ public:
         }
     }
 
-    // Sets the bits (by index) of the pixels from which growth can go on, and returns their number. These look at
-    // neighbours that the scan has been at: it leaves nothing to do in the other directions.
+    // Sets the bits (by index, of zeros with 16 bytes more) of the pixels from which growth can go on, and returns
+    // their number. These look at neighbours that the scan has been at: it leaves nothing to do in the other
+    // directions.
     std::int64_t up(std::uint8_t *seeds) {
         results_.fill(G::low);
         open_.fill(G::high);
         std::int64_t count = 0;
+        rowSeeds_[words_ - 1] = 0;
         for (std::int64_t y = roi_.height - 1; y >= 0; --y) {
             V carry = splat(G::low), openRight = splat(G::high);
             results_.begin();
             open_.begin();
             std::int64_t x = roundUp(roi_.width, V::lanes) - V::lanes;
             if (roi_.width % V::lanes != 0) {
-                count += growAndMark(x, y, Part{static_cast<int>(roi_.width - x)}, carry, openRight, seeds);
+                growAndMark(x, y, Part{static_cast<int>(roi_.width - x)}, carry, openRight);
                 x -= V::lanes;
             }
             for (; x >= 0; x -= V::lanes) {
-                count += growAndMark(x, y, Full{}, carry, openRight, seeds);
+                growAndMark(x, y, Full{}, carry, openRight);
             }
             results_.end();
             open_.end();
+            count += appendRowSeeds(y * roi_.width, seeds);
         }
         return count;
     }
@@ -156,7 +168,7 @@ private:
     }
 
     template <class Span>
-    RVX_INLINE int growAndMark(std::int64_t x, std::int64_t y, Span span, V &carry, V &openRight, std::uint8_t *seeds) {
+    RVX_INLINE void growAndMark(std::int64_t x, std::int64_t y, Span span, V &carry, V &openRight) {
         const auto [result, mask] = grow<Sweep::left>(x, y, span, carry);
         // What a neighbour must exceed to raise this pixel; nothing does where the mask is reached.
         const V open = select(equal(result, mask), splat(G::high), result);
@@ -164,17 +176,35 @@ private:
         const std::uint32_t bits = G::beyond(result, G::limited(toTheRight, around(open_, x, G::limited)));
         open_.put(x, open);
         openRight = open;
-        if (bits != 0) {
-            const std::int64_t index = y * roi_.width + x;
-            auto *const place = reinterpret_cast<std::uint64_t *>(seeds + (index >> 3));
-            storeScalar(place, loadScalar(place) | std::uint64_t{bits} << (index & 7));
+        using Bits = std::conditional_t<V::lanes == 32, std::uint32_t,
+                                        std::conditional_t<V::lanes == 16, std::uint16_t, std::uint8_t>>;
+        const auto laneSeeds = static_cast<Bits>(bits);
+        std::memcpy(reinterpret_cast<std::uint8_t *>(rowSeeds_) + x / 8, &laneSeeds, sizeof laneSeeds);
+    }
+
+    // The bits of a row, from `index` on.
+    std::int64_t appendRowSeeds(std::int64_t index, std::uint8_t *seeds) const {
+        std::int64_t count = 0;
+        for (std::int64_t k = 0; k < words_; ++k) {
+            const std::uint64_t bits = rowSeeds_[k];
+            if (bits == 0) {
+                continue;
+            }
+            const std::int64_t first = index + 64 * k;
+            const int shift = static_cast<int>(first & 7);
+            auto *const place = reinterpret_cast<std::uint64_t *>(seeds + (first >> 3));
+            storeScalar(place, loadScalar(place) | bits << shift);
+            seeds[(first >> 3) + 8] |= static_cast<std::uint8_t>(bits >> 1 >> (63 - shift));
+            count += std::popcount(bits);
         }
-        return std::popcount(bits);
+        return count;
     }
 
     Plane<const T> mask_;
     Plane<T> marker_;
     RoiSize roi_;
+    std::int64_t words_;
+    std::uint64_t *rowSeeds_;
     RowBefore<G> results_, open_;
 };
 
