@@ -167,7 +167,7 @@ void reconstructPlane(Plane<const typename G::T> mask, Plane<typename G::T> mark
     auto *const seeds = scratch.take<std::uint8_t>(groups + 16);
     Scans<G, eight> scans(mask, marker, roi, scratch);
     // As long as a scan down and up leaves so many fewer seeds that spreading from them would take longer.
-    constexpr int mostScans = 24;
+    constexpr int mostScans = 8;
     const std::int64_t worthwhile = pixels / (512 / static_cast<std::int64_t>(sizeof(T)));
     std::int64_t count = 0, before = pixels;
     for (int i = 0; i < mostScans; ++i) {

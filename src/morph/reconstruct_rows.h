@@ -1,5 +1,6 @@
-// Scans of reconstruction: growth through the rows, downwards and to the right, or upwards and to the left, each pixel
-// from neighbours that the scan has been at.
+// Scans of reconstruction: growth through the rows, downwards or upwards. Every row grows from the one before it, then
+// along itself to the right and to the left, after which nothing more can grow in it. So one scan follows any path that
+// does not turn back to the row that it came from.
 //
 // Along a row every pixel is a clamp of the one before: J(x) = min(mask(x), max(J(x), J(x - 1))). Clamps applied one
 // after the other are a clamp again, so those of a vector join in a number of steps that is the logarithm of its lanes,
@@ -58,8 +59,8 @@ RVX_INLINE typename G::V swept(typename G::V bottom, typename G::V top, typename
     }
 }
 
-// A row in the scratch with a vector's space before and behind it. It takes results one vector late, so that the vector
-// beside still finds the old ones.
+// A row in the scratch with a vector's space before and behind it. `put` stores one vector late, so that the one beside
+// still finds the old values.
 template <class G> class RowBefore {
 public:
     using T = typename G::T;
@@ -71,18 +72,21 @@ public:
     void fill(T value) { std::fill(row_ - V::lanes, row_ + roundUp(width_, V::lanes) + V::lanes, value); }
 
     RVX_INLINE V at(std::int64_t x) const { return load<V>(row_ + x); }
-    RVX_INLINE void begin() { pending_ = nullptr; }
+    // The space at x, outside the row, keeps its value.
+    RVX_INLINE void begin(std::int64_t x, V value) {
+        pending_ = row_ + x;
+        late_ = value;
+    }
     RVX_INLINE void put(std::int64_t x, V value) {
-        if (pending_ != nullptr) {
-            store(pending_, late_);
-        }
+        store(pending_, late_);
         pending_ = row_ + x;
         late_ = value;
     }
     RVX_INLINE void end() { store(pending_, late_); }
+    RVX_INLINE void set(std::int64_t x, V value) { store(row_ + x, value); }
 
 private:
-    T *row_, *pending_ = nullptr;
+    T *row_, *pending_;
     std::int64_t width_;
     V late_;
 };
@@ -100,53 +104,34 @@ public:
     void down() {
         results_.fill(G::low);
         for (std::int64_t y = 0; y < roi_.height; ++y) {
-            V carry = splat(G::low);
-            results_.begin();
-            std::int64_t x = 0;
-            for (; x + V::lanes <= roi_.width; x += V::lanes) {
-                grow<Sweep::right>(x, y, Full{}, carry);
-            }
-            if (x < roi_.width) {
-                grow<Sweep::right>(x, y, Part{static_cast<int>(roi_.width - x)}, carry);
-            }
-            results_.end();
+            growRight(y);
+            growLeft<false>(y);
         }
     }
 
     // Sets the bits (by index, of zeros with 16 bytes more) of the pixels from which growth can go on, and returns
-    // their number. These look at neighbours that the scan has been at: it leaves nothing to do in the other
-    // directions.
+    // their number. Growth can only go on downwards: in the other directions the scan leaves nothing to do.
     std::int64_t up(std::uint8_t *seeds) {
         results_.fill(G::low);
         open_.fill(G::high);
         std::int64_t count = 0;
         rowSeeds_[words_ - 1] = 0;
         for (std::int64_t y = roi_.height - 1; y >= 0; --y) {
-            V carry = splat(G::low), openRight = splat(G::high);
-            results_.begin();
-            open_.begin();
-            std::int64_t x = roundUp(roi_.width, V::lanes) - V::lanes;
-            if (roi_.width % V::lanes != 0) {
-                growAndMark(x, y, Part{static_cast<int>(roi_.width - x)}, carry, openRight);
-                x -= V::lanes;
-            }
-            for (; x >= 0; x -= V::lanes) {
-                growAndMark(x, y, Full{}, carry, openRight);
-            }
-            results_.end();
-            open_.end();
+            growRight(y);
+            growLeft<true>(y);
             count += appendRowSeeds(y * roi_.width, seeds);
         }
         return count;
     }
 
 private:
-    struct Grown {
-        V result, mask;
-    };
-
     static RVX_INLINE V filled(V a, Full) { return a; }
     static RVX_INLINE V filled(V a, Part part) { return select(maskOfBits<V>((1u << part.n) - 1), a, splat(G::low)); }
+
+    // Lanes behind the row have the low value as their mask, which nothing gets through.
+    template <class Span> RVX_INLINE V limits(std::int64_t x, std::int64_t y, Span span) const {
+        return filled(load<V>(mask_.row(y) + x, span), span);
+    }
 
     template <class Combine> static RVX_INLINE V around(const RowBefore<G> &row, std::int64_t x, Combine combine) {
         if constexpr (eight) {
@@ -156,30 +141,60 @@ private:
         }
     }
 
-    // Lanes behind the row have the low value as their mask, which nothing gets through.
-    template <Sweep sweep, class Span> RVX_INLINE Grown grow(std::int64_t x, std::int64_t y, Span span, V &carry) {
-        T *const p = marker_.row(y) + x;
-        const V mask = filled(load<V>(mask_.row(y) + x, span), span);
-        const V beside = G::grown(load<V>(p, span), around(results_, x, G::grown));
-        const V result = swept<G, sweep>(G::limited(mask, beside), mask, carry);
-        store(p, result, span);
-        results_.put(x, result);
-        return {result, mask};
+    // From the row before and to the right; the results stay in the scratch.
+    void growRight(std::int64_t y) {
+        V carry = splat(G::low);
+        const auto block = [&](std::int64_t x, auto span) {
+            const V mask = limits(x, y, span);
+            const V beside = G::grown(load<V>(marker_.row(y) + x, span), around(results_, x, G::grown));
+            results_.put(x, swept<G, Sweep::right>(G::limited(mask, beside), mask, carry));
+        };
+        results_.begin(-V::lanes, carry);
+        std::int64_t x = 0;
+        for (; x + V::lanes <= roi_.width; x += V::lanes) {
+            block(x, Full{});
+        }
+        if (x < roi_.width) {
+            block(x, Part{static_cast<int>(roi_.width - x)});
+        }
+        results_.end();
     }
 
-    template <class Span>
-    RVX_INLINE void growAndMark(std::int64_t x, std::int64_t y, Span span, V &carry, V &openRight) {
-        const auto [result, mask] = grow<Sweep::left>(x, y, span, carry);
-        // What a neighbour must exceed to raise this pixel; nothing does where the mask is reached.
-        const V open = select(equal(result, mask), splat(G::high), result);
-        const V toTheRight = shiftedIn<static_cast<int>(sizeof(T))>(open, openRight);
-        const std::uint32_t bits = G::beyond(result, G::limited(toTheRight, around(open_, x, G::limited)));
-        open_.put(x, open);
-        openRight = open;
+    template <bool marksSeeds> void growLeft(std::int64_t y) {
+        V carry = splat(G::low);
+        const auto block = [&](std::int64_t x, auto span) {
+            const V mask = limits(x, y, span);
+            const V result = swept<G, Sweep::left>(results_.at(x), mask, carry);
+            store(marker_.row(y) + x, result, span);
+            results_.set(x, result);
+            if constexpr (marksSeeds) {
+                markSeeds(x, result, mask);
+            }
+        };
+        std::int64_t x = roundUp(roi_.width, V::lanes) - V::lanes;
+        if constexpr (marksSeeds) {
+            open_.begin(x + V::lanes, splat(G::high));
+        }
+        if (roi_.width % V::lanes != 0) {
+            block(x, Part{static_cast<int>(roi_.width - x)});
+            x -= V::lanes;
+        }
+        for (; x >= 0; x -= V::lanes) {
+            block(x, Full{});
+        }
+        if constexpr (marksSeeds) {
+            open_.end();
+        }
+    }
+
+    // The open row has what a pixel must exceed to raise those below it; nothing does where these have reached the
+    // mask.
+    RVX_INLINE void markSeeds(std::int64_t x, V result, V mask) {
         using Bits = std::conditional_t<V::lanes == 32, std::uint32_t,
                                         std::conditional_t<V::lanes == 16, std::uint16_t, std::uint8_t>>;
-        const auto laneSeeds = static_cast<Bits>(bits);
-        std::memcpy(reinterpret_cast<std::uint8_t *>(rowSeeds_) + x / 8, &laneSeeds, sizeof laneSeeds);
+        const auto bits = static_cast<Bits>(G::beyond(result, around(open_, x, G::limited)));
+        std::memcpy(reinterpret_cast<std::uint8_t *>(rowSeeds_) + x / 8, &bits, sizeof bits);
+        open_.put(x, select(equal(result, mask), splat(G::high), result));
     }
 
     // The bits of a row, from `index` on.

@@ -95,6 +95,8 @@ const Shape shapes[] = {
     {"rvxiFGMM", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &mixedBackground, a); }},
     {"rvxiForegroundHistogram",
      [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 3, &colourBackground, a); }},
+    {"rvxiMorphReconstruct", roiOnly},
+    {"rvxiMarkSpeckles", roiOnly},
 };
 
 const Shape *shapeOf(const std::string &name) {
