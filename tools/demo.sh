@@ -101,6 +101,12 @@ for op in open tophat gradient; do
 done
 "$bin" corners "$picture" -o "$out/corners-harris.png" --method harris
 show corners-harris.png "corners by the Harris measure"
+"$bin" morph fill-holes "$picture" -o "$out/morph-fill-holes.png"
+show morph-fill-holes.png "dark places filled up to the rim of what encloses them"
+"$bin" morph clear-border "$picture" -o "$out/morph-clear-border.png"
+show morph-clear-border.png "what is bright and touches the frame taken away"
+"$bin" morph domes "$picture" -o "$out/morph-domes.png" --height 40
+show morph-domes.png "what rises at most 40 levels above its surroundings"
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
 "$bin" corners "$picture" -o "$out/corners-fast.png" --method fast --count 300 --distance 8

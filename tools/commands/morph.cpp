@@ -1,5 +1,7 @@
-// rvxcv morph OP PHOTO -o OUT: flat morphology with a rectangle, an ellipse, a cross or the mask of a PBM file.
+// rvxcv morph OP PHOTO -o OUT: flat morphology with a rectangle, an ellipse, a cross or the mask of a PBM file; holes
+// filled, the border cleared and domes found by reconstruction.
 #include "command.h"
+#include "reconstruction.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +13,7 @@ namespace {
 
 struct Options {
     std::string operation, photo, out, mask = "rect:5x5";
+    int height = 20;
 };
 
 struct Mask {
@@ -71,7 +74,18 @@ const std::map<std::string, Operation> operations{
     {"gradient", {{}, {rvxiMorphGradientBorder_8u_C1R, rvxiMorphGradientBorder_8u_C3R}}},
 };
 
+using Reconstruction = Image (*)(const Image &, const Options &);
+const std::map<std::string, Reconstruction> reconstructions{
+    {"fill-holes", [](const Image &image, const Options &) { return fillHoles(image); }},
+    {"clear-border", [](const Image &image, const Options &) { return clearBorder(image); }},
+    {"domes", [](const Image &image, const Options &options) { return domes(image, options.height); }},
+};
+
 void run(const Options &options) {
+    if (const auto found = reconstructions.find(options.operation); found != reconstructions.end()) {
+        writeImage(options.out, found->second(readImage(options.photo), options));
+        return;
+    }
     const Image image = readImage(options.photo);
     const Mask mask = parseMask(options.mask);
     const Operation &operation = operations.at(options.operation);
@@ -118,12 +132,19 @@ void addMorph(Program &program) {
     for (const auto &entry : operations) {
         names.push_back(entry.first);
     }
+    for (const auto &entry : reconstructions) {
+        names.push_back(entry.first);
+    }
     auto options = std::make_shared<Options>();
-    Command command = program.command("morph", "Erode, dilate or combine both with a flat mask");
+    Command command = program.command(
+        "morph", "Erode, dilate or combine both with a flat mask; fill holes, clear the border, find domes");
     command.option("OP", options->operation, "Operation").required().oneOf(names);
     command.option("PHOTO", options->photo, "Picture to read").required();
     command.option("-o,--output", options->out, "Picture to write").required();
     command.option("--mask", options->mask, "rect:WxH, ellipse:WxH, cross:WxH or a PBM file (black takes part)")
+        .showDefault();
+    command.option("--height", options->height, "Of domes: levels below a top that still belong to it")
+        .range(1, 255)
         .showDefault();
     command.action([options] { run(*options); });
 }
