@@ -291,6 +291,76 @@ StatusCode rvxiDilateBorderReplicate_32f_C3R(const float *src, int32_t srcStep, 
 StatusCode rvxiDilateBorderReplicate_32f_C4R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
                                              RoiSize roi, BorderKind border, MorphState *state);
 
+/* ----------------------------------------------------------------------------------------------- Grey morphology */
+
+/* Erosion and dilation by a surface instead of a flat mask: a ball, a paraboloid, a cone. The structuring function is a
+ * table of maskSize.height rows of maskSize.width numbers k[j][i], rows one after another, with its anchor at the
+ * centre: ((width - 1) >> 1, (height - 1) >> 1). INT32_MIN (8u) or -infinity (32f) marks a position that is not part of
+ * it. Over the positions that are part:
+ *
+ *     dilation: dst(x, y) = max of src(x + i - anchor.x, y + j - anchor.y) + k[j][i]
+ *     erosion:  dst(x, y) = min of src(x + i - anchor.x, y + j - anchor.y) - k[j][i]
+ *
+ * The function is not reflected for dilation: an opening or closing with one that is not symmetric needs it turned by
+ * 180 degrees for the second step. Without any position the source is copied. 8u results are exact integers, saturated
+ * to 0..255; 32f sums and differences are rounded once each. Which of a NaN and a number is the smaller or the larger,
+ * and the sign of a zero, are not fixed; no pixel whose function covers no NaN is affected. (Sternberg, Grayscale
+ * morphology, CVGIP 35, 1986.)
+ *
+ * One record serves erosion and dilation of every region up to the given width. It is read-only after ..Init and holds
+ * no pointers: it may be copied and shared by threads, each with a buffer of its own. It stands at a multiple of 8
+ * bytes; its table lies behind the fields shown. */
+typedef struct GrayMorphSpec {
+    int32_t tag;        /* 0x4b617391 */
+    PixelTypeCode type; /* PixelType8u or PixelType32f */
+    int32_t roiWidth;   /* the widest region */
+    int32_t maskWidth, maskHeight;
+    int32_t anchorX, anchorY;
+    int32_t count; /* positions that are part; as many entries follow, row by row */
+} GrayMorphSpec;
+
+/* An entry of the table: a position relative to the anchor and its value, an int32_t clamped to -255..255 (8u) or a
+ * float (32f). */
+typedef struct GrayMorphEntry {
+    int32_t dx, dy;
+    union {
+        int32_t of8u;
+        float of32f;
+    } value;
+} GrayMorphEntry;
+
+/* Sizes of the record and of the buffer, in bytes. The buffer may start at any address and holds nothing between calls.
+ * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width, mask width or mask height below 1,
+ * or a size that does not fit in an int32_t; then neither is written). */
+StatusCode rvxiGrayMorphologyGetSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t *specSize, int32_t *bufferSize);
+StatusCode rvxiGrayMorphologyGetSize_32f_C1R(int32_t roiWidth, RoiSize maskSize, int32_t *specSize,
+                                             int32_t *bufferSize);
+
+/* Makes the record. 8u values beyond -255..255 act like -255 and 255. Status codes, in the order of the checks:
+ * StatusNullPointer, StatusBadSize (as above), StatusOutOfRange (32f: a value is NaN or +infinity). */
+StatusCode rvxiGrayMorphologyInit_8u_C1R(int32_t roiWidth, const int32_t *values, RoiSize maskSize,
+                                         GrayMorphSpec *spec);
+StatusCode rvxiGrayMorphologyInit_32f_C1R(int32_t roiWidth, const float *values, RoiSize maskSize, GrayMorphSpec *spec);
+
+/* Erosion and dilation. Border kinds: BorderConstant (of borderValue), BorderReplicate and BorderInMemory, with flags
+ * for sides in memory; of these, only rows and columns that positions reach are read. The destination must not overlap
+ * the source. Status codes, in the order of the checks: StatusNullPointer, StatusBadContext (no record, or one of the
+ * other type), StatusBadSize (width or height below 1), StatusBadStep (a step does not cover a row),
+ * StatusStepNotMultiple (a 32f step is not a multiple of 4), StatusBadBorder, StatusBadSize (the region is wider than
+ * the record's), StatusInPlaceNotSupported (src equals dst). */
+StatusCode rvxiGrayErodeBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                      BorderKind border, uint8_t borderValue, const GrayMorphSpec *spec,
+                                      uint8_t *buffer);
+StatusCode rvxiGrayErodeBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, float borderValue, const GrayMorphSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiGrayDilateBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
+                                       BorderKind border, uint8_t borderValue, const GrayMorphSpec *spec,
+                                       uint8_t *buffer);
+StatusCode rvxiGrayDilateBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
+                                        BorderKind border, float borderValue, const GrayMorphSpec *spec,
+                                        uint8_t *buffer);
+
 /* ------------------------------------------------------------------------------------------- Compound operations */
 
 /* Opening, closing, top-hat, black-hat and morphological gradient with a flat mask, from the erosions and dilations

@@ -66,22 +66,25 @@ constexpr BorderIndex borderRow(const Border &border, std::int64_t y, std::int64
     return borderIndex(border.kind, border.top, border.bottom, y, height);
 }
 
-// Pointers to `count` rows from row `first` on, where the kind replicates or reads memory.
+// Pointers to `count` rows from row `first` on, where the kind replicates, reads memory or gives a row of constants.
 template <class T>
 inline void collectRows(const T **rows, Plane<const T> src, const Border &border, std::int64_t height,
-                        std::int64_t first, std::int64_t count) {
-    const auto index = [&](std::int64_t y) { return borderRow(border, y, height).index; };
+                        std::int64_t first, std::int64_t count, const T *constants = nullptr) {
+    const auto outside = [&](std::int64_t y) {
+        const BorderIndex at = borderRow(border, y, height);
+        return at.constant ? constants : src.row(at.index);
+    };
     const std::int64_t begin = border.top ? first : std::max<std::int64_t>(first, 0);
     const std::int64_t end = border.bottom ? first + count : std::min(first + count, height);
     std::int64_t y = first;
-    for (const T *row = src.row(index(first)); y < std::min(begin, first + count); ++y) {
+    for (const T *row = outside(first); y < std::min(begin, first + count); ++y) {
         *rows++ = row;
     }
     for (const T *row = src.row(y); y < end; ++y) {
         *rows++ = row;
         row = byteOffset(row, src.step);
     }
-    for (const T *row = src.row(index(first + count - 1)); y < first + count; ++y) {
+    for (const T *row = outside(first + count - 1); y < first + count; ++y) {
         *rows++ = row;
     }
 }

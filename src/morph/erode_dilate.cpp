@@ -16,6 +16,38 @@
 namespace rvxcv {
 namespace {
 
+// The set elements of a mask, row by row.
+class MaskPositions {
+public:
+    explicit MaskPositions(const MorphSpec &spec) : spec_(spec) {}
+
+    Window reach() const { return {-spec_.anchorX, -spec_.anchorY, spec_.rightExtent, spec_.bottomExtent}; }
+
+    template <class Take> void forRows(const Take &take) const {
+        for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
+            const std::uint8_t *row = spec_.maskCopy + j * spec_.maskWidth;
+            if (std::any_of(row, row + spec_.maskWidth, [](std::uint8_t m) { return m != 0; })) {
+                take(j - spec_.anchorY);
+            }
+        }
+    }
+
+    template <class Take> void forGroups(std::int64_t first, std::int64_t last, const Take &take) const {
+        PositionGroups<PlainTerm, Take> groups(take);
+        for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
+            for (std::int64_t i = first + spec_.anchorX; i <= last + spec_.anchorX; ++i) {
+                if (spec_.maskCopy[j * spec_.maskWidth + i] != 0) {
+                    groups.add({i - spec_.anchorX, j - spec_.anchorY, {}});
+                }
+            }
+        }
+        groups.flush();
+    }
+
+private:
+    const MorphSpec &spec_;
+};
+
 template <class T, class Op> bool runShape(const MorphTask<T> &task, const MorphSpec &spec) {
     if (spec.shape == MaskRectangle) {
         return filterWindow<T, Op>(task, rectangleOf(spec));
@@ -31,12 +63,10 @@ template <class T, class Op> bool runShape(const MorphTask<T> &task, const Morph
 
 template <class T, class Op> void filterFlat(const MorphTask<T> &task, const MorphSpec &spec) {
     if (spec.shape == MaskEmpty) {
-        for (std::int64_t y = task.firstRow; y < task.lastRow; ++y) {
-            std::memmove(static_cast<void *>(task.dst.row(y)), task.src.row(y),
-                         static_cast<std::size_t>(task.roi.width * task.pixelBytes()));
-        }
+        copyRows(task);
     } else if (!runShape<T, Op>(task, spec)) {
-        PositionKernel<T, Op>(task, spec).run();
+        const MaskPositions positions(spec);
+        PositionKernel<T, Op, MaskPositions>(task, positions).run();
     }
 }
 

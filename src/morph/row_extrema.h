@@ -35,8 +35,8 @@ template <class V> RVX_INLINE V differenceOf(V a, V b) {
     }
 }
 
-// What every kernel of flat morphology works on: output rows firstRow .. lastRow - 1 of a region, a replicated border
-// with any sides in memory, and scratch.
+// What every kernel of morphology works on: output rows firstRow .. lastRow - 1 of a region, a replicated border with
+// any sides in memory, and scratch. Kernels that serve constant borders, too, say so.
 template <class T> struct MorphTask {
     Plane<const T> src;
     Plane<T> dst;
@@ -46,6 +46,7 @@ template <class T> struct MorphTask {
     Border border;
     std::uint8_t *scratch;
     std::int64_t scratchBytes;
+    const T *constant = nullptr; // the pixel outside, where the border is constant
 
     constexpr std::int64_t pixelBytes() const { return channels * static_cast<std::int64_t>(sizeof(T)); }
     const T *row(std::int64_t y) const { return src.row(borderRow(border, y, roi.height).index); }
@@ -103,12 +104,21 @@ template <class T> RVX_INLINE void copyElements(T *dst, const T *src, std::int64
     }
 }
 
-template <class T> inline void copyInterval(T *dst, const T *row, const Interval &interval, std::int64_t channels) {
-    T *pixel = dst + interval.before * channels;
-    copyElements(pixel, row + interval.from * channels, interval.columns * channels);
-    repeatPixel(dst, interval.before, pixel, channels);
-    repeatPixel(pixel + interval.columns * channels, interval.behind, pixel + (interval.columns - 1) * channels,
-                channels);
+// What an empty mask does.
+template <class T> inline void copyRows(const MorphTask<T> &task) {
+    for (std::int64_t y = task.firstRow; y < task.lastRow; ++y) {
+        std::memmove(static_cast<void *>(task.dst.row(y)), task.src.row(y),
+                     static_cast<std::size_t>(task.roi.width * task.pixelBytes()));
+    }
+}
+
+template <class T>
+inline void copyInterval(T *dst, const T *row, const Interval &interval, std::int64_t channels,
+                         const T *constant = nullptr) {
+    T *const first = dst + interval.before * channels, *const end = first + interval.columns * channels;
+    copyElements(first, row + interval.from * channels, interval.columns * channels);
+    repeatPixel(dst, interval.before, constant != nullptr ? constant : first, channels);
+    repeatPixel(end, interval.behind, constant != nullptr ? constant : end - channels, channels);
 }
 
 // How many output pixels' rows fit: `rows` scratch rows of so many pixels and `margin` more, in `bytes`.

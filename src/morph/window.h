@@ -27,16 +27,24 @@ inline Window trimmed(Window w, RoiSize roi, const Border &border) {
     return w;
 }
 
-// Where the pixels first .. last of a row come from: `columns` pixels from column `from`, at least one, and repetitions
-// of the first and of the last of them.
+// Where the pixels first .. last of a row come from: `columns` pixels from column `from`, between `before` and `behind`
+// pixels that repeat the first and the last of them (then there is at least one) or are constants (then there may be
+// none).
 struct Interval {
     std::int64_t before, from, columns, behind;
 
-    Interval(const Border &border, std::int64_t width, std::int64_t first, std::int64_t last)
-        : from(borderColumn(border, first, width).index) {
-        columns = borderColumn(border, last, width).index - from + 1;
-        before = std::clamp<std::int64_t>(from - first, 0, last - first);
-        behind = last - first + 1 - before - columns;
+    Interval(const Border &border, std::int64_t width, std::int64_t first, std::int64_t last) {
+        const std::int64_t pixels = last - first + 1;
+        if (border.kind == BorderConstant) {
+            from = border.left ? first : std::max<std::int64_t>(first, 0);
+            columns = std::max<std::int64_t>((border.right ? last + 1 : std::min(last + 1, width)) - from, 0);
+            before = columns > 0 ? from - first : pixels;
+        } else {
+            from = borderColumn(border, first, width).index;
+            columns = borderColumn(border, last, width).index - from + 1;
+            before = std::clamp<std::int64_t>(from - first, 0, last - first);
+        }
+        behind = pixels - before - columns;
     }
 };
 

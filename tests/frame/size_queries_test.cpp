@@ -45,6 +45,7 @@ StatusCode roiAndCode(void *f, const Sizes &s, Place a, Place) { return invoke(f
 StatusCode floatsOfWidth(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, PixelType32f, 3, a); }
 StatusCode widthAndMask(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, s.mask(), a); }
 StatusCode roiApertureAndBlock(void *f, const Sizes &s, Place a, Place) { return invoke(f, s.roi(), 5, 5, a); }
+StatusCode widthAndMaskForTwo(void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.width, s.mask(), a, b); }
 
 constexpr HoughResolution degrees{1.0f, 0.0174533f};
 constexpr ForegroundGaussianParams gaussianBackground{3, 225, 16, 1125, 0.1f, 0};
@@ -63,8 +64,8 @@ const Shape shapes[] = {
     {"rvxiFilterGaussGet", roiAndKernel},
     {"rvxiFilterGaussian",
      [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), s.side, PixelType16s, 3, a, b); }},
-    {"rvxiMorphologyBorder",
-     [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.width, s.mask(), a, b); }, false},
+    {"rvxiMorphologyBorder", widthAndMaskForTwo, false},
+    {"rvxiGrayMorphology", widthAndMaskForTwo, false},
     {"rvxiMorphology", [](void *f, const Sizes &s, Place a, Place) { return invoke(f, s.width, "mask", s.mask(), a); },
      false},
     {"rvxiMorphAdv", [](void *f, const Sizes &s, Place a, Place b) { return invoke(f, s.roi(), s.mask(), a, b); }},

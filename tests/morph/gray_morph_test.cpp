@@ -1,0 +1,354 @@
+// Erosion and dilation by structuring functions against the plain definition, with record, buffer and images in guarded
+// memory of exactly the promised sizes and margins.
+#include "support/bordered.h"
+#include "support/status_table.h"
+
+#include "rvxcv.h"
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace support;
+
+template <class T> struct Member {
+    using Value = std::conditional_t<std::is_same_v<T, float>, float, std::int32_t>;
+    using Operation = StatusCode (*)(const T *, std::int32_t, T *, std::int32_t, RoiSize, BorderKind, T,
+                                     const GrayMorphSpec *, std::uint8_t *);
+    PixelTypeCode type;
+    Value nowhere; // marks a position that is not part
+    StatusCode (*sizes)(std::int32_t, RoiSize, std::int32_t *, std::int32_t *);
+    StatusCode (*init)(std::int32_t, const Value *, RoiSize, GrayMorphSpec *);
+    Operation erode, dilate;
+};
+
+const Member<std::uint8_t> bytes{PixelType8u,
+                                 INT32_MIN,
+                                 rvxiGrayMorphologyGetSize_8u_C1R,
+                                 rvxiGrayMorphologyInit_8u_C1R,
+                                 rvxiGrayErodeBorder_8u_C1R,
+                                 rvxiGrayDilateBorder_8u_C1R};
+const Member<float> floats{PixelType32f,
+                           -std::numeric_limits<float>::infinity(),
+                           rvxiGrayMorphologyGetSize_32f_C1R,
+                           rvxiGrayMorphologyInit_32f_C1R,
+                           rvxiGrayErodeBorder_32f_C1R,
+                           rvxiGrayDilateBorder_32f_C1R};
+
+template <class Check> void forBoth(const Check &check) {
+    check(bytes);
+    check(floats);
+}
+
+template <class T> struct Term {
+    std::int64_t x, y;
+    typename Member<T>::Value value;
+};
+
+// A structuring function: its table, and the list of its terms relative to the anchor.
+template <class T> struct Function {
+    using Value = typename Member<T>::Value;
+    RoiSize size;
+    std::vector<Value> table;
+    std::vector<Term<T>> terms;
+
+    template <class ValueAt> Function(const Member<T> &member, RoiSize s, const ValueAt &valueAt) : size(s) {
+        for (std::int32_t j = 0; j < s.height; ++j) {
+            for (std::int32_t i = 0; i < s.width; ++i) {
+                const Value value = static_cast<Value>(valueAt(i, j));
+                table.push_back(value);
+                if (value != member.nowhere) {
+                    terms.push_back({i - (s.width - 1) / 2, j - (s.height - 1) / 2, value});
+                }
+            }
+        }
+    }
+    std::int64_t reach(std::int64_t Term<T>::*side, int sign) const {
+        std::int64_t most = 0;
+        for (const Term<T> &term : terms) {
+            most = std::max(most, sign * (term.*side));
+        }
+        return most;
+    }
+};
+
+template <class T> Function<T> randomFunction(const Member<T> &member, RoiSize size, std::int64_t percent, Rng &rng) {
+    const std::int64_t limit = uniform(rng, 0, 1) != 0 ? 300 : 30; // bytes beyond 255, too
+    return {member, size, [&](auto, auto) {
+                return static_cast<typename Member<T>::Value>(
+                    uniform(rng, 0, 99) < percent ? static_cast<double>(uniform(rng, -limit, limit)) * 1.0
+                                                  : static_cast<double>(member.nowhere));
+            }};
+}
+
+// The record stands at a multiple of 8 bytes, as near to the guard as that allows.
+template <class T> struct Record {
+    GuardedBuffer memory, buffer;
+    std::int32_t specSize = 0;
+
+    static std::pair<std::int32_t, std::int32_t> sizes(const Member<T> &member, std::int32_t width, RoiSize mask) {
+        std::int32_t specSize = 0, bufferSize = 0;
+        EXPECT_EQ(member.sizes(width, mask, &specSize, &bufferSize), StatusOk);
+        return {specSize, bufferSize};
+    }
+    Record(const Member<T> &member, std::int32_t width, const Function<T> &function)
+        : memory((sizes(member, width, function.size).first + 7) / 8 * 8),
+          buffer(sizes(member, width, function.size).second) {
+        memory.scribble();
+        buffer.scribble(0x11);
+        EXPECT_EQ(member.init(width, function.table.data(), function.size, get()), StatusOk);
+    }
+    GrayMorphSpec *get() { return reinterpret_cast<GrayMorphSpec *>(memory.data()); }
+};
+
+template <class T>
+void check(const Member<T> &member, Record<T> &record, RoiSize roi, const Function<T> &function, BorderKind border,
+           Contents contents, Rng &rng) {
+    const auto margin = [&](BorderKind flag, std::int64_t reach) {
+        return (border & 15) == BorderInMemory || (border & flag) != 0 ? reach : 0;
+    };
+    GuardedImage<T> src(roi.width, roi.height,
+                        {.padding = uniform(rng, 0, 2) * static_cast<std::int64_t>(sizeof(T)),
+                         .guard = rng() % 2 != 0 ? Guard::behind : Guard::before,
+                         .left = margin(BorderInMemoryLeft, function.reach(&Term<T>::x, -1)),
+                         .top = margin(BorderInMemoryTop, function.reach(&Term<T>::y, -1)),
+                         .right = margin(BorderInMemoryRight, function.reach(&Term<T>::x, 1)),
+                         .bottom = margin(BorderInMemoryBottom, function.reach(&Term<T>::y, 1))});
+    src.fill(rng, contents);
+    const auto borderValue = randomValue<T>(rng, contents);
+    for (const bool dilates : {false, true}) {
+        GuardedImage<T> dst(
+            roi.width, roi.height,
+            {.padding = static_cast<std::int64_t>(sizeof(T)), .guard = rng() % 2 != 0 ? Guard::behind : Guard::before});
+        ASSERT_EQ((dilates ? member.dilate : member.erode)(src.data(), src.step(), dst.data(), dst.step(), roi, border,
+                                                           borderValue, record.get(), record.buffer.data()),
+                  StatusOk);
+        ASSERT_TRUE(imageIs(dst,
+                            [&](auto x, auto y) {
+                                using Sum = std::conditional_t<std::is_same_v<T, float>, float, std::int64_t>;
+                                bool first = true;
+                                Sum result = src.at(x, y);
+                                for (const Term<T> &term : function.terms) {
+                                    const Sum pixel = borderedPixel(src, x + term.x, y + term.y, border, borderValue);
+                                    const Sum sum = dilates ? pixel + term.value : pixel - term.value;
+                                    result = first ? sum : dilates ? std::max(result, sum) : std::min(result, sum);
+                                    first = false;
+                                }
+                                if constexpr (!std::is_same_v<T, float>) {
+                                    result = std::clamp<Sum>(result, 0, 255);
+                                }
+                                return result;
+                            }))
+            << (dilates ? "dilation" : "erosion") << ", function " << function.size.width << "x" << function.size.height
+            << ", border " << border;
+    }
+}
+
+template <class T>
+void check(const Member<T> &member, RoiSize roi, const Function<T> &function, BorderKind border, Contents contents,
+           Rng &rng) {
+    Record<T> record(member, roi.width + static_cast<std::int32_t>(rng() % 3), function);
+    check(member, record, roi, function, border, contents, rng);
+}
+
+constexpr Contents contentsOf[] = {Contents::random, Contents::small, Contents::nearMax, Contents::constant};
+
+TEST(GrayMorph, EveryWidthWithOneRecord) {
+    forBoth([]<class T>(const Member<T> &member) {
+        Rng rng = makeRng("gray widths", sizeof(T));
+        for (const RoiSize size : {RoiSize{1, 1}, RoiSize{5, 5}, RoiSize{8, 3}}) {
+            const Function<T> function = randomFunction(member, size, 80, rng);
+            Record<T> record(member, 300, function);
+            const std::vector<std::uint8_t> before(record.memory.data(), record.memory.data() + record.memory.size());
+            for (std::int32_t width = 1; width <= 300; width += width < 200 ? 1 : 7) {
+                const std::int32_t height = 1 + width % 6;
+                check(member, record, {width, height}, function, BorderReplicate, Contents::random, rng);
+                check(member, record, {width, height}, function, BorderInMemory, Contents::small, rng);
+            }
+            EXPECT_TRUE(std::equal(before.begin(), before.end(), record.memory.data())) << "the record was written";
+        }
+    });
+}
+
+TEST(GrayMorph, EveryBorder) {
+    forBoth([]<class T>(const Member<T> &member) {
+        Rng rng = makeRng("gray borders", sizeof(T));
+        const auto rightOnly = [&](std::int32_t i, std::int32_t j) {
+            return i > 7 && j > 4 ? static_cast<typename Member<T>::Value>(i - j) : member.nowhere;
+        };
+        for (const BorderKind border : bordersOf({BorderConstant, BorderReplicate, BorderInMemory})) {
+            for (const std::int32_t width : {1, 3, 20, 45, 129, 260}) {
+                const RoiSize small{static_cast<std::int32_t>(uniform(rng, 1, 9)),
+                                    static_cast<std::int32_t>(uniform(rng, 1, 9))};
+                check(member, {width, 1 + width % 7}, randomFunction(member, small, 70, rng), border,
+                      contentsOf[width % 4], rng);
+                const Function<T> asymmetric(member, {9, 6}, rightOnly);
+                check(member, {width, 3}, asymmetric, border, Contents::random, rng);
+            }
+            // Wider than a vector, than the image, than the scratch of a few rows.
+            check(member, {200, 4}, randomFunction(member, {81, 3}, 20, rng), border, Contents::random, rng);
+            check(member, {7, 5}, randomFunction(member, {150, 4}, 20, rng), border, Contents::random, rng);
+            check(member, {150, 5}, randomFunction(member, {3, 70}, 20, rng), border, Contents::random, rng);
+        }
+    });
+}
+
+TEST(GrayMorph, ShapesOfFunctionsAndRegions) {
+    forBoth([]<class T>(const Member<T> &member) {
+        Rng rng = makeRng("gray shapes", sizeof(T));
+        const BorderKind kinds[] = {BorderConstant, BorderReplicate, BorderInMemory};
+        for (int i = 0; i < 200; ++i) {
+            const RoiSize size{static_cast<std::int32_t>(uniform(rng, 1, i % 5 == 0 ? 160 : 20)),
+                               static_cast<std::int32_t>(uniform(rng, 1, i % 5 == 1 ? 80 : 12))};
+            const RoiSize roi{static_cast<std::int32_t>(uniform(rng, 1, i % 3 == 0 ? 20 : 330)),
+                              static_cast<std::int32_t>(uniform(rng, 1, 24))};
+            check(member, roi, randomFunction(member, size, uniform(rng, 0, i % 2 == 0 ? 100 : 5), rng),
+                  kinds[i % 3] | static_cast<BorderKind>(uniform(rng, 0, 15) << 4), contentsOf[i / 3 % 4], rng);
+        }
+        for (const RoiSize size : {RoiSize{1000, 1}, RoiSize{1, 1000}, RoiSize{300, 2}}) {
+            check(member, {1, 2}, randomFunction(member, size, 30, rng), BorderConstant, Contents::random, rng);
+            check(member, {70, 1}, randomFunction(member, size, 30, rng), BorderReplicate, Contents::random, rng);
+        }
+        check(member, {1283, 21}, randomFunction(member, {9, 9}, 100, rng), BorderReplicate, Contents::random, rng);
+        check(member, {2000, 9}, randomFunction(member, {67, 2}, 30, rng), BorderConstant, Contents::random, rng);
+    });
+}
+
+TEST(GrayMorph, ExtremeValuesOfBytes) {
+    Rng rng = makeRng("gray extremes");
+    const std::int32_t values[] = {INT32_MIN, INT32_MIN + 1, -256, -255, -1, 0, 1, 255, 256, INT32_MAX};
+    for (const std::int32_t value : values) {
+        for (const RoiSize size : {RoiSize{1, 1}, RoiSize{3, 2}}) {
+            const Function<std::uint8_t> function(bytes, size, [=](auto, auto) { return value; });
+            for (const Contents contents : contentsOf) {
+                check(bytes, {150, 3}, function, BorderConstant, contents, rng);
+            }
+        }
+    }
+    const Function<std::uint8_t> all(bytes, {10, 1}, [&](auto i, auto) { return values[i]; });
+    check(bytes, {150, 3}, all, BorderReplicate, Contents::random, rng);
+    const Function<float> none(floats, {3, 3}, [](auto, auto) { return floats.nowhere; });
+    check(floats, {33, 3}, none, BorderInMemory, Contents::random, rng);
+}
+
+// A NaN, or infinities that meet, disturb no pixel whose function does not cover them.
+TEST(GrayMorph, NanStaysUnderItsFunction) {
+    Rng rng = makeRng("gray nan");
+    const Function<float> function = randomFunction(floats, {5, 3}, 100, rng);
+    Record<float> record(floats, 60, function);
+    GuardedImage<float> src(60, 9), dst(60, 9), disturbed(60, 9);
+    src.fill(rng, Contents::random);
+    const auto run = [&](GuardedImage<float> &to) {
+        return floats.erode(src.data(), src.step(), to.data(), to.step(), src.roi(), BorderReplicate, 0.0f,
+                            record.get(), record.buffer.data());
+    };
+    ASSERT_EQ(run(dst), StatusOk);
+    src.set(31, 4, std::numeric_limits<float>::quiet_NaN());
+    ASSERT_EQ(run(disturbed), StatusOk);
+    EXPECT_TRUE(imageIs(disturbed, [&](auto x, auto y) {
+        return std::abs(x - 31) <= 2 && std::abs(y - 4) <= 1 ? disturbed.at(x, y) : dst.at(x, y);
+    }));
+}
+
+// ------------------------------------------------------------------------------------------------ sizes and statuses
+
+TEST(GrayMorph, SizesAndRecord) {
+    forBoth([]<class T>(const Member<T> &member) {
+        for (const RoiSize size : {RoiSize{1, 1}, RoiSize{4, 7}, RoiSize{60, 3}}) {
+            for (const std::int32_t width : {1, 64, 65, 641}) {
+                const std::int64_t row = (width + size.width - 1) * static_cast<std::int64_t>(sizeof(T));
+                std::int32_t specSize = 0, bufferSize = 0;
+                ASSERT_EQ(member.sizes(width, size, &specSize, &bufferSize), StatusOk);
+                EXPECT_EQ(specSize, 32 + 12 * size.width * size.height);
+                EXPECT_EQ(bufferSize, size.height * ((row + 63) / 64 * 64 + 8) + 64);
+            }
+        }
+        const Function<T> function(member, {4, 2}, [&](auto i, auto j) {
+            return i == 3 ? member.nowhere : static_cast<typename Member<T>::Value>(i == 0 ? 300 : -100 * j);
+        });
+        Record<T> record(member, 17, function);
+        const GrayMorphSpec *const spec = record.get();
+        EXPECT_EQ(spec->tag, 0x4b617391);
+        EXPECT_TRUE(spec->type == member.type && spec->roiWidth == 17 && spec->maskWidth == 4 && spec->maskHeight == 2);
+        EXPECT_TRUE(spec->anchorX == 1 && spec->anchorY == 0 && spec->count == 6);
+        const auto *entries = reinterpret_cast<const GrayMorphEntry *>(spec + 1);
+        EXPECT_TRUE(entries[3].dx == -1 && entries[3].dy == 1 && entries[4].dx == 0 && entries[4].dy == 1);
+        EXPECT_TRUE(member.type == PixelType8u ? entries[3].value.of8u == 255 : entries[3].value.of32f == 300.0f);
+    });
+}
+
+template <class T> struct Call {
+    const T *src;
+    T *dst;
+    const GrayMorphSpec *spec;
+    std::uint8_t *buffer;
+    std::int32_t srcStep, dstStep;
+    RoiSize roi;
+    BorderKind border;
+};
+
+template <class T> struct InitCall {
+    std::int32_t roiWidth;
+    const typename Member<T>::Value *values;
+    RoiSize mask;
+    GrayMorphSpec *spec;
+};
+
+TEST(GrayMorph, StatusesInTheOrderOfTheChecks) {
+    forBoth([]<class T>(const Member<T> &member) {
+        const Function<T> function(member, {3, 3}, [](auto, auto) { return 1; });
+        Record<T> record(member, 9, function);
+        Record<std::uint8_t> ofBytes(bytes, 9, {bytes, {3, 3}, [](auto, auto) { return 1; }});
+        Record<float> ofFloats(floats, 9, {floats, {3, 3}, [](auto, auto) { return 1; }});
+        GuardedBuffer tooShort(4); // no record: nothing behind its tag is read
+        tooShort.scribble(0);
+        GuardedImage<T> src(10, 4), dst(10, 4);
+        constexpr auto size = static_cast<std::int32_t>(sizeof(T));
+        using C = Call<T>;
+        Faults<C> faults;
+        faults.nulls(&C::src, &C::dst, &C::spec, &C::buffer);
+        faults.values(StatusBadContext, &C::spec,
+                      {reinterpret_cast<const GrayMorphSpec *>(tooShort.data()),
+                       member.type == PixelType8u ? ofFloats.get() : ofBytes.get()});
+        faults.empty(&C::roi).shortSteps(9 * size, &C::srcStep, &C::dstStep);
+        faults.unevenSteps(src.step(), sizeof(T), &C::srcStep, &C::dstStep);
+        faults.values(StatusBadBorder, &C::border, {BorderWrap, BorderMirror | BorderInMemoryTop, 7});
+        faults.values(StatusBadSize, &C::roi, {{10, 4}}); // wider than the record
+        faults.values(StatusInPlaceNotSupported, &C::src, {dst.data()});
+        for (const auto operation : {member.erode, member.dilate}) {
+            expectFaultOrder<C>(
+                {src.data(),
+                 dst.data(),
+                 record.get(),
+                 record.buffer.data(),
+                 src.step(),
+                 dst.step(),
+                 {9, 4},
+                 BorderConstant | BorderInMemoryTop},
+                faults,
+                [&](const C &c) {
+                    return operation(c.src, c.srcStep, c.dst, c.dstStep, c.roi, c.border, T{}, c.spec, c.buffer);
+                },
+                [&] { return dst.bytes(); });
+        }
+
+        using I = InitCall<T>;
+        Faults<I> initFaults;
+        initFaults.nulls(&I::values, &I::spec).values(StatusBadSize, &I::roiWidth, {0, -5, INT32_MAX}).empty(&I::mask);
+        initFaults.values(StatusBadSize, &I::mask, {{20000, 20000}});
+        std::vector<typename Member<T>::Value> bad = function.table, worse = function.table;
+        if (member.type == PixelType32f) {
+            bad.back() = std::numeric_limits<typename Member<T>::Value>::quiet_NaN();
+            worse.back() = std::numeric_limits<typename Member<T>::Value>::infinity();
+            initFaults.values(StatusOutOfRange, &I::values, {bad.data(), worse.data()});
+        }
+        Record<T> other(member, 9, function);
+        expectFaultOrder<I>(
+            {9, function.table.data(), function.size, other.get()}, initFaults,
+            [&](const I &c) { return member.init(c.roiWidth, c.values, c.mask, c.spec); },
+            [&] { return std::vector(other.memory.data(), other.memory.data() + other.memory.size()); });
+    });
+}
+
+} // namespace
