@@ -71,6 +71,12 @@ constexpr Goal goals[] = {
     {"LineSuppression_8u_C1R_sobel3_block3_full", 9, copy},
     // Morphology
     {"Dilate_8u_C1R/random7x7", 1.01, copy},
+    {"GrayErode_8u_C1R/5x5", 2.85, copy},
+    {"GrayDilate_8u_C1R/5x5", 2.85, copy},
+    {"GrayDilate_8u_C1R/ball21", 29.1, copy},
+    {"GrayErode_32f_C1R/5x5", 8.5, copy},
+    {"GrayDilate_32f_C1R/5x5", 8.5, copy},
+    {"GrayDilate_32f_C1R/ball21", 96.1, copy},
     {"FilterMin_8u_C1R/15x1", 0.31, copy},
     {"FilterMin_8u_C1R/5x1", 0.25, copy},
     {"FilterMin_32f_C1R/7x7", 1.45, copy},

@@ -107,6 +107,8 @@ show morph-fill-holes.png "dark places filled up to the rim of what encloses the
 show morph-clear-border.png "what is bright and touches the frame taken away"
 "$bin" morph domes "$picture" -o "$out/morph-domes.png" --height 40
 show morph-domes.png "what rises at most 40 levels above its surroundings"
+"$bin" morph rolling-ball "$picture" -o "$out/morph-ball.png" --radius 40
+show morph-ball.png "the background taken away by a rolling ball of radius 40: what is small and bright"
 "$bin" corners "$picture" -o "$out/corners.png"
 show corners.png "the corners that can be tracked best"
 "$bin" corners "$picture" -o "$out/corners-fast.png" --method fast --count 300 --distance 8

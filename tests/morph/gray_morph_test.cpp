@@ -82,7 +82,7 @@ template <class T> Function<T> randomFunction(const Member<T> &member, RoiSize s
             }};
 }
 
-// The record stands at a multiple of 8 bytes, as near to the guard as that allows.
+// The record stands at a multiple of 8 bytes, as near to the guard as that allows; the buffer at any address.
 template <class T> struct Record {
     GuardedBuffer memory, buffer;
     std::int32_t specSize = 0;
@@ -94,7 +94,7 @@ template <class T> struct Record {
     }
     Record(const Member<T> &member, std::int32_t width, const Function<T> &function)
         : memory((sizes(member, width, function.size).first + 7) / 8 * 8),
-          buffer(sizes(member, width, function.size).second) {
+          buffer(sizes(member, width, function.size).second + width % 2) {
         memory.scribble();
         buffer.scribble(0x11);
         EXPECT_EQ(member.init(width, function.table.data(), function.size, get()), StatusOk);

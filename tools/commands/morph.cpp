@@ -1,7 +1,8 @@
-// rvxcv morph OP PHOTO -o OUT: flat morphology with a rectangle, an ellipse, a cross or the mask of a PBM file; holes
-// filled, the border cleared and domes found by reconstruction.
+// rvxcv morph OP PHOTO -o OUT: flat morphology with a rectangle, an ellipse, a cross or the mask of a PBM file; the
+// background removed with a ball; holes filled, the border cleared and domes found by reconstruction.
 #include "command.h"
 #include "reconstruction.h"
+#include "rolling_ball.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +15,8 @@ namespace {
 struct Options {
     std::string operation, photo, out, mask = "rect:5x5";
     int height = 20;
+    int radius = 25;
+    bool light = false;
 };
 
 struct Mask {
@@ -74,19 +77,21 @@ const std::map<std::string, Operation> operations{
     {"gradient", {{}, {rvxiMorphGradientBorder_8u_C1R, rvxiMorphGradientBorder_8u_C3R}}},
 };
 
-using Reconstruction = Image (*)(const Image &, const Options &);
-const std::map<std::string, Reconstruction> reconstructions{
+// Operations without a mask.
+using Special = Image (*)(const Image &, const Options &);
+const std::map<std::string, Special> specials{
+    {"rolling-ball", [](const Image &image, const Options &o) { return withoutBackground(image, o.radius, o.light); }},
     {"fill-holes", [](const Image &image, const Options &) { return fillHoles(image); }},
     {"clear-border", [](const Image &image, const Options &) { return clearBorder(image); }},
-    {"domes", [](const Image &image, const Options &options) { return domes(image, options.height); }},
+    {"domes", [](const Image &image, const Options &o) { return domes(image, o.height); }},
 };
 
 void run(const Options &options) {
-    if (const auto found = reconstructions.find(options.operation); found != reconstructions.end()) {
-        writeImage(options.out, found->second(readImage(options.photo), options));
+    const Image image = readImage(options.photo);
+    if (const auto found = specials.find(options.operation); found != specials.end()) {
+        writeImage(options.out, found->second(image, options));
         return;
     }
-    const Image image = readImage(options.photo);
     const Mask mask = parseMask(options.mask);
     const Operation &operation = operations.at(options.operation);
     const int colour = image.channels == 3;
@@ -132,12 +137,12 @@ void addMorph(Program &program) {
     for (const auto &entry : operations) {
         names.push_back(entry.first);
     }
-    for (const auto &entry : reconstructions) {
+    for (const auto &entry : specials) {
         names.push_back(entry.first);
     }
     auto options = std::make_shared<Options>();
-    Command command = program.command(
-        "morph", "Erode, dilate or combine both with a flat mask; fill holes, clear the border, find domes");
+    Command command = program.command("morph", "Erode, dilate or combine both with a flat mask; remove the background, "
+                                               "fill holes, clear the border, find domes");
     command.option("OP", options->operation, "Operation").required().oneOf(names);
     command.option("PHOTO", options->photo, "Picture to read").required();
     command.option("-o,--output", options->out, "Picture to write").required();
@@ -146,6 +151,8 @@ void addMorph(Program &program) {
     command.option("--height", options->height, "Of domes: levels below a top that still belong to it")
         .range(1, 255)
         .showDefault();
+    command.option("--radius", options->radius, "rolling-ball: the ball's, in pixels").range(1, 255).showDefault();
+    command.flag("--light", options->light, "rolling-ball: dark things on a light background");
     command.action([options] { run(*options); });
 }
 
