@@ -33,15 +33,27 @@ public:
     }
 
     template <class Take> void forGroups(std::int64_t first, std::int64_t last, const Take &take) const {
-        PositionGroups<PlainTerm, Take> groups(take);
+        Place places[mostPlaces];
+        int count = 0;
+        const auto flush = [&] {
+            withConstant<mostPlaces>(count, [&]<int fixed>(std::integral_constant<int, fixed>) {
+                Place group[fixed];
+                std::copy_n(places, fixed, group);
+                take(group, PlainTerms<fixed>{});
+            });
+            count = 0;
+        };
         for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
             for (std::int64_t i = first + spec_.anchorX; i <= last + spec_.anchorX; ++i) {
                 if (spec_.maskCopy[j * spec_.maskWidth + i] != 0) {
-                    groups.add({i - spec_.anchorX, j - spec_.anchorY, {}});
+                    places[count++] = {i - spec_.anchorX, j - spec_.anchorY};
+                    if (count == mostPlaces) {
+                        flush();
+                    }
                 }
             }
         }
-        groups.flush();
+        flush();
     }
 
 private:

@@ -6,7 +6,9 @@
 #include "morph/morph_spec.h"
 #include "morph/position_kernel.h"
 
-#include <cmath>
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 namespace rvxcv {
 namespace {
@@ -21,6 +23,8 @@ template <> struct GrayPixel<std::uint8_t> {
     static bool isPart(Value value) { return value != INT32_MIN; }
     static bool isValid(Value) { return true; }
     static void keep(GrayMorphEntry &entry, Value value) { entry.value.of8u = std::clamp(value, -255, 255); }
+    static Value valueOf(const GrayMorphEntry &entry) { return entry.value.of8u; }
+    static U8x32 operand(Value by) { return splat(static_cast<std::uint8_t>(std::abs(by))); }
 };
 template <> struct GrayPixel<float> {
     using Value = float;
@@ -28,6 +32,8 @@ template <> struct GrayPixel<float> {
     static bool isPart(Value value) { return value != -std::numeric_limits<float>::infinity(); }
     static bool isValid(Value value) { return value < std::numeric_limits<float>::infinity(); } // and no NaN
     static void keep(GrayMorphEntry &entry, Value value) { entry.value.of32f = value; }
+    static Value valueOf(const GrayMorphEntry &entry) { return entry.value.of32f; }
+    static F32x8 operand(Value by) { return splat(by); }
 };
 
 static_assert(sizeof(GrayMorphSpec) == 32 && sizeof(GrayMorphEntry) == 12);
@@ -91,84 +97,167 @@ StatusCode grayInit(std::int32_t roiWidth, const typename GrayPixel<T>::Value *v
     return StatusOk;
 }
 
-// Terms: the pixel plus or minus a value, of bytes one that is not negative.
+// How pixels are changed by a value: bytes are raised or lowered by one that is not negative.
 struct RaisedByte {
-    U8x32 by;
-    RVX_INLINE U8x32 of(U8x32 pixels) const { return addSaturated(pixels, by); }
+    static RVX_INLINE U8x32 of(U8x32 pixels, U8x32 by) { return addSaturated(pixels, by); }
 };
 struct LoweredByte {
-    U8x32 by;
-    RVX_INLINE U8x32 of(U8x32 pixels) const { return subSaturated(pixels, by); }
+    static RVX_INLINE U8x32 of(U8x32 pixels, U8x32 by) { return subSaturated(pixels, by); }
 };
 struct RaisedFloat {
-    F32x8 by;
-    RVX_INLINE F32x8 of(F32x8 pixels) const { return add(pixels, by); }
+    static RVX_INLINE F32x8 of(F32x8 pixels, F32x8 by) { return add(pixels, by); }
 };
 
-// The positions of a function, in the order of its rows; there is at least one.
+// Every `same` places of a group have one value, which changes their extremum: as rounding and clamping keep the order
+// of pixels, that is the extremum of the changed ones.
+template <class T, class Change, int count, int same> struct ChangedTerms {
+    Vec<T> by[count / same];
+
+    template <class Op, class PixelsAt> RVX_INLINE Vec<T> over(const PixelsAt &pixelsAt) const {
+        Vec<T> result{};
+        for (int term = 0; term < count / same; ++term) {
+            Vec<T> extremum = pixelsAt(term * same);
+            for (int k = 1; k < same; ++k) {
+                extremum = Op::of(extremum, pixelsAt(term * same + k));
+            }
+            extremum = Change::of(extremum, by[term]);
+            result = term == 0 ? extremum : Op::of(result, extremum);
+        }
+        return result;
+    }
+};
+
+// Hands places on in groups: those that have a value in common by eights, fours and twos, as far as that goes.
+template <class T, class Change, class Take> class ChangedGroups {
+public:
+    explicit ChangedGroups(const Take &take) : take_(take) {}
+
+    // At most eight places.
+    void add(const Place *places, int count, Vec<T> by) {
+        if (count == mostPlaces) {
+            emit<mostPlaces, mostPlaces>(places, &by);
+            return;
+        }
+        if (count & 4) {
+            wait<2>(places, by);
+        }
+        if (count & 2) {
+            wait<1>(places + (count & 4), by);
+        }
+        if (count & 1) {
+            wait<0>(places + count - 1, by);
+        }
+    }
+
+    void flush() {
+        split<2>();
+        split<1>();
+        withConstant<mostPlaces>(
+            count_[0], [&]<int fixed>(std::integral_constant<int, fixed>) { emit<fixed, 1>(places_[0], by_[0]); });
+    }
+
+private:
+    template <int count, int same> void emit(const Place *places, const Vec<T> *by) const {
+        Place group[count];
+        ChangedTerms<T, Change, count, same> terms;
+        std::copy_n(places, count, group);
+        std::copy_n(by, count / same, terms.by);
+        take_(group, terms);
+    }
+    // 2^level places that have a value in common wait until they are eight.
+    template <int level> void wait(const Place *places, Vec<T> by) {
+        constexpr int same = 1 << level;
+        std::copy_n(places, same, places_[level] + same * count_[level]);
+        by_[level][count_[level]++] = by;
+        if (same * count_[level] == mostPlaces) {
+            emit<mostPlaces, same>(places_[level], by_[level]);
+            count_[level] = 0;
+        }
+    }
+    template <int level> void split() {
+        for (int k = 0; k < 2 * count_[level]; ++k) {
+            wait<level - 1>(places_[level] + (k << (level - 1)), by_[level][k / 2]);
+        }
+    }
+
+    const Take &take_;
+    Place places_[3][mostPlaces];
+    Vec<T> by_[3][mostPlaces];
+    int count_[3] = {};
+};
+
+// Some of a function's positions.
 template <class T, class Op> class FunctionPositions {
-    static constexpr bool dilates = std::is_same_v<Op, Maximum>;
+    using Value = typename GrayPixel<T>::Value;
 
 public:
-    FunctionPositions(const GrayMorphEntry *entries, std::int64_t count) : entries_(entries), end_(entries + count) {
-        const GrayMorphEntry first = loadScalar(entries_);
-        reach_ = {first.dx, first.dy, first.dx, loadScalar(end_ - 1).dy};
-        forEntries([&](const GrayMorphEntry &entry) {
+    static constexpr std::int64_t most = 512;
+
+    // From the table, row by row. Ordering them by value, so that equal ones meet, pays where there is much to filter.
+    FunctionPositions(const GrayMorphEntry *entries, std::int64_t count, bool ordered) : count_(count) {
+        const GrayMorphEntry first = loadScalar(entries);
+        reach_ = {first.dx, first.dy, first.dx, loadScalar(entries + count - 1).dy};
+        for (std::int64_t k = 0; k < count; ++k) {
+            const GrayMorphEntry entry = loadScalar(entries + k);
             reach_.left = std::min<std::int64_t>(reach_.left, entry.dx);
             reach_.right = std::max<std::int64_t>(reach_.right, entry.dx);
-        });
+            if (rowCount_ == 0 || rows_[rowCount_ - 1] != entry.dy) {
+                rows_[rowCount_++] = entry.dy;
+            }
+            const Value value = GrayPixel<T>::valueOf(entry);
+            positions_[k] = {entry.dx, entry.dy, std::is_same_v<Op, Maximum> ? value : -value};
+        }
+        if (ordered) {
+            std::sort(positions_, positions_ + count, [](const Position &a, const Position &b) { return a.by < b.by; });
+        }
     }
 
     Window reach() const { return reach_; }
 
-    template <class Take> void forRows(const Take &take) const {
-        std::int64_t latest = reach_.top - 1;
-        forEntries([&](const GrayMorphEntry &entry) {
-            if (entry.dy != latest) {
-                latest = entry.dy;
-                take(latest);
-            }
-        });
-    }
+    template <class Take> void forRows(const Take &take) const { std::for_each(rows_, rows_ + rowCount_, take); }
 
     template <class Take> void forGroups(std::int64_t first, std::int64_t last, const Take &take) const {
         if constexpr (std::is_same_v<T, float>) {
-            PositionGroups<RaisedFloat, Take> groups(take);
-            forEntries([&](const GrayMorphEntry &entry) {
-                if (entry.dx >= first && entry.dx <= last) {
-                    const float value = entry.value.of32f;
-                    groups.add({entry.dx, entry.dy, {splat(dilates ? value : -value)}});
-                }
-            });
-            groups.flush();
+            forChanged<RaisedFloat>(first, last, take, [](float) { return true; });
         } else {
-            forBytes<RaisedByte>(first, last, 1, take);
-            forBytes<LoweredByte>(first, last, -1, take);
+            forChanged<LoweredByte>(first, last, take, [](std::int32_t by) { return by < 0; });
+            forChanged<RaisedByte>(first, last, take, [](std::int32_t by) { return by >= 0; });
         }
     }
 
 private:
-    template <class Function> void forEntries(const Function &function) const {
-        for (const GrayMorphEntry *entry = entries_; entry != end_; ++entry) {
-            function(loadScalar(entry));
-        }
-    }
+    struct Position {
+        std::int32_t x, y;
+        Value by; // what a pixel there is raised by
+    };
 
-    // The positions that raise (sign 1) or lower (sign -1) their pixels.
-    template <class Term, class Take>
-    void forBytes(std::int64_t first, std::int64_t last, std::int32_t sign, const Take &take) const {
-        PositionGroups<Term, Take> groups(take);
-        forEntries([&](const GrayMorphEntry &entry) {
-            const std::int32_t change = dilates ? entry.value.of8u : -entry.value.of8u;
-            if (entry.dx >= first && entry.dx <= last && (sign > 0 ? change >= 0 : change < 0)) {
-                groups.add({entry.dx, entry.dy, {splat(static_cast<std::uint8_t>(std::abs(change)))}});
+    // Of the positions that `changes` says yes to.
+    template <class Change, class Take, class Changes>
+    void forChanged(std::int64_t first, std::int64_t last, const Take &take, const Changes &changes) const {
+        ChangedGroups<T, Change, Take> groups(take);
+        Place equal[mostPlaces];
+        int count = 0;
+        Value by = 0;
+        const auto pass = [&] { groups.add(equal, std::exchange(count, 0), GrayPixel<T>::operand(by)); };
+        for (std::int64_t k = 0; k < count_; ++k) {
+            const Position &position = positions_[k];
+            if (position.x < first || position.x > last || !changes(position.by)) {
+                continue;
             }
-        });
+            if (count == mostPlaces || position.by != by) {
+                pass();
+            }
+            by = position.by;
+            equal[count++] = {position.x, position.y};
+        }
+        pass();
         groups.flush();
     }
 
-    const GrayMorphEntry *entries_, *end_;
+    std::int64_t count_, rowCount_ = 0;
     Window reach_;
+    Position positions_[most];
+    std::int32_t rows_[most];
 };
 
 template <class Op, class T>
@@ -201,8 +290,12 @@ StatusCode filter(const T *src, std::int32_t srcStep, T *dst, std::int32_t dstSt
     if (fields.count == 0) {
         copyRows(task);
     } else {
-        const FunctionPositions<T, Op> positions(entriesOf(spec), fields.count);
-        PositionKernel<T, Op, FunctionPositions<T, Op>>(task, positions).run();
+        using Positions = FunctionPositions<T, Op>;
+        const bool large = std::int64_t{roi.width} * roi.height >= 8192;
+        for (std::int64_t k = 0; k < fields.count; k += Positions::most) {
+            const Positions some(entriesOf(spec) + k, std::min(fields.count - k, Positions::most), large);
+            PositionKernel<T, Op, Positions>(task, some).run(k > 0);
+        }
     }
     return StatusOk;
 }

@@ -5,9 +5,12 @@
 //
 // A list of positions has
 //
-//     Window reach()                     which columns and rows around an output pixel it looks at, at most
-//     forRows(take)                      take(y) for every row around an output pixel in which a position is, ascending
-//     forGroups(first, last, take)       take(positions) for those in columns first .. last, in arrays of constant size
+//     Window reach()                which columns and rows around an output pixel it looks at, at most
+//     forRows(take)                 take(y) for every row around an output pixel in which a position is, ascending
+//     forGroups(first, last, take)  take(places, terms) for those in columns first .. last: arrays of constant size,
+//                                   and what becomes of their pixels
+//
+// Terms make one vector of a group's pixels: over<Op>(pixelsAt) with pixelsAt(k) a vector of those at place k.
 #pragma once
 
 #include "kernel/scratch.h"
@@ -16,58 +19,35 @@
 
 namespace rvxcv {
 
-// A position relative to the output pixel, and what becomes of the pixel there: Term::of(vector of pixels).
-template <class Term> struct Position {
+// A position relative to the output pixel.
+struct Place {
     std::int64_t x, y;
-    Term term;
 };
 
-// The pixel itself.
-struct PlainTerm {
-    template <class V> RVX_INLINE V of(V pixels) const { return pixels; }
-};
-
-// Hands positions on, as many at a time as an array of constant size holds.
-template <class Term, class Take> class PositionGroups {
-public:
-    explicit PositionGroups(const Take &take) : take_(take) {}
-
-    void add(const Position<Term> &position) {
-        waiting_[count_++] = position;
-        if (count_ == most) {
-            flush();
+// The pixels themselves.
+template <int count> struct PlainTerms {
+    template <class Op, class PixelsAt> RVX_INLINE auto over(const PixelsAt &pixelsAt) const {
+        auto extremum = pixelsAt(0);
+        for (int k = 1; k < count; ++k) {
+            extremum = Op::of(extremum, pixelsAt(k));
         }
+        return extremum;
     }
-    void flush() {
-        withConstant<most>(count_, [&]<int fixed>(std::integral_constant<int, fixed>) {
-            Position<Term> group[fixed];
-            std::copy_n(waiting_, fixed, group);
-            take_(group);
-        });
-        count_ = 0;
-    }
-
-private:
-    static constexpr int most = 8;
-    const Take &take_;
-    Position<Term> waiting_[most];
-    int count_ = 0;
 };
+
+// Positions are taken as many at a time as a group holds at most.
+constexpr int mostPlaces = 8;
 
 // Part of an output row: dst[x] = extremum of the pixels at x of some rows.
-template <class T, class Op, class Term, int count, bool padded> struct PositionRow {
+template <class T, class Op, class Terms, int count, bool padded> struct PositionRow {
     using V = Vec<T>;
-    Term terms[count];
+    Terms terms;
     const T *from[count];
     T *dst;
     bool proceed; // from what dst holds
 
     template <class Span> RVX_INLINE V at(std::int64_t x, Span span) const {
-        V extremum = loadFrom(0, x, span);
-        for (int k = 1; k < count; ++k) {
-            extremum = Op::of(extremum, loadFrom(k, x, span));
-        }
-        return extremum;
+        return terms.template over<Op>([&](int k) { return loadFrom(k, x, span); });
     }
     template <class Span> RVX_INLINE void put(std::int64_t x, V extremum, Span span) const {
         store(dst + x, proceed ? Op::of(extremum, load<V>(dst + x, span)) : extremum, span);
@@ -79,9 +59,9 @@ template <class T, class Op, class Term, int count, bool padded> struct Position
     }
     template <class Span> RVX_INLINE V loadFrom(int k, std::int64_t x, Span span) const {
         if constexpr (padded) {
-            return terms[k].of(load<V>(from[k] + x));
+            return load<V>(from[k] + x);
         } else {
-            return terms[k].of(load<V>(from[k] + x, span));
+            return load<V>(from[k] + x, span);
         }
     }
 };
@@ -89,19 +69,21 @@ template <class T, class Op, class Term, int count, bool padded> struct Position
 template <class T, class Op, class Positions> class PositionKernel {
     using V = Vec<T>;
     static constexpr std::int64_t vectorBytes = 32;
+    static constexpr std::int64_t cacheBytes = 24 * 1024; // of the first level, for what all positions are taken from
 
 public:
     PositionKernel(const MorphTask<T> &task, const Positions &positions)
         : task_(task), positions_(positions), reach_(positions.reach()), height_(reach_.bottom - reach_.top + 1) {}
 
-    void run() const {
+    // `proceed`: from what the destination holds.
+    void run(bool proceed = false) const {
         const std::int64_t bytes = task_.pixelBytes(), left = reach_.left * bytes, right = reach_.right * bytes;
         const std::int64_t far = vectorBytes / bytes * bytes; // repetitions of an edge pixel in a vector
         const bool near = left >= -far && left <= vectorBytes && right >= -vectorBytes && right <= far;
         if (near && height_ <= mostHeight && task_.roi.width * bytes >= 4 * vectorBytes) {
-            inPlace();
+            inPlace(proceed);
         } else {
-            extended();
+            extended(proceed);
         }
     }
 
@@ -130,7 +112,7 @@ private:
     };
     static constexpr std::int64_t fromFirstToLast = 3 * V::lanes;
 
-    void inPlace() const {
+    void inPlace(bool proceedAtFirst) const {
         const std::int64_t repeated = vectorBytes / task_.pixelBytes() * task_.channels;
         const std::int64_t repeatedBytes = repeated * static_cast<std::int64_t>(sizeof(T));
         const EdgePixels edge(task_.pixelBytes());
@@ -139,10 +121,13 @@ private:
         const T *const constants = constantRow();
         const T *rows[mostRows + mostHeight - 1];
         Ends ends[mostRows + mostHeight - 1];
-        // All positions while the rows are in the first-level cache.
-        constexpr std::int64_t blockBytes = 8 * 1024;
-        const std::int64_t block =
-            std::clamp<std::int64_t>(blockBytes / (task_.roi.width * task_.pixelBytes()), 1, mostRows);
+        // Rows and columns of output at once.
+        constexpr std::int64_t blockBytes = 8 * 1024, leastTile = 1024;
+        const std::int64_t widthBytes = task_.roi.width * task_.pixelBytes();
+        const std::int64_t block = std::clamp<std::int64_t>(blockBytes / std::min(widthBytes, leastTile), 1, mostRows);
+        const std::int64_t tileBytes = std::max(cacheBytes / (height_ + block - 1), leastTile);
+        const std::int64_t tile = roundUp(tileBytes, 2 * vectorBytes) / static_cast<std::int64_t>(sizeof(T));
+        const std::int64_t begin = task_.border.left ? 0 : V::lanes, end = task_.border.right ? n : n - V::lanes;
         for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
             const std::int64_t count = std::min(task_.lastRow - y, block);
             collectRows(rows, task_.src, task_.border, task_.roi.height, y + reach_.top, count + height_ - 1,
@@ -161,11 +146,13 @@ private:
                     store(atLast, load<V>(last));
                 }
             });
-            bool proceed = false;
-            positions_.forGroups(reach_.left, reach_.right, [&](const auto &group) {
-                rowsInPlace(group, rows, ends, y, count, proceed);
-                proceed = true;
-            });
+            for (std::int64_t x = begin; x < end; x += tile) {
+                bool proceed = proceedAtFirst;
+                positions_.forGroups(reach_.left, reach_.right, [&](const auto &places, const auto &terms) {
+                    rowsInPlace(places, terms, rows, ends, y, count, x, std::min(x + tile, end), proceed);
+                    proceed = true;
+                });
+            }
         }
     }
 
@@ -181,20 +168,19 @@ private:
         return row - left;
     }
 
-    template <class Term, int count>
-    void rowsInPlace(const Position<Term> (&group)[count], const T *const *rows, const Ends *ends, std::int64_t y0,
-                     std::int64_t rowCount, bool proceed) const {
-        const std::int64_t n = task_.roi.width * task_.channels;
-        const std::int64_t begin = task_.border.left ? 0 : V::lanes, end = task_.border.right ? n : n - V::lanes;
+    // From element `begin` to `end` of the rows, and what lies before and behind these in a first and a last vector.
+    template <class Terms, int count>
+    void rowsInPlace(const Place (&places)[count], const Terms &terms, const T *const *rows, const Ends *ends,
+                     std::int64_t y0, std::int64_t rowCount, std::int64_t begin, std::int64_t end, bool proceed) const {
+        const bool atLeft = begin == V::lanes && !task_.border.left;
+        const bool atRight = end == task_.roi.width * task_.channels - V::lanes && !task_.border.right;
         const T *const *rowOf[count];
         std::int64_t x[count];
-        PositionRow<T, Op, Term, count, false> inside{}, outside{};
-        inside.proceed = outside.proceed = proceed;
+        PositionRow<T, Op, Terms, count, false> inside{terms, {}, nullptr, proceed}, outside = inside;
         for (int k = 0; k < count; ++k) {
-            rowOf[k] = rows + (group[k].y - reach_.top);
-            x[k] = group[k].x * task_.channels;
-            outside.from[k] = ends[group[k].y - reach_.top].pixels + V::lanes + x[k];
-            inside.terms[k] = outside.terms[k] = group[k].term;
+            rowOf[k] = rows + (places[k].y - reach_.top);
+            x[k] = places[k].x * task_.channels;
+            outside.from[k] = ends[places[k].y - reach_.top].pixels + V::lanes + x[k];
         }
         T *dst = task_.dst.row(y0);
         for (std::int64_t y = 0; y < rowCount; ++y, dst = byteOffset(dst, task_.dst.step)) {
@@ -210,10 +196,10 @@ private:
                 inside.template run<1>(std::min(i, end - V::lanes), Full{});
             }
             constexpr auto endsStep = static_cast<std::int64_t>(sizeof(Ends) / sizeof(T));
-            if (!task_.border.left) {
+            if (atLeft) {
                 inside.put(0, outside.at(y * endsStep, Full{}), Full{});
             }
-            if (!task_.border.right) {
+            if (atRight) {
                 inside.put(end, outside.at(y * endsStep + fromFirstToLast, Full{}), Full{});
             }
         }
@@ -232,19 +218,20 @@ private:
     }
 
     // A block of extended source rows serves as many output rows as it has more rows than the positions reach.
-    void extended() const {
+    void extended(bool proceedAtFirst) const {
         Scratch areas(task_.scratch, task_.scratchBytes);
         auto *const lines = areas.take<std::uint8_t>(0, 32);
         const std::int64_t room = areas.left(), width = task_.roi.width, reached = reach_.right - reach_.left + 1;
         const std::int64_t bytes = task_.pixelBytes();
         const std::int64_t columns = columnsAtOnce(room, height_, std::min(width, reached));
-        const std::int64_t tile = std::max<std::int64_t>(tilePixels(width, room, height_, columns - 1, bytes), 1);
+        const std::int64_t tile =
+            std::max<std::int64_t>(tilePixels(width, room, height_, columns - 1, bytes, cacheBytes), 1);
         const std::int64_t lineStep = scratchRowStep(tile + columns - 1, bytes);
-        const std::int64_t cachedLines = std::max(64 * 1024 / lineStep, 2 * height_);
+        const std::int64_t cachedLines = std::max(cacheBytes * 4 / 3 / lineStep, height_);
         const std::int64_t outputs = std::min(room / lineStep, cachedLines) - height_ + 1;
         for (std::int64_t x0 = 0; x0 < width; x0 += tile) {
             const std::int64_t pixels = std::min(tile, width - x0);
-            bool proceed = false;
+            bool proceed = proceedAtFirst;
             for (std::int64_t first = reach_.left; first <= reach_.right; first += columns) {
                 const std::int64_t last = std::min(first + columns - 1, reach_.right);
                 const Interval interval(task_.border, width, x0 + first, x0 + pixels - 1 + last);
@@ -256,21 +243,20 @@ private:
                                   pixels + last - first);
                     });
                     proceedHere = proceed;
-                    positions_.forGroups(first, last, [&]<class Term, int fixed>(const Position<Term>(&group)[fixed]) {
-                        PositionRow<T, Op, Term, fixed, true> row{};
-                        row.proceed = proceedHere;
-                        for (std::int64_t k = 0; k < count; ++k) {
-                            row.dst = task_.dst.row(y0 + k) + x0 * task_.channels;
-                            for (int e = 0; e < fixed; ++e) {
-                                const std::int64_t line = k + group[e].y - reach_.top;
-                                row.from[e] = reinterpret_cast<const T *>(lines + line * lineStep) +
-                                              (group[e].x - first) * task_.channels;
-                                row.terms[e] = group[e].term;
+                    positions_.forGroups(
+                        first, last, [&]<class Terms, int fixed>(const Place(&places)[fixed], const Terms &terms) {
+                            PositionRow<T, Op, Terms, fixed, true> row{terms, {}, nullptr, proceedHere};
+                            for (std::int64_t k = 0; k < count; ++k) {
+                                row.dst = task_.dst.row(y0 + k) + x0 * task_.channels;
+                                for (int e = 0; e < fixed; ++e) {
+                                    const std::int64_t line = k + places[e].y - reach_.top;
+                                    row.from[e] = reinterpret_cast<const T *>(lines + line * lineStep) +
+                                                  (places[e].x - first) * task_.channels;
+                                }
+                                sweep<V::lanes, 2>(pixels * task_.channels, row);
                             }
-                            sweep<V::lanes, 2>(pixels * task_.channels, row);
-                        }
-                        proceedHere = true;
-                    });
+                            proceedHere = true;
+                        });
                 }
                 proceed = proceedHere;
             }

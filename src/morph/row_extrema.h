@@ -127,11 +127,10 @@ constexpr std::int64_t fittingPixels(std::int64_t bytes, std::int64_t rows, std:
     return (bytes / rows / 32 * 32 - rowSlack) / pixelBytes - margin;
 }
 
-// The same, but no more than keeps a block in the second-level cache beside its source rows, unless that makes tiles so
-// narrow that the margins weigh.
+// The same, but no more than keeps a block in a cache (the second-level one beside its source rows), unless that makes
+// tiles so narrow that the margins weigh.
 inline std::int64_t tilePixels(std::int64_t width, std::int64_t bytes, std::int64_t rows, std::int64_t margin,
-                               std::int64_t pixelBytes) {
-    constexpr std::int64_t cacheBytes = 128 * 1024;
+                               std::int64_t pixelBytes, std::int64_t cacheBytes = 128 * 1024) {
     const std::int64_t cached =
         std::max(fittingPixels(cacheBytes, rows, margin, pixelBytes), std::max(4 * margin, 512 / pixelBytes));
     return std::max<std::int64_t>(std::min({width, fittingPixels(bytes, rows, margin, pixelBytes), cached}), 0);

@@ -5,6 +5,7 @@
 
 #include "rvxcv.h"
 
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -74,11 +75,11 @@ template <class T> struct Function {
 };
 
 template <class T> Function<T> randomFunction(const Member<T> &member, RoiSize size, std::int64_t percent, Rng &rng) {
-    const std::int64_t limit = uniform(rng, 0, 1) != 0 ? 300 : 30; // bytes beyond 255, too
+    const std::int64_t limit = std::array{2, 30, 300}[rng() % 3]; // many equal ones; bytes beyond 255
     return {member, size, [&](auto, auto) {
-                return static_cast<typename Member<T>::Value>(
-                    uniform(rng, 0, 99) < percent ? static_cast<double>(uniform(rng, -limit, limit)) * 1.0
-                                                  : static_cast<double>(member.nowhere));
+                return static_cast<typename Member<T>::Value>(uniform(rng, 0, 99) < percent
+                                                                  ? static_cast<double>(uniform(rng, -limit, limit))
+                                                                  : static_cast<double>(member.nowhere));
             }};
 }
 
@@ -210,7 +211,12 @@ TEST(GrayMorph, ShapesOfFunctionsAndRegions) {
             check(member, {1, 2}, randomFunction(member, size, 30, rng), BorderConstant, Contents::random, rng);
             check(member, {70, 1}, randomFunction(member, size, 30, rng), BorderReplicate, Contents::random, rng);
         }
-        check(member, {1283, 21}, randomFunction(member, {9, 9}, 100, rng), BorderReplicate, Contents::random, rng);
+        // So large that equal values are taken together.
+        for (int i = 0; i < 24; ++i) {
+            const RoiSize size{static_cast<std::int32_t>(uniform(rng, 1, i < 4 ? 40 : 12)),
+                               static_cast<std::int32_t>(uniform(rng, 1, i < 4 ? 30 : 5))};
+            check(member, {821 + i, 10}, randomFunction(member, size, 100, rng), kinds[i % 3], Contents::random, rng);
+        }
         check(member, {2000, 9}, randomFunction(member, {67, 2}, 30, rng), BorderConstant, Contents::random, rng);
     });
 }
