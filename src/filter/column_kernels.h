@@ -156,7 +156,8 @@ private:
     template <int rows, int units, class Source, class Pair>
     static RVX_INLINE void addRows(Sum (&sum)[rows][units], const Source &source, int i, int j, const Pair &pair) {
         for (int u = 0; u < units; ++u) {
-            const I16x16 a = loadI16(source.at(i, u), source.span), b = loadI16(source.at(j, u), source.span);
+            const I16x16 a = inRegister(loadI16(source.at(i, u), source.span));
+            const I16x16 b = inRegister(loadI16(source.at(j, u), source.span));
             const I16x16 low = pairsInLaneLow(a, b), high = pairsInLaneHigh(a, b);
             for (int r = 0; r < rows; ++r) {
                 sum[r][u].low = add(sum[r][u].low, mulAddPairs(low, pair(r)));

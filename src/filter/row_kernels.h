@@ -81,7 +81,7 @@ public:
         }
         if (pairs_.count() % 2 != 0) {
             for (int u = 0; u < units; ++u) {
-                addLast(sum[u], loadI16(e + u * unit, Full{}));
+                addLast(sum[u], inRegister(loadI16(e + u * unit, Full{})));
             }
         }
     }
@@ -92,7 +92,7 @@ private:
         sum.odd = add(sum.odd, mulAddPairs(loadI16(e + 1, Full{}), taps2));
     }
     template <class E> static RVX_INLINE void addPair(InLaneSum &sum, const E *e, I16x16 taps2) {
-        const I16x16 a = loadI16(e, Full{}), b = loadI16(e + channels, Full{});
+        const I16x16 a = inRegister(loadI16(e, Full{})), b = inRegister(loadI16(e + channels, Full{}));
         sum.low = add(sum.low, mulAddPairs(pairsInLaneLow(a, b), taps2));
         sum.high = add(sum.high, mulAddPairs(pairsInLaneHigh(a, b), taps2));
     }
@@ -139,26 +139,37 @@ RVX_INLINE void filterBlock(const Kernel &kernel, const Output &output, const E 
     }
 }
 
+// A run of pixels: where the first tap of the first one lies, and where the results go.
+template <class E, class D> struct Run {
+    const E *from;
+    D *dst;
+    std::int64_t pixels;
+};
+
 // Whole blocks of sixteen pixels, several at once where there are many, then the row's last pixels. Kernel and output
 // are copies, which no store can change: their constants stay in registers.
 template <int channels, class Kernel, class Output, class E, class D>
-void filterRun(const Kernel kernel, const Output output, const E *e, D *dst, std::int64_t pixels) {
+void filterRuns(const Kernel kernel, const Output output, const Run<E, D> *runs, int count) {
     constexpr int together = Kernel::unitsTogether, wide = 4 / together * together;
-    std::int64_t rest = pixels % unit * channels, x = 0;
-    const std::int64_t whole = pixels * channels - rest;
-    for (; x + wide * unit <= whole; x += wide * unit) {
-        for (int u = 0; u < wide; u += together) {
-            filterBlock<together, Nearest>(kernel, output, e + x + u * unit, dst + x + u * unit, Full{});
+    for (const Run<E, D> *run = runs; run < runs + count; ++run) {
+        const E *e = run->from;
+        D *dst = run->dst;
+        std::int64_t rest = run->pixels % unit * channels, x = 0;
+        const std::int64_t whole = run->pixels * channels - rest;
+        for (; x + wide * unit <= whole; x += wide * unit) {
+            for (int u = 0; u < wide; u += together) {
+                filterBlock<together, Nearest>(kernel, output, e + x + u * unit, dst + x + u * unit, Full{});
+            }
         }
-    }
-    for (; x < whole; x += unit) {
-        filterBlock<1, Nearest>(kernel, output, e + x, dst + x, Full{});
-    }
-    for (; rest >= unit; x += unit, rest -= unit) {
-        filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Full{});
-    }
-    if (rest > 0) {
-        filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Part{static_cast<int>(rest)});
+        for (; x < whole; x += unit) {
+            filterBlock<1, Nearest>(kernel, output, e + x, dst + x, Full{});
+        }
+        for (; rest >= unit; x += unit, rest -= unit) {
+            filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Full{});
+        }
+        if (rest > 0) {
+            filterBlock<1, LastRounding<Output>>(kernel, output, e + x, dst + x, Part{static_cast<int>(rest)});
+        }
     }
 }
 

@@ -62,7 +62,8 @@ void buildPatch(E *patch, const RowTask<T, D> &task, const T *row, std::int64_t 
     }
 }
 
-// `patch` has room for `capacity` pixels, at least kernelSize + 15.
+// `patch` has room for `capacity` pixels, at least kernelSize + 15. Patches wait to be filtered until there are several:
+// what has just been stored piece by piece is slow to load in vectors.
 template <int channels, class Kernel, class Output, class E, class T, class D>
 void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &output, E *patch,
                 std::int64_t capacity) {
@@ -73,25 +74,38 @@ void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &o
     if (bulkFirst >= bulkLast || !std::is_same_v<E, T>) {
         bulkFirst = width; // patches only
     }
+    constexpr int mostRuns = 8;
+    Run<E, D> runs[mostRuns];
+    int waiting = 0;
+    std::int64_t used = 0; // pixels of their patches
     for (std::int64_t y = 0; y < task.roi.height; ++y) {
         const T *row = task.src.row(y);
         D *dst = task.dstRows[y];
         for (std::int64_t x = 0; x < width;) {
             if constexpr (std::is_same_v<E, T>) {
                 if (x == bulkFirst) {
-                    const std::int64_t pixels = bulkLast - bulkFirst;
-                    filterRun<channels>(kernel, output, row + (x - before) * channels, dst + x * channels, pixels);
+                    const Run<E, D> bulk{row + (x - before) * channels, dst + x * channels, bulkLast - x};
+                    filterRuns<channels>(kernel, output, &bulk, 1);
                     x = bulkLast;
                     continue;
                 }
             }
             const std::int64_t pixels = std::min((x < bulkFirst ? bulkFirst : width) - x, piece);
             const std::int64_t padding = roundUp(pixels, unit) - pixels;
-            buildPatch<channels>(patch, task, row, x - before, x + pixels + behind, padding);
-            filterRun<channels>(kernel, output, patch, dst + x * channels, pixels);
+            const std::int64_t extended = pixels + task.kernelSize - 1 + padding;
+            if (waiting == mostRuns || used + extended > capacity) {
+                filterRuns<channels>(kernel, output, runs, waiting);
+                waiting = 0;
+                used = 0;
+            }
+            E *const built = patch + used * channels;
+            buildPatch<channels>(built, task, row, x - before, x + pixels + behind, padding);
+            runs[waiting++] = {built, dst + x * channels, pixels};
+            used += extended;
             x += pixels;
         }
     }
+    filterRuns<channels>(kernel, output, runs, waiting);
 }
 
 } // namespace rvxcv

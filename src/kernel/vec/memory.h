@@ -230,6 +230,12 @@ template <class V> RVX_INLINE void storeStreamedHalves(typename V::Element *p, V
 }
 RVX_INLINE void endStreaming() { _mm_sfence(); }
 
+// The same vector, in a register from here on: compilers otherwise load a vector again for every use of it.
+template <class V> RVX_INLINE V inRegister(V a) {
+    asm("" : "+x"(a.v)); // NOLINT(hicpp-no-assembler)
+    return a;
+}
+
 // A hint that never faults, whatever the address.
 RVX_INLINE void prefetch(const void *p) { _mm_prefetch(static_cast<const char *>(p), _MM_HINT_T0); }
 
