@@ -78,7 +78,10 @@ template <class D> class Divided {
 public:
     static constexpr bool truncatesLast = true;
 
-    explicit Divided(std::int32_t divisor) : reciprocal_(splat(1.0f / static_cast<float>(divisor))) {}
+    explicit Divided(std::int32_t divisor) : reciprocal_(splat(1.0f / static_cast<float>(divisor))) {
+        const bool isOne = divisor == 1 || divisor == -1;
+        belowOne_ = isOne ? splat(0x1.fffffep-1f * static_cast<float>(divisor)) : reciprocal_;
+    }
 
     template <class Rounding, class Span> RVX_INLINE void store(D *dst, const FloatSum &sum, Span span) const {
         static_assert(std::is_same_v<D, std::uint16_t>);
@@ -103,12 +106,17 @@ private:
         constexpr auto high = static_cast<float>(std::numeric_limits<D>::max());
         return Rounding::convert(max(min(mul(sum, reciprocal_), splat(high)), splat(0.0f)));
     }
-    // Quotients of 32-bit sums are saturated when they are narrowed. Before, only 2^31 has no int32 (-2^31 / -1).
+    // Quotients of 32-bit sums are saturated when they are narrowed. Before, only 2^31 has no int32, which takes a
+    // divisor of 1 or -1. The number next to 1 then gives the same nearest integers, as far as they are not saturated.
     template <class Rounding> RVX_INLINE I32x8 whole(I32x8 sum) const {
-        return Rounding::convert(min(mul(toF32(sum), reciprocal_), splat(0x1.fffffep30f)));
+        if constexpr (std::is_same_v<Rounding, Nearest>) {
+            return Rounding::convert(mul(toF32(sum), belowOne_));
+        } else {
+            return Rounding::convert(min(mul(toF32(sum), reciprocal_), splat(0x1.fffffep30f)));
+        }
     }
 
-    F32x8 reciprocal_;
+    F32x8 reciprocal_, belowOne_;
 };
 
 // 16-bit sums divided as integers: toward zero in every pixel, saturated (-32768 / -1 is 32767). Exact in float: the

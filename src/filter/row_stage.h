@@ -62,8 +62,8 @@ void buildPatch(E *patch, const RowTask<T, D> &task, const T *row, std::int64_t 
     }
 }
 
-// `patch` has room for `capacity` pixels, at least kernelSize + 15. Patches wait to be filtered until there are several:
-// what has just been stored piece by piece is slow to load in vectors.
+// `patch` has room for `capacity` pixels, at least kernelSize + 15. Patches wait to be filtered until there are
+// several: what has just been stored piece by piece is slow to load in vectors.
 template <int channels, class Kernel, class Output, class E, class T, class D>
 void filterRows(const RowTask<T, D> &task, const Kernel &kernel, const Output &output, E *patch,
                 std::int64_t capacity) {
