@@ -42,12 +42,12 @@ const Functions<ForegroundHistogramParams, ForegroundHistogramState> histogram{
     {rvxiForegroundHistogram_8u_C3R, rvxiForegroundHistogramUpdate_8u_C3R,
      rvxiForegroundHistogramGetBackground_8u_C3R}};
 
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr ForegroundGaussianParams usualGaussian{3, 225, 16, 1125, 0.1f, 0};
 constexpr FGMMParams usualMixture{3, 4, 225, 16, 1125, 1, 0.5f, 0.9f, 0};
 constexpr ForegroundHistogramParams usualHistogram{8, 6, 10, 0.8f};
 
-// A record in exactly the bytes that it asks for, between unmapped pages.
+// A record in exactly the bytes that it asks for, between unmapped pages; or with some bytes behind it, which moves it.
 template <class F> struct Record {
     using State = typename F::State;
     const F &functions;
@@ -55,8 +55,10 @@ template <class F> struct Record {
     RoiSize roi;
     GuardedBuffer memory;
 
-    Record(const F &f, RoiSize size, int channelCount, const typename F::Params &params, Guard guard = Guard::behind)
-        : functions(f), channels(channelCount), roi(size), memory(bytes(f, size, channelCount, params), guard) {
+    Record(const F &f, RoiSize size, int channelCount, const typename F::Params &params, Guard guard = Guard::behind,
+           std::int64_t behind = 0)
+        : functions(f), channels(channelCount), roi(size), memory(bytes(f, size, channelCount, params) + behind, guard),
+          size_(memory.size() - behind) {
         memory.scribble();
         EXPECT_EQ(f.init(size, channelCount, &params, state()), StatusOk);
     }
@@ -66,7 +68,7 @@ template <class F> struct Record {
         return result;
     }
     State *state() { return reinterpret_cast<State *>(memory.data()); }
-    std::vector<std::uint8_t> content() const { return {memory.data(), memory.data() + memory.size()}; }
+    std::vector<std::uint8_t> content() const { return {memory.data(), memory.data() + size_}; }
 
     using Image = GuardedImage<std::uint8_t>;
     void decide(const Image &frame, Image &map, float rate) {
@@ -80,6 +82,9 @@ template <class F> struct Record {
     void background(Image &picture) {
         ASSERT_EQ(functions.of(channels).background(picture.data(), picture.step(), roi, state()), StatusOk);
     }
+
+private:
+    std::int64_t size_;
 };
 
 // A pixel of a scene with two backgrounds: one of them with noise, darkened, or something else. Calm: noise alone.
@@ -95,13 +100,14 @@ Sample sceneSample(Rng &rng, const Sample &base, int channels, bool calm) {
     return s;
 }
 
-// One record is driven by single calls, another one by deciding and updating apart; both agree with the rules.
+// One record is driven by single calls, another one, of which the bytes stay the same at another address, by deciding
+// and updating apart; both agree with the rules.
 template <class Plain, class F>
 void checkFrames(const F &functions, const typename F::Params &params, int channels, RoiSize roi, int frames,
                  Guard guard = Guard::behind) {
     Rng rng = makeRng("foreground", static_cast<std::uint64_t>(roi.width * 4 + channels));
     const std::int64_t width = roi.width, height = roi.height;
-    Record record(functions, roi, channels, params, guard), other(functions, roi, channels, params);
+    Record record(functions, roi, channels, params, guard), other(functions, roi, channels, params, Guard::behind, 8);
     std::vector<Plain> model(static_cast<std::size_t>(width * height), Plain{params, channels});
     ASSERT_EQ(record.memory.size(), 128 + model[0].bytes() * ((width - 1) / Plain::block + 1) * Plain::block * height);
     std::vector<Sample> base(model.size()), now(model.size());
@@ -205,36 +211,6 @@ TEST(Foreground, HistogramMatchesItsRules) {
         {{1, 1, 20, 0.5f}, {2, 1, 0, 0.5f}, {3, 3, 255, 0.6f}, {5, 2, 30, 0.75f}, {32, 32, 3, 0.5f}, {4, 4, 12, 1}});
 }
 
-// A copy of the bytes, wherever it lies, goes on like the original.
-template <class F> void checkCopy(const F &functions, const typename F::Params &params) {
-    Rng rng = makeRng("foreground copy");
-    const RoiSize roi{37, 4};
-    Record record(functions, roi, 3, params);
-    GuardedImage<std::uint8_t> frame(111, 4), map(37, 4), other(37, 4);
-    frame.fill(rng, Contents::random);
-    record.decide(frame, map, 1);
-    std::vector<std::uint64_t> memory(static_cast<std::size_t>(record.memory.size()) / 8 + 9);
-    for (std::size_t at = 0; at < 9; ++at) {
-        auto *const copy = reinterpret_cast<typename F::State *>(&memory[at]);
-        std::memcpy(static_cast<void *>(copy), record.memory.data(), static_cast<std::size_t>(record.memory.size()));
-        frame.fill(rng, at % 2 == 0 ? Contents::random : Contents::small);
-        record.decide(frame, map, 0.25f);
-        ASSERT_EQ(functions.c3.decide(frame.data(), frame.step(), other.data(), other.step(), roi, 0.25f, copy),
-                  StatusOk);
-        ASSERT_EQ(map.bytes(), other.bytes());
-        ASSERT_EQ(std::memcmp(copy, record.memory.data(), static_cast<std::size_t>(record.memory.size())), 0);
-    }
-    record.state()->frames = INT32_MAX;
-    record.decide(frame, map, 0.25f);
-    EXPECT_EQ(record.state()->frames, INT32_MAX);
-}
-
-TEST(Foreground, CopiedRecordsGoOn) {
-    checkCopy(gaussian, usualGaussian);
-    checkCopy(mixture, usualMixture);
-    checkCopy(histogram, usualHistogram);
-}
-
 // -------------------------------------------------------------------------------------------------------- Behaviour
 
 // Runs a film on small images of one value and returns the last decision of the first pixel.
@@ -259,7 +235,7 @@ std::vector<int> film(const F &functions, const typename F::Params &params, int 
     return decisions;
 }
 
-TEST(Foreground, TwoValuesInTurn) {
+TEST(Foreground, TwoValuesInTurnAndShadows) {
     const auto turn = [](int n) { return n % 2 == 0 ? Sample{40, 40, 40} : Sample{200, 180, 160}; };
     const auto foreground = [](const std::vector<int> &decisions) {
         return std::count(decisions.end() - 20, decisions.end(), 255);
@@ -268,14 +244,8 @@ TEST(Foreground, TwoValuesInTurn) {
     EXPECT_GE(foreground(film(gaussian, usualGaussian, 120, 0.02f, turn)), 10);
     EXPECT_EQ(foreground(film(histogram, usualHistogram, 120, 0.02f, turn)), 10);
     EXPECT_EQ(foreground(film(histogram, usualHistogram, 120, 0.02f, turn, true)), 0);
-}
-
-TEST(Foreground, ShadowsKeepTheColour) {
-    const auto darkened = [](int n) { return n < 40 ? Sample{240, 180, 120} : Sample{168, 126, 84}; };
-    FGMMParams params = usualMixture;
-    EXPECT_EQ(film(mixture, params, 41, 0.05f, darkened).back(), 127);
-    params.shadow = 0;
-    EXPECT_EQ(film(mixture, params, 41, 0.05f, darkened).back(), 255);
+    const auto darker = [](int n) { return n < 40 ? Sample{240, 180, 120} : Sample{168, 126, 84}; };
+    EXPECT_EQ(film(mixture, usualMixture, 41, 0.05f, darker).back(), 127);
     const auto redder = [](int n) { return n < 40 ? Sample{240, 180, 120} : Sample{200, 110, 60}; };
     EXPECT_EQ(film(mixture, usualMixture, 41, 0.05f, redder).back(), 255);
 }
@@ -306,10 +276,9 @@ template <class F> struct Call {
     const typename F::Params *given;
 };
 
-// Faulty parameters are given as functions that spoil good ones.
 template <class F>
 void checkStatuses(const F &functions, const typename F::Params &usual, int channels,
-                   const std::vector<std::function<void(typename F::Params &)>> &spoil) {
+                   const std::vector<typename F::Params> &bad) {
     using A = Call<F>;
     const RoiSize roi{9, 2};
     Record<F> record(functions, roi, channels, usual), strange(functions, roi, channels, usual),
@@ -320,95 +289,80 @@ void checkStatuses(const F &functions, const typename F::Params &usual, int chan
     std::int32_t size = -5;
     const A good{src.data(), map.data(), src.step(), map.step(), roi, 0.5f, record.state(), channels, usual, &usual};
     const auto outputs = [&] {
-        std::vector<std::uint8_t> all = map.bytes();
-        for (const auto &more : {picture.bytes(), record.content(), strange.content(), otherSize.content(),
+        std::vector<std::uint8_t> all{static_cast<std::uint8_t>(size)};
+        for (const auto &more : {map.bytes(), picture.bytes(), record.content(), strange.content(), otherSize.content(),
                                  otherChannels.content(), unlearned.content()}) {
             all.insert(all.end(), more.begin(), more.end());
         }
-        all.push_back(static_cast<std::uint8_t>(size));
         return all;
+    };
+    const auto check = [&](const Faults<A> &faults, const std::function<StatusCode(const A &)> &call) {
+        expectFaultOrder<A>(good, faults, call, outputs);
     };
     Faults<A> setUp;
     setUp.nulls(&A::given, &A::state).empty(&A::roi).values(StatusBadChannelCount, &A::channels, {0, 2, 4, -1});
-    for (const auto &change : spoil) {
-        setUp.add("parameter", StatusOutOfRange, [=](A &a) { change(a.params); });
+    for (const auto &params : bad) {
+        setUp.values(StatusOutOfRange, &A::params, {params});
     }
     setUp.values(StatusBadSize, &A::roi, {{INT32_MAX, INT32_MAX}, {32768, 32768}, {1 << 30, 1}});
     const auto params = [](const A &a) { return a.given == nullptr ? nullptr : &a.params; };
-    expectFaultOrder<A>(
-        good, setUp,
-        [&](const A &a) {
-            return functions.getSize(a.roi, a.channels, params(a), a.state == nullptr ? nullptr : &size);
-        },
-        outputs);
-    expectFaultOrder<A>(
-        good, setUp, [&](const A &a) { return functions.init(a.roi, a.channels, params(a), a.state); }, outputs);
+    check(setUp, [&](const A &a) {
+        return functions.getSize(a.roi, a.channels, params(a), a.state == nullptr ? nullptr : &size);
+    });
+    check(setUp, [&](const A &a) { return functions.init(a.roi, a.channels, params(a), a.state); });
 
-    // The map counts for the functions that have one.
-    const auto faults = [&](bool withMap) {
-        Faults<A> all;
-        all.nulls(&A::src, &A::state);
-        if (withMap) {
-            all.nulls(&A::map);
-        }
-        all.values(StatusBadContext, &A::state, {strange.state()}).empty(&A::roi);
-        all.values(StatusBadSize, &A::state, {otherSize.state()}).values(StatusBadSize, &A::roi, {{8, 2}});
-        all.shortSteps(9 * channels, &A::srcStep);
-        if (withMap) {
-            all.shortSteps(9, &A::mapStep);
-        }
-        all.values(StatusBadChannelCount, &A::state, {otherChannels.state()});
-        return withMap ? all.values(StatusOutOfRange, &A::rate, {-0.01f, 1.0001f, notANumber})
-                       : all.values(StatusError, &A::state, {unlearned.state()});
-    };
+    Faults<A> calls, pictures; // which have no map
+    calls.nulls(&A::src, &A::map, &A::state);
+    pictures.nulls(&A::src, &A::state);
+    for (Faults<A> *faults : {&calls, &pictures}) {
+        faults->values(StatusBadContext, &A::state, {strange.state()}).empty(&A::roi);
+        faults->values(StatusBadSize, &A::state, {otherSize.state()}).values(StatusBadSize, &A::roi, {{8, 2}});
+        faults->shortSteps(9 * channels, &A::srcStep);
+    }
+    calls.shortSteps(9, &A::mapStep).values(StatusBadChannelCount, &A::state, {otherChannels.state()});
+    calls.values(StatusOutOfRange, &A::rate, {-0.01f, 1.0001f, nan});
+    pictures.values(StatusBadChannelCount, &A::state, {otherChannels.state()});
+    pictures.values(StatusError, &A::state, {unlearned.state()});
     const auto &f = functions.of(channels);
-    const auto decide = [&](const A &a) {
-        return f.decide(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state);
-    };
-    const auto update = [&](const A &a) {
-        return f.update(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state);
-    };
-    const auto background = [&](const A &a) {
+    check(calls, [&](const A &a) { return f.decide(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); });
+    check(calls, [&](const A &a) { return f.update(a.src, a.srcStep, a.map, a.mapStep, a.roi, a.rate, a.state); });
+    check(pictures, [&](const A &a) {
         return f.background(a.src == nullptr ? nullptr : picture.data(), a.srcStep, a.roi, a.state);
-    };
-    expectFaultOrder<A>(good, faults(true), decide, outputs);
-    expectFaultOrder<A>(good, faults(true), update, outputs);
-    expectFaultOrder<A>(good, faults(false), background, outputs);
-}
-
-template <class P> std::vector<std::function<void(P &)>> gaussianFaults() {
-    return {[](P &p) { p.threshold = 0; },
-            [](P &p) { p.threshold = notANumber; },
-            [](P &p) { p.varMin = 0; },
-            [](P &p) { p.varInit = 15.9f; },
-            [](P &p) { p.varMax = 224; },
-            [](P &p) { p.varMax = HUGE_VALF; },
-            [](P &p) { p.foregroundRate = 1.01f; },
-            [](P &p) { p.foregroundRate = notANumber; },
-            [](P &p) { p.shadow = 1; },
-            [](P &p) { p.shadow = -0.1f; }};
+    });
+    EXPECT_EQ(record.state()->frames, 2);
+    record.state()->frames = INT32_MAX;
+    record.decide(src, map, 0.25f);
+    EXPECT_EQ(record.state()->frames, INT32_MAX);
+    EXPECT_TRUE(record.state()->width == 9 && record.state()->height == 2 && record.state()->channels == channels);
+    EXPECT_EQ(std::memcmp(&record.state()->params, &usual, sizeof usual), 0);
 }
 
 TEST(Foreground, StatusesInTheOrderOfTheChecks) {
-    using G = FGMMParams;
-    using H = ForegroundHistogramParams;
-    auto faults = gaussianFaults<G>();
-    faults.insert(faults.end(), {[](G &p) { p.components = 0; }, [](G &p) { p.components = 9; },
-                                 [](G &p) { p.backgroundRatio = 0; }, [](G &p) { p.backgroundRatio = 1.1f; },
-                                 [](G &p) { p.prior = 1; }, [](G &p) { p.prior = notANumber; }});
-    for (const int channels : {1, 3}) {
-        checkStatuses(gaussian, usualGaussian, channels, gaussianFaults<ForegroundGaussianParams>());
-        checkStatuses(mixture, usualMixture, channels, faults);
-        checkStatuses(histogram, usualHistogram, channels,
-                      {[](H &p) { p.entries = 33; }, [](H &p) { p.entries = 0, p.principal = 0; },
-                       [](H &p) { p.principal = 9; }, [](H &p) { p.principal = 0; }, [](H &p) { p.tolerance = 256; },
-                       [](H &p) { p.tolerance = -1; }, [](H &p) { p.absorb = 0.49f; },
-                       [](H &p) { p.absorb = notANumber; }});
+    const std::vector<ForegroundGaussianParams> badGaussians{
+        {0, 225, 16, 1125, 0, 0},     {nan, 225, 16, 1125, 0, 0}, {3, 225, 0, 1125, 0, 0},
+        {3, 15.9f, 16, 1125, 0, 0},   {3, 225, 16, 224, 0, 0},    {3, 225, 16, HUGE_VALF, 0, 0},
+        {3, 225, 16, 1125, 1.01f, 0}, {3, 225, 16, 1125, nan, 0}, {3, 225, 16, 1125, 0, 1},
+        {3, 225, 16, 1125, 0, -0.1f}};
+    std::vector<FGMMParams> badMixtures{{0, 4, 225, 16, 1125, 1, 0, 1, 0}, {9, 4, 225, 16, 1125, 1, 0, 1, 0},
+                                        {3, 4, 225, 16, 1125, 1, 0, 0, 0}, {3, 4, 225, 16, 1125, 1, 0, 1.1f, 0},
+                                        {3, 4, 225, 16, 1125, 1, 0, 1, 1}, {3, 4, 225, 16, 1125, 1, 0, 1, nan}};
+    for (const auto &g : badGaussians) {
+        badMixtures.push_back({3, g.threshold, g.varInit, g.varMin, g.varMax, g.foregroundRate, g.shadow, 1, 0});
     }
-    Record record(mixture, {9, 2}, 3, usualMixture);
-    EXPECT_TRUE(record.state()->width == 9 && record.state()->height == 2 && record.state()->channels == 3);
-    EXPECT_EQ(std::memcmp(&record.state()->params, &usualMixture, sizeof usualMixture), 0);
-    EXPECT_EQ(record.state()->tag, 0x4b617393);
+    for (const int channels : {1, 3}) {
+        checkStatuses(gaussian, usualGaussian, channels, badGaussians);
+        checkStatuses(mixture, usualMixture, channels, badMixtures);
+        checkStatuses(histogram, usualHistogram, channels,
+                      {{33, 6, 10, 1},
+                       {0, 0, 10, 1},
+                       {8, 9, 10, 1},
+                       {8, 0, 10, 1},
+                       {8, 6, 256, 1},
+                       {8, 6, -1, 1},
+                       {8, 6, 10, 0.49f},
+                       {8, 6, 10, 1.01f},
+                       {8, 6, 10, nan}});
+    }
 }
 
 } // namespace
