@@ -35,13 +35,16 @@ said=$("$bin" track "$out"/street-[0-5].png -o "$out/track.png" --csv "$out/trac
     --count 800 --quality 0.001 --distance 8)
 show track.png "corners followed through the frames; as a list: tracks.csv" "$said"
 
-# A camera that stands still for longer: what drives and walks comes out, with its shadow in grey.
-mkdir -p "$out/street"
-for frame in {10..33}; do
-    "$bin" scene "$out/street/frame-$frame.png" --frame "$((frame - 10))"
+# The camera has watched the street without cars for a while: the same six frames, sixteen times.
+film=()
+for frame in 0 1 2 3 4 5; do
+    "$bin" scene "$out/empty-$frame.png" --frame "$frame" --cars 0
 done
-said=$("$bin" foreground "$out"/street/frame-*.png -o "$out/foreground" --clean)
-show foreground/ "what moves in 24 frames of it, and background.png without it" "$said"
+for _ in {1..16}; do
+    film+=("$out"/empty-[0-5].png)
+done
+said=$("$bin" foreground "${film[@]}" "$out"/street-[0-5].png -o "$out/foreground" --teach 96 --clean)
+show foreground/ "what moves in the six frames, as silhouettes, and background.png" "$said"
 
 "$bin" scene "$out/street-2001.png" --street 2001
 said=$("$bin" detect car "$out/street-2001.png" -o "$out/detect.png" --csv "$out/cars.csv")

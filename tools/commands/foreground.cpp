@@ -17,7 +17,8 @@ struct Options {
     std::vector<std::string> frames;
     std::string out, model = "mixture";
     std::optional<float> threshold, shadow;
-    float rate = 0.02f;
+    float rate = 0.005f;
+    int teach = 0;
     bool clean = false;
 };
 
@@ -117,7 +118,9 @@ template <class F> void follow(const Options &options, const F &functions, const
             check(functions.update[of](frame.data(), frame.step(), map.data(), map.step(), roi, rate, state),
                   "ForegroundUpdate");
         }
-        writeImage(numbered(folder, film.number()), map);
+        if (film.number() >= options.teach) {
+            writeImage(numbered(folder, film.number()), map);
+        }
         progress.show(film.number(), static_cast<std::size_t>(std::count(map.pixels.begin(), map.pixels.end(), 255)));
     } while (film.next());
     Image picture(roi.width, roi.height, channels);
@@ -170,6 +173,9 @@ void addForeground(Program &program) {
         .option("--shadow", options->shadow,
                 "A shadow leaves at least this part of the light; 0: no shadows (default 0.5)")
         .range(0.0, 0.99);
+    command.option("--teach", options.teach, "So many first frames teach the background only: no silhouettes of them")
+        .range(0, 1000000)
+        .showDefault();
     command.flag("--clean", options->clean, "Remove specks, and learn from what is left");
     command.action([options] { run(*options); });
 }
