@@ -19,7 +19,7 @@ RVX_INLINE void swapLanes(Mask32x8 mask, F32x8 &a, F32x8 &b) {
 
 // The lighter lanes stay with the one farther down.
 template <int channels> RVX_INLINE void orderLanes(Component<channels> &upper, Component<channels> &lower) {
-    const Mask32x8 swaps = greater(lower.weight, upper.weight);
+    const Mask32x8 swaps = greater(asInt(lower.weight), asInt(upper.weight)); // as the floats, none being negative
     swapLanes(swaps, upper.weight, lower.weight);
     swapLanes(swaps, upper.variance, lower.variance);
     for (int c = 0; c < channels; ++c) {
@@ -32,6 +32,7 @@ template <int channels, int count> struct MixtureKernel {
     using One = Component<channels>;
     GaussianRule<channels> rule;
     F32x8 backgroundRatio, prior;
+    bool lossless; // prior is 0
 
     template <bool decides, bool learns>
     RVX_INLINE I32x8 operator()(std::uint8_t *model, const Samples &samples, I32x8 decision) const {
@@ -89,7 +90,7 @@ private:
         F32x8 difference[channels];
         differences(one + 8, samples, difference);
         m.distance[k] = sumOfProducts(difference, difference);
-        const Mask32x8 matching = both(greater(load<F32x8>(values + 8 * k), splat(0.0f)),
+        const Mask32x8 matching = both(greater(asInt(load<F32x8>(values + 8 * k)), splat(0)),
                                        greater(rule.limit(load<F32x8>(one)), m.distance[k]));
         m.first[k] = k == 0 ? matching : without(matching, m.any);
         m.any = k == 0 ? matching : either(m.any, matching);
@@ -114,7 +115,7 @@ private:
         for (int k = 0; k < count; ++k) {
             const float *const one = component(values, k);
             const F32x8 weight = load<F32x8>(values + 8 * k);
-            const Mask32x8 counts = both(greater(weight, splat(0.0f)), greater(backgroundRatio, before));
+            const Mask32x8 counts = both(greater(asInt(weight), splat(0)), greater(backgroundRatio, before));
             const Mask32x8 shadow =
                 rule.inShadow(samples.at, loadMeans<channels>(one + 8).at, rule.limit(load<F32x8>(one)));
             result = either(result, both(counts, shadow));
@@ -123,58 +124,87 @@ private:
         return result;
     }
 
-    // A weight on its way to 0, or to 1 where a component matches. An empty one stays at 0.
-    RVX_INLINE F32x8 moved(F32x8 weight, F32x8 goal, F32x8 rate, F32x8 loss) const {
-        return max(sub(fma(rate, sub(goal, weight), weight), loss), splat(0.0f));
+    // The weights of components that are not seen again sink below the normal floats, where rounding keeps them for
+    // good and a product takes a hundred times as long. Below 2^-127 they are therefore moved as whole numbers of the
+    // least float. A fused sum with 2^23 rounds these as the product is rounded.
+    struct Weights {
+        F32x8 at[count];    // 0 for a sunken weight
+        F32x8 units[count]; // of the least float, of sunken weights alone
+        bool sunken = false;
+
+        RVX_INLINE F32x8 scaled(int k, F32x8 scale) const {
+            const F32x8 result = mul(at[k], scale);
+            if (!sunken) {
+                return result;
+            }
+            const F32x8 base = splat(0x1p23f);
+            return asFloat(bitOr(asInt(result), sub(asInt(fma(scale, units[k], base)), asInt(base))));
+        }
+    };
+
+    // On its way to 0, or to 1 where the component matches; an empty one stays at 0.
+    RVX_INLINE void move(const float *values, int k, Mask32x8 matches, F32x8 rate, Weights &weights) const {
+        const F32x8 zero = splat(0.0f), base = splat(0x1p23f), loss = mul(rate, prior);
+        F32x8 weight = load<F32x8>(values + 8 * k);
+        const Mask32x8 low = both(greater(asInt(weight), splat(0)), greater(splat(1 << 22), asInt(weight)));
+        const Mask32x8 sunken = without(low, matches);
+        weights.units[k] = zero;
+        if (lossless && laneBits(sunken) != 0) {
+            const F32x8 units = toF32(keep(sunken, asInt(weight)));
+            weights.units[k] = sub(fma(negated(rate), units, add(units, base)), base);
+            weights.sunken = true;
+            weight = without(weight, sunken);
+        }
+        const F32x8 towards = sub(keep(matches, splat(1.0f)), weight);
+        weights.at[k] = max(sub(fma(rate, towards, weight), loss), zero);
     }
-    // What makes the sum 1; nothing changes at rate 0.
+    // What makes the sum 1, to which sunken weights add nothing; nothing changes at rate 0.
     static RVX_INLINE F32x8 scaleOf(F32x8 total, F32x8 rate) {
         return select(greater(rate, splat(0.0f)), div(splat(1.0f), total), splat(1.0f));
     }
     static RVX_INLINE F32x8 stepOf(F32x8 rate, F32x8 weight) { return min(div(rate, weight), splat(1.0f)); }
 
     RVX_INLINE void learnFirst(float *values, const Matches &m, const Samples &samples, F32x8 rate) const {
-        const F32x8 loss = mul(rate, prior);
-        F32x8 weight[count];
-        weight[0] = moved(load<F32x8>(values), splat(1.0f), rate, loss);
-        F32x8 total = weight[0];
+        Weights weights;
+        move(values, 0, m.first[0], rate, weights);
+        F32x8 total = weights.at[0];
 #pragma GCC unroll 8
         for (int k = 1; k < count; ++k) {
-            weight[k] = moved(load<F32x8>(values + 8 * k), splat(0.0f), rate, loss);
-            total = add(total, weight[k]);
+            move(values, k, Mask32x8{splat(0.0f).v}, rate, weights);
+            total = add(total, weights.at[k]);
         }
         const F32x8 scale = scaleOf(total, rate);
 #pragma GCC unroll 8
         for (int k = 0; k < count; ++k) {
-            store(values + 8 * k, mul(weight[k], scale));
+            store(values + 8 * k, weights.scaled(k, scale));
         }
-        const One one = learned(values, 0, m, samples, weight[0], stepOf(rate, weight[0]));
-        save(values, 0, one);
+        save(values, 0, learned(values, 0, m, samples, weights.at[0], stepOf(rate, weights.at[0])));
     }
 
     RVX_INLINE void learn(float *values, const Matches &m, const Samples &samples, F32x8 rate) const {
-        const F32x8 zero = splat(0.0f), one = splat(1.0f), loss = mul(rate, prior);
-        const Mask32x8 replaced = without(greater(rate, zero), m.any);
-        F32x8 weight[count], matching = zero, total = zero;
+        const Mask32x8 replaced = without(greater(rate, splat(0.0f)), m.any);
+        Weights weights;
+        F32x8 matching = splat(0.0f), total = matching;
 #pragma GCC unroll 8
         for (int k = 0; k < count; ++k) {
-            weight[k] = moved(load<F32x8>(values + 8 * k), keep(m.first[k], one), rate, loss);
+            move(values, k, m.first[k], rate, weights);
             if (k == count - 1) {
-                weight[k] = select(replaced, rate, weight[k]);
+                weights.at[k] = select(replaced, rate, weights.at[k]);
+                weights.units[k] = without(weights.units[k], replaced);
             }
-            matching = add(matching, keep(m.first[k], weight[k]));
-            total = k == 0 ? weight[0] : add(total, weight[k]);
+            matching = add(matching, keep(m.first[k], weights.at[k]));
+            total = k == 0 ? weights.at[0] : add(total, weights.at[k]);
         }
         const F32x8 step = stepOf(rate, matching), scale = scaleOf(total, rate);
         // From the last component upwards; the heavier one of two goes on.
-        One moving = learned(values, count - 1, m, samples, mul(weight[count - 1], scale), step);
+        One moving = learned(values, count - 1, m, samples, weights.scaled(count - 1, scale), step);
         moving.variance = select(replaced, rule.varInit, moving.variance);
         for (int c = 0; c < channels; ++c) {
             moving.mean.at[c] = select(replaced, samples.at[c], moving.mean.at[c]);
         }
 #pragma GCC unroll 8
         for (int k = count - 1; k > 0; --k) {
-            One next = learned(values, k - 1, m, samples, mul(weight[k - 1], scale), step);
+            One next = learned(values, k - 1, m, samples, weights.scaled(k - 1, scale), step);
             orderLanes(next, moving);
             store(values + 8 * k, moving.weight);
             save(values, k, moving);
@@ -224,7 +254,7 @@ struct MixtureModel {
     template <int channels, class Use> static void withKernel(const Params &params, float rate, const Use &use) {
         withConstant<8>(params.components, [&](auto count) {
             use(MixtureKernel<channels, decltype(count)::value>{
-                {params, rate}, splat(params.backgroundRatio), splat(params.prior)});
+                {params, rate}, splat(params.backgroundRatio), splat(params.prior), params.prior == 0});
         });
     }
     template <int channels> static RVX_INLINE Samples<channels> background(const Params &p, const std::uint8_t *model) {
