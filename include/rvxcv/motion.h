@@ -1,7 +1,8 @@
-/* Motion and tracking: motion history, line sampling, sub-pixel copies, optical flow. */
+/* Motion and tracking: motion history, line sampling, sub-pixel copies, optical flow; background models come along. */
 #ifndef RVXCV_MOTION_H
 #define RVXCV_MOTION_H
 
+#include "foreground.h"
 #include "pyramid.h"
 #include "types.h"
 
