@@ -173,7 +173,7 @@ void addForeground(Program &program) {
         .option("--shadow", options->shadow,
                 "A shadow leaves at least this part of the light; 0: no shadows (default 0.5)")
         .range(0.0, 0.99);
-    command.option("--teach", options.teach, "So many first frames teach the background only: no silhouettes of them")
+    command.option("--teach", options->teach, "So many first frames teach the background only: no silhouettes of them")
         .range(0, 1000000)
         .showDefault();
     command.flag("--clean", options->clean, "Remove specks, and learn from what is left");
