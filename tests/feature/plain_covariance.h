@@ -72,24 +72,16 @@ struct PlainCovariance {
                 src.at(x, y) = static_cast<float>(image.at(x, y));
             }
         }
-        PlainKernel derive{-1, 0, 1}, smooth{1, 2, 1};
-        scale = 1.0f / 4080.0f;
-        switch (kind) {
-        case PlainDerivative::sobel3:
-            break;
-        case PlainDerivative::sobel5:
-            derive = {-1, -2, 0, 2, 1}, smooth = {1, 4, 6, 4, 1};
-            scale = 1.0f / 65280.0f;
-            break;
-        case PlainDerivative::scharr:
-            smooth = {3, 10, 3};
-            scale *= 0.6125f;
-            break;
-        case PlainDerivative::central:
-            derive = {-1, 1}, smooth = {1};
-            scale = 1.0f / 255.0f;
-        }
-        const PlainPlane dx = separable(src, derive, smooth), dy = separable(src, smooth, derive);
+        const bool five = kind == PlainDerivative::sobel5, central = kind == PlainDerivative::central;
+        const bool scharr = kind == PlainDerivative::scharr;
+        const PlainKernel derive = five ? PlainKernel{-1, -2, 0, 2, 1} : PlainKernel{-1, 0, 1};
+        const PlainKernel smooth = five     ? PlainKernel{1, 4, 6, 4, 1}
+                                   : scharr ? PlainKernel{3, 10, 3}
+                                            : PlainKernel{1, 2, 1};
+        scale = central ? 1.0f / 255.0f : five ? 1.0f / 65280.0f : 1.0f / 4080.0f;
+        scale *= scharr ? 0.6125f : 1.0f;
+        const PlainPlane dx = central ? separable(src, {-1, 1}, {1}) : separable(src, derive, smooth);
+        const PlainPlane dy = central ? separable(src, {1}, {-1, 1}) : separable(src, smooth, derive);
         const PlainKernel box(static_cast<std::size_t>(block), 1.0f);
         const auto mean = [&](const PlainPlane &p, const PlainPlane &q) {
             PlainPlane product = p;
