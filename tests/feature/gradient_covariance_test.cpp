@@ -27,13 +27,8 @@ constexpr Windows allWindows[] = {
 
 // The exported functions of a source type.
 template <class T> struct Of {
-    static constexpr bool bytes = std::is_same_v<T, std::uint8_t>;
-    static constexpr auto pick(auto ofBytes, auto ofFloats) {
-        if constexpr (bytes) {
-            return ofBytes;
-        } else {
-            return ofFloats;
-        }
+    template <class Bytes, class Floats> static constexpr auto pick(Bytes ofBytes, Floats ofFloats) {
+        return std::get<std::is_same_v<T, float>>(std::pair(ofBytes, ofFloats));
     }
     static constexpr auto eigen = pick(rvxiEigenValsVecs_8u32f_C1R, rvxiEigenValsVecs_32f_C1R);
     static constexpr auto harris = pick(rvxiHarrisCorner_8u32f_C1R, rvxiHarrisCorner_32f_C1R);
@@ -234,14 +229,9 @@ template <class T> void checkStatuses(bool harris, bool lines) {
         faults.add("windows", status,
                    [=](Call &c) { c.windows[0] = code, c.windows[1] = aperture, c.windows[2] = block; });
     };
-    if (lines) {
-        faults.nulls(&Call::map);
-    }
-    faults.nulls(&Call::src, &Call::dst, &Call::buffer).empty(&Call::roi);
-    faults.shortSteps(srcRow, &Call::srcStep).shortSteps(dstRow, &Call::dstStep);
-    if (lines) {
-        faults.shortSteps(9, &Call::mapStep);
-    }
+    (lines ? faults.nulls(&Call::map) : faults).nulls(&Call::src, &Call::dst, &Call::buffer).empty(&Call::roi);
+    (lines ? faults.shortSteps(9, &Call::mapStep) : faults).shortSteps(srcRow, &Call::srcStep);
+    faults.shortSteps(dstRow, &Call::dstStep);
     faults.unevenSteps(srcRow, sizeof(T), &Call::srcStep).unevenSteps(dstRow, lines ? 1 : 4, &Call::dstStep);
     windows(harris ? StatusBadFilterKind : StatusBadArgument, 3, 4, 3);
     windows(harris ? StatusBadFilterKind : StatusBadArgument, harris ? 0 : 2, 3, 3);
