@@ -38,24 +38,6 @@ struct Eigensystems {
     Row row(std::int64_t y, std::int64_t x) const { return {dst.row(y) + floats * x, splat(halfScale)}; }
 };
 
-template <class T>
-StatusCode eigenValsVecs(const T *src, std::int32_t srcStep, float *dst, std::int32_t dstStep, RoiSize roi,
-                         std::int32_t kernel, std::int32_t aperture, std::int32_t block, std::uint8_t *buffer) {
-    Checks checks;
-    checks.pointers(src, dst, buffer).size(roi);
-    checks.steps(rowBytes<T>(roi.width), srcStep);
-    checks.steps(Eigensystems::floats * rowBytes<float>(roi.width), dstStep);
-    checks.multiples(sizeof(T), srcStep).multiples(sizeof(float), dstStep);
-    if (checkKernel(checks, kernel, aperture, block).failed()) {
-        return checks.status();
-    }
-    const CovarianceSource<T> source{{src, srcStep}, roi, buffer};
-    withKernel(kernel, aperture, [&](auto derivative) {
-        readImage(source, derivative, block, Eigensystems{{dst, dstStep}, derivative.scale * 0.5f});
-    });
-    return StatusOk;
-}
-
 } // namespace
 } // namespace rvxcv
 
@@ -63,11 +45,11 @@ using namespace rvxcv;
 
 StatusCode rvxiEigenValsVecs_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                        int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer) {
-    return eigenValsVecs(src, srcStep, dst, dstStep, roi, kernel, aperture, block, buffer);
+    return readByKernel<Eigensystems>(src, srcStep, dst, dstStep, roi, kernel, aperture, block, buffer);
 }
 StatusCode rvxiEigenValsVecs_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                      int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer) {
-    return eigenValsVecs(src, srcStep, dst, dstStep, roi, kernel, aperture, block, buffer);
+    return readByKernel<Eigensystems>(src, srcStep, dst, dstStep, roi, kernel, aperture, block, buffer);
 }
 StatusCode rvxiEigenValsVecsGetBufferSize_8u32f_C1R(RoiSize roi, int32_t aperture, int32_t block, int32_t *size) {
     return queryCovariance<std::uint8_t>(roi, aperture, block, size);

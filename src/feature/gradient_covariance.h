@@ -384,4 +384,23 @@ void readImage(const CovarianceSource<T> &source, Derivative, std::int32_t block
     block == 3 ? readImage<T, Derivative, 3>(source, result) : readImage<T, Derivative, 5>(source, result);
 }
 
+// The whole call of a family that names its derivatives by a kernel. Its result is made of the destination, with
+// Result::floats a pixel, and half the scale.
+template <class Result, class T>
+StatusCode readByKernel(const T *src, std::int32_t srcStep, float *dst, std::int32_t dstStep, RoiSize roi,
+                        std::int32_t kernel, std::int32_t aperture, std::int32_t block, std::uint8_t *buffer) {
+    Checks checks;
+    checks.pointers(src, dst, buffer).size(roi);
+    checks.steps(rowBytes<T>(roi.width), srcStep).steps(Result::floats * rowBytes<float>(roi.width), dstStep);
+    checks.multiples(sizeof(T), srcStep).multiples(sizeof(float), dstStep);
+    if (checkKernel(checks, kernel, aperture, block).failed()) {
+        return checks.status();
+    }
+    const CovarianceSource<T> source{{src, srcStep}, roi, buffer};
+    withKernel(kernel, aperture, [&](auto derivative) {
+        readImage(source, derivative, block, Result{{dst, dstStep}, derivative.scale * 0.5f});
+    });
+    return StatusOk;
+}
+
 } // namespace rvxcv
