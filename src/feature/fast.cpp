@@ -148,6 +148,8 @@ RVX_INLINE U8x32 zeroLanes(U8x32 a) { return equal(a, splat(std::uint8_t{0})); }
 // The marks of `columns` pixels, at least a vector of them, all of which have a circle; tells how many are corners.
 template <int radius, int arc>
 std::int64_t markRow(const std::uint8_t *const *rows, std::int64_t columns, std::uint8_t *out, const Marking &marking) {
+    // Four points leave so many blocks with short runs on the large circle that a branch is often guessed wrong.
+    constexpr bool asksOnce = radius == 3 && arc < 12;
     const U8x32 threshold = marking.threshold, fill = marking.fill;
     std::int64_t count = 0;
     for (std::int64_t x = 0; x < columns; x += 32) {
@@ -155,7 +157,7 @@ std::int64_t markRow(const std::uint8_t *const *rows, std::int64_t columns, std:
         const CircleBlock<radius, arc> block(rows, at);
         U8x32 marks = splat(std::uint8_t{0});
         U8x32 bound = block.template bound<0>();
-        if (anyBit(subSaturated(bound, threshold))) {
+        if (asksOnce || anyBit(subSaturated(bound, threshold))) {
             bound = min(bound, block.template bound<(radius + 1) / 2>());
         }
         if (anyBit(subSaturated(bound, threshold))) {
