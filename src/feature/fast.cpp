@@ -389,7 +389,11 @@ StatusCode listCorners(const std::uint8_t *src, std::int32_t srcStep, RoiSize ro
             const std::int64_t fitting = std::min(places.count(), capacity - stored);
             for (std::int64_t i = 0; i < fitting; ++i) {
                 const std::int64_t at = x + places[i];
-                storeScalar(corners + stored + i, {static_cast<std::int32_t>(at), y, row[at]});
+                // One by one: a record put together elsewhere would be loaded before its parts are stored.
+                auto *const fields = reinterpret_cast<std::int32_t *>(corners + stored + i);
+                storeScalar(fields, static_cast<std::int32_t>(at));
+                storeScalar(fields + 1, y);
+                storeScalar(fields + 2, std::int32_t{row[at]});
             }
             stored += fitting;
             complete = fitting == places.count();
