@@ -69,6 +69,15 @@ constexpr Goal goals[] = {
     {"HarrisCorner_32f_C1R_sobel3_block3", 8.5, copy},
     {"LineSuppression_8u_C1R_sobel3_block3_1percent", 5, copy},
     {"LineSuppression_8u_C1R_sobel3_block3_full", 9, copy},
+    {"FastN_8u_C1R_radius3_arc9_suppressed", 5.0, copy},
+    {"FastN_8u_C1R_radius3_arc9", 3.0, copy},
+    {"FastN2DToVec_8u_C1R", 0.5, copy},
+    // Motion
+    {"CopySubpix_8u_C1R", 0.9, copy},
+    {"CopySubpix_8u32f_C1R", 1.0, copy},
+    {"CopySubpix_16u_C1R", 1.2, copy},
+    {"CopySubpix_32f_C1R", 1.7, copy},
+    {"CopySubpixIntersect_32f_C1R", 1.7, copy},
     // Morphology
     {"Dilate_8u_C1R/random7x7", 1.01, copy},
     {"GrayErode_8u_C1R/5x5", 2.85, copy},

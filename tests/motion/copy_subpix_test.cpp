@@ -39,18 +39,13 @@ template <class S, class D> struct Call {
     std::int32_t scaleFactor;
 
     static constexpr bool scales = sizeof(S) == 1 && sizeof(D) == 2;
-    StatusCode part() const {
+    StatusCode part() const { return call(partCopy<S, D>, min, max); }
+    StatusCode whole() const { return call(wholeCopy<S, D>); }
+    template <class F, class... More> StatusCode call(F copy, More... more) const {
         if constexpr (scales) {
-            return partCopy<S, D>(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre, min, max, scaleFactor);
+            return copy(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre, more..., scaleFactor);
         } else {
-            return partCopy<S, D>(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre, min, max);
-        }
-    }
-    StatusCode whole() const {
-        if constexpr (scales) {
-            return wholeCopy<S, D>(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre, scaleFactor);
-        } else {
-            return wholeCopy<S, D>(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre);
+            return copy(src, srcStep, srcRoi, dst, dstStep, dstRoi, centre, more...);
         }
     }
 };
