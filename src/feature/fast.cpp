@@ -66,7 +66,7 @@ public:
 
 private:
     template <int i> RVX_INLINE U8x32 point() const {
-        constexpr int dx = circles[radius - 1][2 * i], dy = circles[radius - 1][2 * i + 1];
+        constexpr std::int8_t dx = circles[radius - 1][2 * i], dy = circles[radius - 1][2 * i + 1];
         return load<U8x32>(rows_[radius + dy] + x_ + dx);
     }
     RVX_INLINE U8x32 contrast(U8x32 bright, U8x32 dark) const {
