@@ -99,6 +99,10 @@ TEST(LargeSteps, OffsetsAreFormedIn64Bits) {
         return rvxiLabelMarkers_8u32s_C1R(src.as<U8>(), src.step(), dst.as<std::int32_t>(), dst.step(), roi, 5, 999,
                                           NormL1, &count, scratch);
     });
+    expectSame("inpainting", [](const Rows &src, const Rows &dst, U8 *scratch) {
+        return rvxiInpaint_8u_C1MR(src.as<U8>(), src.step(), src.as<U8>(), src.step(), dst.as<U8>(), dst.step(), roi, 1,
+                                   InpaintDiffusion, scratch);
+    });
     expectSame("edges", [](const Rows &src, const Rows &dst, U8 *scratch) {
         return rvxiCannyBorder_8u_C1R(src.as<U8>(), src.step(), dst.as<U8>(), dst.step(), roi, CannyFilterSobel,
                                       Mask3x3, BorderReplicate, 0, CannyNormL1, scratch, 3, 5);

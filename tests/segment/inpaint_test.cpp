@@ -22,11 +22,9 @@ std::int64_t scratchSize(std::int64_t w, std::int64_t h, std::int64_t r) {
 class PlainInpaint {
 public:
     PlainInpaint(const Picture &hole, Values values, bool bytes)
-        : w_(hole.width), h_(hole.height), bytes_(bytes), known_(hole.set.size()), u_(std::move(values)),
-          gx_(u_.size()), gy_(u_.size()), march_(plainMarch(w_, h_, [&](std::int64_t i) { return isHole(hole, i); })) {
-        for (std::int64_t i = 0; i < w_ * h_; ++i) {
-            known_[at(i)] = isHole(hole, i) ? 0 : 1;
-        }
+        : w_(hole.width), h_(hole.height), bytes_(bytes), known_(hole.set), u_(std::move(values)), gx_(u_.size()),
+          gy_(u_.size()), march_(plainMarch(hole)) {
+        std::transform(known_.begin(), known_.end(), known_.begin(), [](char set) { return set == 0; });
     }
 
     Values fillByMarch(std::int64_t radius) {
@@ -42,7 +40,7 @@ public:
 
     Values fillByDiffusion() {
         for (const std::int64_t p : march_.order) {
-            u_[at(p)] = mean(p, [&](std::int64_t q) { return known_[at(q)] != 0; });
+            u_[at(p)] = mean(p % w_, p / w_);
             known_[at(p)] = 1;
         }
         const double steps = 3 * std::ceil(double(march_.time[at(march_.order.back())])) + 1;
@@ -50,8 +48,7 @@ public:
         for (int i = 0; i < 4 * steps; ++i) {
             for (const std::int64_t p : march_.order) {
                 if ((p % w_ + p / w_) % 2 == i % 2) {
-                    const float m = mean(p, [](std::int64_t) { return true; });
-                    u_[at(p)] = std::fma(omega, m - u_[at(p)], u_[at(p)]);
+                    u_[at(p)] = std::fma(omega, mean(p % w_, p / w_) - u_[at(p)], u_[at(p)]);
                 }
             }
         }
@@ -60,9 +57,9 @@ public:
 
 private:
     static std::size_t at(std::int64_t i) { return static_cast<std::size_t>(i); }
-    static bool isHole(const Picture &hole, std::int64_t i) { return hole.set[at(i)] != 0; }
-    bool inside(std::int64_t x, std::int64_t y) const { return x >= 0 && x < w_ && y >= 0 && y < h_; }
-    bool knows(std::int64_t x, std::int64_t y) const { return inside(x, y) && known_[at(y * w_ + x)] != 0; }
+    bool knows(std::int64_t x, std::int64_t y) const {
+        return x >= 0 && x < w_ && y >= 0 && y < h_ && known_[at(y * w_ + x)] != 0;
+    }
 
     float difference(const Values &f, std::int64_t x, std::int64_t y, int dx, int dy) const {
         const std::int64_t p = y * w_ + x, away = dy * w_ + dx;
@@ -83,14 +80,13 @@ private:
                 if (squared == 0 || squared > radius * radius || !knows(x + dx, y + dy)) {
                     continue;
                 }
-                const std::size_t q = at((y + dy) * w_ + x + dx);
+                const std::size_t q = at((y + dy) * w_ + x + dx), lane = at((dx + radius) % 8);
                 const auto rx = static_cast<float>(-dx), ry = static_cast<float>(-dy);
                 const auto il = static_cast<float>(1 / std::sqrt(double(squared)));
-                const auto il2 = static_cast<float>(1.0 / double(squared));
                 const float ryny = ry * ny, along = std::fabs(std::fma(rx, nx, ryny)) * il;
-                const float w = (std::max(along, 1e-6f) * il2) / (1 + std::fabs(march_.time[p] - march_.time[q]));
+                const float w = (std::max(along, 1e-6f) * static_cast<float>(1.0 / double(squared))) /
+                                (1 + std::fabs(march_.time[p] - march_.time[q]));
                 const float v = std::fma(gx_[q], rx, std::fma(gy_[q], ry, u_[q]));
-                const auto lane = at((dx + radius) % 8);
                 sums[0][lane] += w;
                 sums[1][lane] = std::fma(w, v, sums[1][lane]);
                 sums[2][lane] = std::fma(w, gx_[q], sums[2][lane]);
@@ -98,10 +94,8 @@ private:
             }
         }
         for (auto &sum : sums) {
-            for (std::size_t away = 4; away > 0; away /= 2) {
-                for (std::size_t i = 0; i < away; ++i) {
-                    sum[i] += sum[i + away];
-                }
+            for (std::size_t away = 4, i = 0; away > 0; i = i + 1 < away ? i + 1 : (away /= 2, 0)) {
+                sum[i] += sum[i + away];
             }
         }
         u_[p] = sums[1][0] / sums[0][0];
@@ -111,17 +105,13 @@ private:
         known_[p] = 1;
     }
 
-    template <class Counts> float mean(std::int64_t p, const Counts &counts) const {
+    float mean(std::int64_t x, std::int64_t y) const {
         int n = 0;
-        const auto value = [&](std::int64_t dx, std::int64_t dy) {
-            const std::int64_t q = p + dy * w_ + dx;
-            if (!inside(p % w_ + dx, p / w_ + dy) || !counts(q)) {
-                return 0.0f;
-            }
-            ++n;
-            return u_[at(q)];
+        const auto value = [&](std::int64_t u, std::int64_t v) {
+            n += knows(u, v) ? 1 : 0;
+            return knows(u, v) ? u_[at(v * w_ + u)] : 0;
         };
-        const float l = value(-1, 0), r = value(1, 0), a = value(0, -1), b = value(0, 1);
+        const float l = value(x - 1, y), r = value(x + 1, y), a = value(x, y - 1), b = value(x, y + 1);
         return ((l + r) + (a + b)) * (1.0f / static_cast<float>(n));
     }
 
@@ -132,22 +122,10 @@ private:
     PlainMarch march_;
 };
 
-StatusCode call(const std::uint8_t *src, std::int32_t srcStep, const GuardedImage<std::uint8_t> &mask,
-                std::uint8_t *dst, std::int32_t dstStep, int channels, std::int32_t radius, InpaintMethod method,
-                std::uint8_t *buffer) {
-    return (channels == 1 ? rvxiInpaint_8u_C1MR : rvxiInpaint_8u_C3MR)(src, srcStep, mask.data(), mask.step(), dst,
-                                                                       dstStep, mask.roi(), radius, method, buffer);
-}
-StatusCode call(const float *src, std::int32_t srcStep, const GuardedImage<std::uint8_t> &mask, float *dst,
-                std::int32_t dstStep, int, std::int32_t radius, InpaintMethod method, std::uint8_t *buffer) {
-    return rvxiInpaint_32f_C1MR(src, srcStep, mask.data(), mask.step(), dst, dstStep, mask.roi(), radius, method,
-                                buffer);
-}
-
-// With scratch of exactly the promised size, at any address; with an odd `salt` in place.
+// With scratch of exactly the promised size, at any address; with an odd `salt` in place, too.
 template <class T>
-GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, int channels, std::int32_t radius,
-                          InpaintMethod method, int salt = 0) {
+GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, std::int32_t radius, InpaintMethod method,
+                          int salt = 0) {
     const Guard guard = salt % 4 < 2 ? Guard::behind : Guard::before;
     GuardedImage<std::uint8_t> mask(hole.width, hole.height, {.padding = salt % 5, .guard = guard});
     for (std::int64_t i = 0; i < hole.width * hole.height; ++i) {
@@ -157,14 +135,20 @@ GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, int channel
     const std::int64_t skew = guard == Guard::before ? salt % 8 : 0;
     GuardedBuffer scratch(scratchSize(hole.width, hole.height, radius) + skew, guard);
     scratch.scribble(static_cast<std::uint8_t>(salt));
+    const auto fill = [&](GuardedImage<T> &dst) {
+        if constexpr (std::is_same_v<T, float>) {
+            return rvxiInpaint_32f_C1MR(src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(),
+                                        mask.roi(), radius, method, scratch.data() + skew);
+        } else {
+            return (src.width() == hole.width ? rvxiInpaint_8u_C1MR : rvxiInpaint_8u_C3MR)(
+                src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(), mask.roi(), radius, method,
+                scratch.data() + skew);
+        }
+    };
     GuardedImage<T> dst(src.width(), src.height(), {.padding = 4 * (salt % 3), .guard = guard});
-    EXPECT_EQ(
-        call(src.data(), src.step(), mask, dst.data(), dst.step(), channels, radius, method, scratch.data() + skew),
-        StatusOk);
+    EXPECT_EQ(fill(dst), StatusOk);
     if (salt % 2 != 0) {
-        EXPECT_EQ(
-            call(src.data(), src.step(), mask, src.data(), src.step(), channels, radius, method, scratch.data() + skew),
-            StatusOk);
+        EXPECT_EQ(fill(src), StatusOk);
         EXPECT_TRUE(imageIs(src, [&](auto x, auto y) { return dst.at(x, y); })) << "in place";
     }
     return dst;
@@ -173,29 +157,27 @@ GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, int channel
 template <class T>
 void expectPlain(const Picture &hole, int channels, Contents contents, std::int32_t radius, InpaintMethod method,
                  int salt) {
-    SCOPED_TRACE(testing::Message() << hole.width << "x" << hole.height << ", radius " << radius << ", case " << salt);
     GuardedImage<T> src(hole.width * channels, hole.height, {.padding = 4 * (salt % 2)});
     Rng rng = makeRng("inpaint", static_cast<std::uint64_t>(salt));
     src.fill(rng, contents);
-    std::vector<Values> want;
-    const auto holes = std::count(hole.set.begin(), hole.set.end(), 1);
+    Values want(static_cast<std::size_t>(channels) * hole.set.size());
     for (int c = 0; c < channels; ++c) {
         Values values;
         for (std::int64_t i = 0; i < hole.width * hole.height; ++i) {
             values.push_back(static_cast<float>(src.at(i % hole.width * channels + c, i / hole.width)));
         }
-        if (holes > 0 && holes < hole.width * hole.height) {
-            PlainInpaint plain(hole, values, std::is_same_v<T, std::uint8_t>);
+        if (PlainInpaint plain(hole, values, sizeof(T) == 1); !plainMarch(hole).order.empty()) {
             values = method == InpaintMarch ? plain.fillByMarch(radius) : plain.fillByDiffusion();
         }
-        want.push_back(values);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const float whole = std::clamp(std::nearbyint(values[i]), 0.0f, 255.0f);
+            want[i * static_cast<std::size_t>(channels) + static_cast<std::size_t>(c)] =
+                sizeof(T) == 1 ? whole : values[i];
+        }
     }
-    const auto got = inpainted(src, hole, channels, radius, method, salt);
-    ASSERT_TRUE(imageIs(got, [&](std::int64_t x, std::int64_t y) {
-        const float value =
-            want[static_cast<std::size_t>(x % channels)][static_cast<std::size_t>(y * hole.width + x / channels)];
-        return std::is_same_v<T, float> ? value : std::clamp(std::nearbyint(value), 0.0f, 255.0f);
-    }));
+    const auto got = inpainted(src, hole, radius, method, salt);
+    ASSERT_TRUE(imageIs(got, [&](auto x, auto y) { return want[static_cast<std::size_t>(y * src.width() + x)]; }))
+        << "radius " << radius << ", method " << method << ", case " << salt;
 }
 
 void expectPlainMembers(const Picture &hole, std::int32_t radius, int salt) {
@@ -207,132 +189,61 @@ void expectPlainMembers(const Picture &hole, std::int32_t radius, int salt) {
     }
 }
 
-TEST(Inpaint, EverySmallSizeAndShape) {
-    int salt = 0;
-    for (std::int64_t width = 1; width <= 35; ++width) {
-        for (const Shape shape : allShapes) {
-            Rng rng = makeRng("hole", static_cast<std::uint64_t>(salt));
-            const Picture hole = draw(shape, width, 1 + salt % 9, rng);
-            ASSERT_NO_FATAL_FAILURE(expectPlainMembers(hole, 1 + salt % 6, salt));
-            ++salt;
-        }
+TEST(Inpaint, EverySizeShapeAndRadius) {
+    for (int salt = 0; salt < 560; ++salt) {
+        Rng rng = makeRng("hole", static_cast<std::uint64_t>(salt));
+        const Picture hole = draw(allShapes[salt % 15], 1 + salt / 15, 1 + salt % 23, rng);
+        ASSERT_NO_FATAL_FAILURE(expectPlainMembers(hole, salt % 8 == 0 ? 1 + salt % 100 : 1 + salt % 13, salt));
     }
 }
 
-TEST(Inpaint, EveryRadius) {
-    Rng rng = makeRng("radius");
-    for (int radius = 1; radius <= 100; radius += radius < 20 ? 1 : 16) {
-        Picture hole = draw(Shape::crowded, 41 + radius % 9, 23, rng);
-        hole.set[static_cast<std::size_t>(radius)] = 0;
-        ASSERT_NO_FATAL_FAILURE(expectPlainMembers(hole, radius, radius));
-    }
-}
-
-// Scratches and spots with much between them, and next to nothing known.
+// Scratches with much between them, next to nothing known, next to nothing missing.
 TEST(Inpaint, SparseAndLargeHoles) {
-    Picture scratches{331, 83, std::vector<char>(331 * 83)}, island = scratches, pinhole = scratches;
-    for (std::int64_t y = 5; y < 60; ++y) {
-        std::fill_n(scratches.set.begin() + y * 331 + y, 3, 1);
+    Picture scratches{231, 83, std::vector<char>(231 * 83)}, pinhole = scratches, island{97, 41, {}};
+    for (std::size_t y = 5; y < 60; ++y) {
+        scratches.set[y * 232] = scratches.set[y * 232 + 1] = scratches.set[70 * 231 + 100 + y] = 1;
     }
-    std::fill_n(scratches.set.begin() + 70 * 331 + 240, 91, 1);
-    std::fill(island.set.begin(), island.set.end(), 1);
-    island.set[20 * 331 + 100] = 0;
-    pinhole.set[82 * 331 + 330] = 1;
-    int salt = 0;
+    pinhole.set.back() = 1;
+    island.set.assign(97 * 41, 1);
+    island.set[20 * 97 + 30] = 0;
     for (const Picture &hole : {scratches, island, pinhole}) {
-        ASSERT_NO_FATAL_FAILURE(expectPlainMembers(hole, 5, ++salt));
+        ASSERT_NO_FATAL_FAILURE(expectPlainMembers(hole, 5, 1));
     }
 }
 
-// Products that vanish keep their sign in all sums.
-TEST(Inpaint, NegativeZero) {
-    Picture hole{15, 15, std::vector<char>(15 * 15)};
-    hole.set[7 * 15 + 7] = 1;
-    GuardedImage<float> src(15, 15);
-    for (std::int64_t i = 0; i < 15 * 15; ++i) {
-        src.set(i % 15, i / 15, -std::numeric_limits<float>::denorm_min());
+// A disc in the middle; what is under it is NaN.
+template <class Value> GuardedImage<float> withoutDisc(double radius, InpaintMethod method, const Value &value) {
+    Picture hole{80, 80, std::vector<char>(80 * 80)};
+    GuardedImage<float> src(80, 80);
+    for (std::int64_t i = 0; i < 80 * 80; ++i) {
+        const bool missing = std::hypot(i % 80 - 40.0, i / 80 - 40.0) <= radius;
+        hole.set[static_cast<std::size_t>(i)] = missing ? 1 : 0;
+        src.set(i % 80, i / 80, missing ? NAN : value(i % 80, i / 80));
     }
-    EXPECT_TRUE(sameValue(inpainted(src, hole, 1, 5, InpaintMarch).at(7, 7), -0.0f));
-}
-
-constexpr std::int64_t side = 90;
-Picture disc(double radius) {
-    Picture hole{side, side, std::vector<char>(side * side)};
-    for (std::int64_t i = 0; i < side * side; ++i) {
-        hole.set[static_cast<std::size_t>(i)] = std::hypot(i % side - 45.0, i / side - 44.0) <= radius ? 1 : 0;
-    }
-    return hole;
+    return inpainted(src, hole, 5, method);
 }
 
 TEST(Inpaint, RestoresRamps) {
-    Picture rectangle{side, side, std::vector<char>(side * side)}, scratch = rectangle;
-    for (std::int64_t y = 2; y < 60; ++y) {
-        std::fill_n(rectangle.set.begin() + y * side + 30, 58, 1);
-        std::fill_n(scratch.set.begin() + y * side + 10 + y, 3, 1);
-    }
-    const auto ramp = [](std::int64_t x, std::int64_t y) {
-        return 100.0f + 0.8f * static_cast<float>(x) - 0.6f * static_cast<float>(y);
-    };
+    const auto ramp = [](auto x, auto y) { return 100.0f + 0.8f * float(x) - 0.6f * float(y); };
     for (const InpaintMethod method : {InpaintMarch, InpaintDiffusion}) {
-        for (const Picture &hole : {rectangle, disc(30), scratch}) {
-            GuardedImage<float> floats(side, side);
-            GuardedImage<std::uint8_t> bytes(side, side);
-            for (std::int64_t i = 0; i < side * side; ++i) {
-                const std::int64_t x = i % side, y = i / side;
-                floats.set(x, y, hole.at(x, y) ? NAN : ramp(x, y));
-                bytes.set(x, y, hole.at(x, y) ? std::uint8_t{7} : static_cast<std::uint8_t>(std::lrint(ramp(x, y))));
-            }
-            const auto gotFloats = inpainted(floats, hole, 1, 5, method);
-            const auto gotBytes = inpainted(bytes, hole, 1, 5, method);
-            for (std::int64_t i = 0; i < side * side; ++i) {
-                const std::int64_t x = i % side, y = i / side;
-                ASSERT_NEAR(gotFloats.at(x, y), ramp(x, y), 0.01) << x << " " << y << " method " << method;
-                if (hole.set == scratch.set) {
-                    ASSERT_NEAR(gotBytes.at(x, y), ramp(x, y), 2);
-                }
-            }
+        const auto got = withoutDisc(30, method, ramp);
+        for (std::int64_t i = 0; i < 80 * 80; ++i) {
+            ASSERT_NEAR(got.at(i % 80, i / 80), ramp(i % 80, i / 80), 0.01) << i << ", method " << method;
         }
     }
 }
 
-TEST(Inpaint, DiffusionSettles) {
-    for (const bool lonelyPixels : {false, true}) {
-        Picture hole = disc(35);
-        if (lonelyPixels) {
-            for (const std::int64_t i : {45 * side + 45, 30 * side + 40, 60 * side + 52}) {
-                hole.set[static_cast<std::size_t>(i)] = 0;
-            }
-        }
-        GuardedImage<float> src(side, side);
-        float low = 255, high = 0;
-        Rng rng = makeRng("membrane");
-        for (std::int64_t i = 0; i < side * side; ++i) {
-            const auto value = static_cast<float>(uniform(rng, 0, 255));
-            src.set(i % side, i / side, value);
-            if (!hole.at(i % side, i / side)) {
-                low = std::min(low, value);
-                high = std::max(high, value);
-            }
-        }
-        const auto got = inpainted(src, hole, 1, 1, InpaintDiffusion);
-        for (std::int64_t y = 1; y < side - 1; ++y) {
-            for (std::int64_t x = 1; x < side - 1; ++x) {
-                if (hole.at(x, y)) {
-                    const float mean = (got.at(x - 1, y) + got.at(x + 1, y) + got.at(x, y - 1) + got.at(x, y + 1)) / 4;
-                    ASSERT_NEAR(got.at(x, y), mean, lonelyPixels ? 0.03 : 0.002);
-                    ASSERT_TRUE(got.at(x, y) > low - 0.01f && got.at(x, y) < high + 0.01f);
-                }
-            }
-        }
-    }
+TEST(Inpaint, ProductsThatVanishKeepTheirSign) {
+    const auto tiny = [](auto, auto) { return -std::numeric_limits<float>::denorm_min(); };
+    EXPECT_TRUE(sameValue(withoutDisc(0, InpaintMarch, tiny).at(40, 40), -0.0f));
 }
 
-struct Call {
-    const void *src;
+template <class T> struct Call {
+    const T *src;
     std::int32_t srcStep;
     const std::uint8_t *mask;
     std::int32_t maskStep;
-    void *dst;
+    T *dst;
     std::int32_t dstStep;
     RoiSize roi;
     std::int32_t radius;
@@ -341,27 +252,28 @@ struct Call {
 };
 
 template <class T, class Function> void expectStatuses(Function function, int channels) {
+    using C = Call<T>;
     constexpr std::int64_t width = 9, height = 5;
     const auto rowBytes = width * channels * static_cast<std::int64_t>(sizeof(T));
     GuardedImage<T> src(width * channels, height), dst(width * channels, height);
     GuardedImage<std::uint8_t> mask(width, height);
     GuardedBuffer buffer(scratchSize(width, height, 100));
-    Faults<Call> faults;
-    faults.nulls(&Call::src, &Call::mask, &Call::dst, &Call::buffer).empty(&Call::roi);
-    faults.shortSteps(rowBytes, &Call::srcStep, &Call::dstStep).shortSteps(width, &Call::maskStep);
-    faults.unevenSteps(rowBytes, sizeof(T), &Call::srcStep, &Call::dstStep);
-    faults.values(StatusBadArgument, &Call::method, {-1, 2}).values(StatusOutOfRange, &Call::radius, {0, -3, 101});
-    expectFaultOrder<Call>(
+    Faults<C> faults;
+    faults.nulls(&C::src, &C::mask, &C::dst, &C::buffer).empty(&C::roi);
+    faults.shortSteps(rowBytes, &C::srcStep, &C::dstStep).shortSteps(width, &C::maskStep);
+    faults.unevenSteps(rowBytes, sizeof(T), &C::srcStep, &C::dstStep);
+    faults.values(StatusBadArgument, &C::method, {-1, 2}).values(StatusOutOfRange, &C::radius, {0, -3, 101});
+    expectFaultOrder<C>(
         {src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(), mask.roi(), 100, 1, buffer.data()},
         faults,
-        [&](const Call &c) {
-            return function(static_cast<const T *>(c.src), c.srcStep, c.mask, c.maskStep, static_cast<T *>(c.dst),
-                            c.dstStep, c.roi, c.radius, c.method, c.buffer);
+        [&](const C &c) {
+            return function(c.src, c.srcStep, c.mask, c.maskStep, c.dst, c.dstStep, c.roi, c.radius, c.method,
+                            c.buffer);
         },
         [&] { return dst.bytes(); });
 }
 
-TEST(Inpaint, StatusesInTheOrderOfTheChecks) {
+TEST(Inpaint, StatusesAndSizes) {
     expectStatuses<std::uint8_t>(rvxiInpaint_8u_C1MR, 1);
     expectStatuses<std::uint8_t>(rvxiInpaint_8u_C3MR, 3);
     expectStatuses<float>(rvxiInpaint_32f_C1MR, 1);
@@ -369,13 +281,8 @@ TEST(Inpaint, StatusesInTheOrderOfTheChecks) {
          {rvxiInpaintGetBufferSize_8u_C1MR, rvxiInpaintGetBufferSize_8u_C3MR, rvxiInpaintGetBufferSize_32f_C1MR}) {
         std::int32_t size = -1;
         EXPECT_EQ(query({0, 3}, 0, &size), StatusBadSize);
-        EXPECT_EQ(query({40000, 40000}, 0, &size), StatusOutOfRange);
-        EXPECT_EQ(query({3, 3}, 101, &size), StatusOutOfRange);
-        EXPECT_EQ(size, -1);
-        for (const std::int32_t radius : {1, 5, 100}) {
-            ASSERT_EQ(query({641, 479}, radius, &size), StatusOk);
-            EXPECT_EQ(size, scratchSize(641, 479, radius));
-        }
+        EXPECT_EQ(query({40000, 40000}, 101, &size), StatusOutOfRange);
+        EXPECT_TRUE(query({641, 479}, 7, &size) == StatusOk && size == scratchSize(641, 479, 7));
     }
 }
 
