@@ -3,8 +3,6 @@
 #include "support/guarded.h"
 #include "support/status_table.h"
 
-#include <rvxcv.h>
-
 namespace {
 
 using namespace support;
@@ -44,44 +42,31 @@ TEST(FastMarching, EverySizeAndShape) {
     }
 }
 
-TEST(FastMarching, DistancesFromAnEdgeAndFromAPoint) {
-    constexpr std::int64_t w = 120, h = 90, cx = 31, cy = 47;
-    Picture edge{w, h, std::vector<char>(w * h, 1)}, point = edge;
-    std::fill_n(edge.set.begin() + 40 * w, w, 0);
-    EXPECT_TRUE(imageIs(times(edge), [](std::int64_t, std::int64_t y) { return std::abs(y - 40); }));
-    point.set[cy * w + cx] = 0;
-    const auto fromPoint = times(point);
-    for (std::int64_t i = 0; i < w * h; ++i) {
-        const double t = fromPoint.at(i % w, i / w), dx = std::abs(double(i % w - cx)),
-                     dy = std::abs(double(i / w - cy));
+TEST(FastMarching, DistancesFromAPointAreNotFarOff) {
+    Picture point{120, 90, std::vector<char>(120 * 90, 1)};
+    point.set[47 * 120 + 31] = 0;
+    const auto got = times(point);
+    for (std::int64_t i = 0; i < 120 * 90; ++i) {
+        const double t = got.at(i % 120, i / 120), dx = std::abs(i % 120 - 31.0), dy = std::abs(i / 120 - 47.0);
         ASSERT_GE(t, std::hypot(dx, dy) * 0.999999);
         ASSERT_LE(t, std::min(1.21 * std::hypot(dx, dy), dx + dy) * 1.000001);
     }
 }
 
-struct Call {
-    const std::uint8_t *src;
-    std::int32_t srcStep;
-    float *dst;
-    std::int32_t dstStep;
-    RoiSize roi;
-    std::uint8_t *buffer;
-};
-
 TEST(FastMarching, StatusesAndSizes) {
     GuardedImage<std::uint8_t> src(9, 5);
     GuardedImage<float> dst(9, 5);
     GuardedBuffer buffer(scratchSize(9, 5));
+    using Call = MarchCall<float>;
     Faults<Call> faults;
-    faults.nulls(&Call::src, &Call::dst, &Call::buffer).empty(&Call::roi);
-    faults.shortSteps(9, &Call::srcStep).shortSteps(36, &Call::dstStep).unevenSteps(36, 4, &Call::dstStep);
+    faults.nulls(&Call::mask, &Call::dst, &Call::buffer).empty(&Call::roi);
+    faults.shortSteps(9, &Call::maskStep).shortSteps(36, &Call::dstStep).unevenSteps(36, 4, &Call::dstStep);
     expectFaultOrder<Call>(
-        {src.data(), src.step(), dst.data(), dst.step(), src.roi(), buffer.data()}, faults,
-        [](const Call &c) { return rvxiFastMarching_8u32f_C1R(c.src, c.srcStep, c.dst, c.dstStep, c.roi, c.buffer); },
+        {nullptr, 0, src.data(), src.step(), dst.data(), dst.step(), src.roi(), 0, 0, buffer.data()}, faults,
+        [](const Call &c) { return rvxiFastMarching_8u32f_C1R(c.mask, c.maskStep, c.dst, c.dstStep, c.roi, c.buffer); },
         [&] { return dst.bytes(); });
     std::int32_t size = 0;
-    EXPECT_EQ(rvxiFastMarchingGetBufferSize_8u32f_C1R({641, 480}, &size), StatusOk);
-    EXPECT_EQ(size, scratchSize(641, 480));
+    EXPECT_TRUE(rvxiFastMarchingGetBufferSize_8u32f_C1R({641, 48}, &size) == StatusOk && size == scratchSize(641, 48));
 }
 
 } // namespace

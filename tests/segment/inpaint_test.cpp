@@ -1,12 +1,9 @@
 // Inpainting against the formulas pixel by pixel, to the bit, and against what it is for: ramps, membranes.
 #include "segment/plain_march.h"
-#include "segment/shapes.h"
 #include "support/guarded.h"
 #include "support/status_table.h"
 
-#include <rvxcv.h>
-
-#include <algorithm>
+#include <functional>
 #include <numbers>
 
 namespace {
@@ -24,7 +21,7 @@ public:
     PlainInpaint(const Picture &hole, Values values, bool bytes)
         : w_(hole.width), h_(hole.height), bytes_(bytes), known_(hole.set), u_(std::move(values)), gx_(u_.size()),
           gy_(u_.size()), march_(plainMarch(hole)) {
-        std::transform(known_.begin(), known_.end(), known_.begin(), [](char set) { return set == 0; });
+        std::transform(known_.begin(), known_.end(), known_.begin(), std::logical_not<>());
     }
 
     Values fillByMarch(std::int64_t radius) {
@@ -43,7 +40,8 @@ public:
             u_[at(p)] = mean(p % w_, p / w_);
             known_[at(p)] = 1;
         }
-        const double steps = 3 * std::ceil(double(march_.time[at(march_.order.back())])) + 1;
+        const double last = march_.order.empty() ? 0 : march_.time[at(march_.order.back())];
+        const double steps = 3 * std::ceil(last) + 1;
         const auto omega = static_cast<float>(2 / (1 + std::sin(std::numbers::pi / (steps + 1))));
         for (int i = 0; i < 4 * steps; ++i) {
             for (const std::int64_t p : march_.order) {
@@ -88,9 +86,9 @@ private:
                                 (1 + std::fabs(march_.time[p] - march_.time[q]));
                 const float v = std::fma(gx_[q], rx, std::fma(gy_[q], ry, u_[q]));
                 sums[0][lane] += w;
-                sums[1][lane] = std::fma(w, v, sums[1][lane]);
-                sums[2][lane] = std::fma(w, gx_[q], sums[2][lane]);
-                sums[3][lane] = std::fma(w, gy_[q], sums[3][lane]);
+                for (const auto &[sum, term] : {std::pair{1, v}, {2, gx_[q]}, {3, gy_[q]}}) {
+                    sums[sum][lane] = std::fma(w, term, sums[sum][lane]);
+                }
             }
         }
         for (auto &sum : sums) {
@@ -135,15 +133,16 @@ GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, std::int32_
     const std::int64_t skew = guard == Guard::before ? salt % 8 : 0;
     GuardedBuffer scratch(scratchSize(hole.width, hole.height, radius) + skew, guard);
     scratch.scribble(static_cast<std::uint8_t>(salt));
-    const auto fill = [&](GuardedImage<T> &dst) {
+    const auto member = [&] {
         if constexpr (std::is_same_v<T, float>) {
-            return rvxiInpaint_32f_C1MR(src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(),
-                                        mask.roi(), radius, method, scratch.data() + skew);
+            return rvxiInpaint_32f_C1MR;
         } else {
-            return (src.width() == hole.width ? rvxiInpaint_8u_C1MR : rvxiInpaint_8u_C3MR)(
-                src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(), mask.roi(), radius, method,
-                scratch.data() + skew);
+            return src.width() == hole.width ? rvxiInpaint_8u_C1MR : rvxiInpaint_8u_C3MR;
         }
+    }();
+    const auto fill = [&](GuardedImage<T> &dst) {
+        return member(src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(), mask.roi(), radius,
+                      method, scratch.data() + skew);
     };
     GuardedImage<T> dst(src.width(), src.height(), {.padding = 4 * (salt % 3), .guard = guard});
     EXPECT_EQ(fill(dst), StatusOk);
@@ -160,23 +159,23 @@ void expectPlain(const Picture &hole, int channels, Contents contents, std::int3
     GuardedImage<T> src(hole.width * channels, hole.height, {.padding = 4 * (salt % 2)});
     Rng rng = makeRng("inpaint", static_cast<std::uint64_t>(salt));
     src.fill(rng, contents);
-    Values want(static_cast<std::size_t>(channels) * hole.set.size());
+    std::vector<Values> want;
     for (int c = 0; c < channels; ++c) {
         Values values;
         for (std::int64_t i = 0; i < hole.width * hole.height; ++i) {
             values.push_back(static_cast<float>(src.at(i % hole.width * channels + c, i / hole.width)));
         }
-        if (PlainInpaint plain(hole, values, sizeof(T) == 1); !plainMarch(hole).order.empty()) {
-            values = method == InpaintMarch ? plain.fillByMarch(radius) : plain.fillByDiffusion();
-        }
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const float whole = std::clamp(std::nearbyint(values[i]), 0.0f, 255.0f);
-            want[i * static_cast<std::size_t>(channels) + static_cast<std::size_t>(c)] =
-                sizeof(T) == 1 ? whole : values[i];
-        }
+        PlainInpaint plain(hole, values, sizeof(T) == 1);
+        want.push_back(method == InpaintMarch ? plain.fillByMarch(radius) : plain.fillByDiffusion());
     }
     const auto got = inpainted(src, hole, radius, method, salt);
-    ASSERT_TRUE(imageIs(got, [&](auto x, auto y) { return want[static_cast<std::size_t>(y * src.width() + x)]; }))
+    ASSERT_TRUE(imageIs(
+        got,
+        [&](std::int64_t x, std::int64_t y) {
+            const float value =
+                want[static_cast<std::size_t>(x % channels)][static_cast<std::size_t>(y * hole.width + x / channels)];
+            return sizeof(T) == 1 ? std::clamp(std::nearbyint(value), 0.0f, 255.0f) : value;
+        }))
         << "radius " << radius << ", method " << method << ", case " << salt;
 }
 
@@ -211,7 +210,7 @@ TEST(Inpaint, SparseAndLargeHoles) {
     }
 }
 
-// A disc in the middle; what is under it is NaN.
+// A disc is missing in the middle, NaN in its place.
 template <class Value> GuardedImage<float> withoutDisc(double radius, InpaintMethod method, const Value &value) {
     Picture hole{80, 80, std::vector<char>(80 * 80)};
     GuardedImage<float> src(80, 80);
@@ -223,54 +222,34 @@ template <class Value> GuardedImage<float> withoutDisc(double radius, InpaintMet
     return inpainted(src, hole, 5, method);
 }
 
-TEST(Inpaint, RestoresRamps) {
+TEST(Inpaint, RestoresRampsAndKeepsSigns) {
     const auto ramp = [](auto x, auto y) { return 100.0f + 0.8f * float(x) - 0.6f * float(y); };
-    for (const InpaintMethod method : {InpaintMarch, InpaintDiffusion}) {
-        const auto got = withoutDisc(30, method, ramp);
-        for (std::int64_t i = 0; i < 80 * 80; ++i) {
-            ASSERT_NEAR(got.at(i % 80, i / 80), ramp(i % 80, i / 80), 0.01) << i << ", method " << method;
-        }
+    const auto march = withoutDisc(30, InpaintMarch, ramp), diffusion = withoutDisc(30, InpaintDiffusion, ramp);
+    for (std::int64_t i = 0; i < 80 * 80; ++i) {
+        ASSERT_NEAR(march.at(i % 80, i / 80), ramp(i % 80, i / 80), 0.01);
+        ASSERT_NEAR(diffusion.at(i % 80, i / 80), ramp(i % 80, i / 80), 0.01);
     }
-}
-
-TEST(Inpaint, ProductsThatVanishKeepTheirSign) {
-    const auto tiny = [](auto, auto) { return -std::numeric_limits<float>::denorm_min(); };
+    const auto tiny = [](auto, auto) { return -std::numeric_limits<float>::denorm_min(); }; // products vanish
     EXPECT_TRUE(sameValue(withoutDisc(0, InpaintMarch, tiny).at(40, 40), -0.0f));
 }
 
-template <class T> struct Call {
-    const T *src;
-    std::int32_t srcStep;
-    const std::uint8_t *mask;
-    std::int32_t maskStep;
-    T *dst;
-    std::int32_t dstStep;
-    RoiSize roi;
-    std::int32_t radius;
-    InpaintMethod method;
-    std::uint8_t *buffer;
-};
-
-template <class T, class Function> void expectStatuses(Function function, int channels) {
-    using C = Call<T>;
-    constexpr std::int64_t width = 9, height = 5;
-    const auto rowBytes = width * channels * static_cast<std::int64_t>(sizeof(T));
-    GuardedImage<T> src(width * channels, height), dst(width * channels, height);
-    GuardedImage<std::uint8_t> mask(width, height);
-    GuardedBuffer buffer(scratchSize(width, height, 100));
+template <class T, class Member> void expectStatuses(Member member, std::int64_t channels) {
+    using C = MarchCall<T>;
+    const std::int64_t rowBytes = 9 * channels * static_cast<std::int64_t>(sizeof(T));
+    GuardedImage<T> src(9 * channels, 5), dst(9 * channels, 5);
+    GuardedImage<std::uint8_t> mask(9, 5);
+    GuardedBuffer buffer(scratchSize(9, 5, 100));
     Faults<C> faults;
     faults.nulls(&C::src, &C::mask, &C::dst, &C::buffer).empty(&C::roi);
-    faults.shortSteps(rowBytes, &C::srcStep, &C::dstStep).shortSteps(width, &C::maskStep);
+    faults.shortSteps(rowBytes, &C::srcStep, &C::dstStep).shortSteps(9, &C::maskStep);
     faults.unevenSteps(rowBytes, sizeof(T), &C::srcStep, &C::dstStep);
     faults.values(StatusBadArgument, &C::method, {-1, 2}).values(StatusOutOfRange, &C::radius, {0, -3, 101});
-    expectFaultOrder<C>(
-        {src.data(), src.step(), mask.data(), mask.step(), dst.data(), dst.step(), mask.roi(), 100, 1, buffer.data()},
-        faults,
-        [&](const C &c) {
-            return function(c.src, c.srcStep, c.mask, c.maskStep, c.dst, c.dstStep, c.roi, c.radius, c.method,
-                            c.buffer);
-        },
-        [&] { return dst.bytes(); });
+    const C good{src.data(), src.step(), mask.data(), mask.step(), dst.data(),
+                 dst.step(), mask.roi(), 100,         1,           buffer.data()};
+    const auto call = [&](const C &c) {
+        return member(c.src, c.srcStep, c.mask, c.maskStep, c.dst, c.dstStep, c.roi, c.radius, c.method, c.buffer);
+    };
+    expectFaultOrder<C>(good, faults, call, [&] { return dst.bytes(); });
 }
 
 TEST(Inpaint, StatusesAndSizes) {

@@ -3,6 +3,8 @@
 
 #include "segment/shapes.h"
 
+#include <rvxcv.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -48,8 +50,8 @@ inline PlainMarch plainMarch(const Picture &picture) {
             reach(p % width + dx, p / width + dy);
         }
     };
-    std::transform(picture.set.begin(), picture.set.end(), accepted.begin(),
-                   [](char set) { return set != 0 ? none : 0; });
+    const auto zero = [](char set) { return set != 0 ? none : 0; };
+    std::transform(picture.set.begin(), picture.set.end(), accepted.begin(), zero);
     for (std::int64_t p = 0; p < width * height; ++p) {
         if (!picture.at(p % width, p / width)) {
             spread(p);
@@ -65,5 +67,18 @@ inline PlainMarch plainMarch(const Picture &picture) {
     march.time = accepted;
     return march;
 }
+
+// Arguments of inpainting; a march alone has some of them.
+template <class T> struct MarchCall {
+    const T *src;
+    std::int32_t srcStep;
+    const std::uint8_t *mask;
+    std::int32_t maskStep;
+    T *dst;
+    std::int32_t dstStep;
+    RoiSize roi;
+    std::int32_t radius, method;
+    std::uint8_t *buffer;
+};
 
 } // namespace support
