@@ -19,6 +19,8 @@
 
 namespace rvxcv {
 
+// Both colours' values and shares and the list of vectors take (W + 15) (2 H + 2) + W H elements at most, which is less
+// than the four planes of (W + 10) (H + 2) or more that the hole has to spare.
 class Membrane {
 public:
     explicit Membrane(Hole &hole)
