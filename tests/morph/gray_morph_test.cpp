@@ -195,6 +195,41 @@ TEST(GrayMorph, EveryBorder) {
     });
 }
 
+// One position, about as far to a side as a vector is long.
+TEST(GrayMorph, FarPositions) {
+    forBoth([]<class T>(const Member<T> &member) {
+        Rng rng = makeRng("gray far", sizeof(T));
+        constexpr auto lanes = static_cast<std::int32_t>(32 / sizeof(T));
+        for (const std::int32_t far : {lanes - 1, lanes, lanes + 1}) {
+            for (const std::int32_t column : {0, 2 * far}) {
+                const Function<T> function(member, {2 * far + 1, 1},
+                                           [&](auto i, auto) { return i == column ? 1 : member.nowhere; });
+                for (const BorderKind border : {BorderConstant, BorderReplicate, BorderInMemory}) {
+                    check(member, {5 * lanes, 3}, function, border, Contents::random, rng);
+                }
+            }
+        }
+    });
+}
+
+// Rows in memory around the region are not touched where no position is: here they cannot be.
+TEST(GrayMorph, RowsWithoutPositionsAreNotRead) {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const auto step = static_cast<std::int32_t>(page);
+    GuardedBuffer image(5 * step);
+    std::memset(image.data(), 10, 5 * page);
+    ASSERT_EQ(mprotect(image.data() + page, 3 * page, PROT_NONE), 0); // all but the rows 2 above and 2 below
+    for (const std::int32_t width : {20, 200}) {
+        const Function<std::uint8_t> function(bytes, {1, 5}, [](auto, auto j) { return j % 4 == 0 ? j : INT32_MIN; });
+        Record<std::uint8_t> record(bytes, width, function);
+        GuardedImage<std::uint8_t> dst(width, 1);
+        ASSERT_EQ(bytes.dilate(image.data() + 2 * page, step, dst.data(), dst.step(), dst.roi(), BorderInMemory, 0,
+                               record.get(), record.buffer.data()),
+                  StatusOk);
+        EXPECT_TRUE(imageIs(dst, [](auto, auto) { return 14; }));
+    }
+}
+
 TEST(GrayMorph, ShapesOfFunctionsAndRegions) {
     forBoth([]<class T>(const Member<T> &member) {
         Rng rng = makeRng("gray shapes", sizeof(T));
