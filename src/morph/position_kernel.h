@@ -79,8 +79,7 @@ public:
     void run(bool proceed = false) const {
         const std::int64_t bytes = task_.pixelBytes(), left = reach_.left * bytes, right = reach_.right * bytes;
         const std::int64_t far = vectorBytes / bytes * bytes; // repetitions of an edge pixel in a vector
-        const bool near = left >= -far && left <= vectorBytes && right >= -vectorBytes && right <= far;
-        if (near && height_ <= mostHeight && task_.roi.width * bytes >= 4 * vectorBytes) {
+        if (left >= -far && right <= far && height_ <= mostHeight && task_.roi.width * bytes >= 4 * vectorBytes) {
             inPlace(proceed);
         } else {
             extended(proceed);
