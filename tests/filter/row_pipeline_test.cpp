@@ -211,6 +211,25 @@ TYPED_TEST(RowPipeline, TilesWithBordersInMemoryGiveTheWhole) {
 
 // ------------------------------------------------------------------------------------------------------- checks
 
+// Of 32-bit sums only these have quotients, as floats, that no int32 holds.
+TEST(RowPipelineSums, SaturateAtBothEndsUnderDivisorsOfOne) {
+    const auto filtered = [](std::int16_t pixel, const std::vector<std::int16_t> &taps, std::int32_t divisor) {
+        const std::vector<std::int16_t> src(33, pixel);
+        std::vector<std::int16_t> dst(33);
+        std::int16_t *const rows[] = {dst.data()};
+        std::uint8_t scratch[48 * 3 + 112];
+        EXPECT_EQ(rvxiFilterRowBorderPipeline_16s_C1R(src.data(), 66, rows, {33, 1}, taps.data(), 3, 1, BorderReplicate,
+                                                      0, divisor, scratch),
+                  StatusOk);
+        return dst;
+    };
+    const std::vector<std::int16_t> low(33, -32768), high(33, 32767);
+    EXPECT_EQ(filtered(-32768, {-32768, -32768, 0}, 1), low); // -2^31
+    EXPECT_EQ(filtered(-32768, {-32768, -32768, 0}, -1), high);
+    EXPECT_EQ(filtered(32767, {32767, 32767, 4}, 1), high); // 2^31 - 2
+    EXPECT_EQ(filtered(32767, {32767, 32767, 4}, -1), low);
+}
+
 TYPED_TEST(RowPipeline, SizesItsScratchByTheKernelAlone) {
     using M = TypeParam;
     for (const std::int32_t k : {1, 2, 3, 4, 5, 7, 8, 31, 1000}) {
