@@ -51,7 +51,7 @@ enum { ForegroundNo = 0, ForegroundShadow = 127, ForegroundYes = 255 };
  *
  * Of GetBackground: the same without the rate; then StatusError (no call has learned yet). */
 
-/* -------------------------------------------------------------------------------------------------- Single Gaussian */
+/* ------------------------------------------------------------------------------------------------- Single Gaussian */
 
 /* C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997. A pixel has a mean a
  * channel and one variance v; v = 0: no model. d_c = s_c - m_c, D = sum d d.
@@ -96,7 +96,7 @@ StatusCode rvxiForegroundGaussianGetBackground_8u_C1R(uint8_t *dst, int32_t dstS
 StatusCode rvxiForegroundGaussianGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize roi,
                                                       const ForegroundGaussianState *state);
 
-/* ---------------------------------------------------------------------------------------------- Mixture of Gaussians */
+/* -------------------------------------------------------------------------------------------- Mixture of Gaussians */
 
 /* C. Stauffer and W. E. L. Grimson, "Adaptive background mixture models for real-time tracking", CVPR 1999, with the
  * updates of Z. Zivkovic, ICPR 2004. K components, each with a weight w, a variance v and a mean a channel, in order of
@@ -147,7 +147,7 @@ StatusCode rvxiFGMMUpdate_8u_C3R(const uint8_t *src, int32_t srcStep, const uint
 StatusCode rvxiFGMMGetBackground_8u_C1R(uint8_t *dst, int32_t dstStep, RoiSize roi, const FGMMState *state);
 StatusCode rvxiFGMMGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize roi, const FGMMState *state);
 
-/* -------------------------------------------------------------------------------------------------- Colour histogram */
+/* ------------------------------------------------------------------------------------------------ Colour histogram */
 
 /* L. Li, W. Huang, I. Y. H. Gu, Q. Tian, "Foreground object detection from videos containing complex background", ACM
  * Multimedia 2003, with colours as features. N entries, each with a colour, p (how often seen) and b (how often seen as

@@ -3,7 +3,8 @@
 // background, two vectors of 16 bits each. These two hold the pixels as widening in halves of a vector leaves them.
 #include "motion/foreground_state.h"
 
-#include "kernel/base.h"
+#include <algorithm>
+#include <cmath>
 
 namespace rvxcv {
 namespace {
@@ -108,9 +109,8 @@ template <int channels> struct HistogramKernel {
 
     HistogramKernel(const ForegroundHistogramParams &p, float learningRate)
         : entries(p.entries), principal(p.principal), tolerance(splat(static_cast<std::uint8_t>(p.tolerance))),
-          rate(static_cast<std::uint16_t>(
-              std::clamp(static_cast<std::int32_t>(static_cast<double>(learningRate) * 65536 + 0.5), 1, 65535))),
-          limit(static_cast<std::uint16_t>(static_cast<double>(p.absorb) * 65535 + 0.5)) {}
+          rate(static_cast<std::uint16_t>(std::clamp(nearest(learningRate, 65536), 1, 65535))),
+          limit(static_cast<std::uint16_t>(nearest(p.absorb, 65535))) {}
 
     template <bool decides, bool learns>
     RVX_INLINE U8x32 operator()(std::uint8_t *model, const Samples &samples, U8x32 decision) const {
@@ -148,6 +148,11 @@ template <int channels> struct HistogramKernel {
     }
 
 private:
+    // A part of a whole, halves up.
+    static std::int32_t nearest(float part, double whole) {
+        return static_cast<std::int32_t>(std::floor(static_cast<double>(part) * whole + 0.5));
+    }
+
     RVX_INLINE U8x32 matches(const Samples &a, const Samples &b) const {
         U8x32 difference = absDiff(a.at[0], b.at[0]);
         for (int c = 1; c < channels; ++c) {
