@@ -156,10 +156,8 @@ TEST(FastCorners, ListsOfAnyMap) {
             }
         }
         const auto found = static_cast<std::int64_t>(want.size());
-        for (const std::int64_t capacity : {found - 1, found, found + 3, found / 2, std::int64_t{1}}) {
-            if (capacity < 1) {
-                continue;
-            }
+        for (const std::int64_t wanted : {found - 1, found, found + 3, found / 2, std::int64_t{1}}) {
+            const std::int64_t capacity = std::max<std::int64_t>(wanted, 1);
             GuardedBuffer list(capacity * 12);
             list.scribble();
             const std::vector<std::uint8_t> before(list.data(), list.data() + list.size());

@@ -200,6 +200,12 @@ TEST(CopySubpix, ExtremeCentres) {
         ASSERT_NO_FATAL_FAILURE((checkPatch<float, float>(src, 6, 5, {c, 4})));
         ASSERT_NO_FATAL_FAILURE((checkPatch<float, float>(src, 5, 6, {4, c})));
     }
+    // Half of a size beyond 2^24 is no float.
+    GuardedImage<std::uint8_t> pixels(5, 1), wide((1 << 24) + 2, 1);
+    Point2i min{}, max{};
+    const Call<std::uint8_t, std::uint8_t> call{
+        pixels.data(), 5, pixels.roi(), wide.data(), wide.step(), wide.roi(), {8388608.0f, 0.0f}, &min, &max, 0};
+    EXPECT_TRUE(call.part() == StatusOk && min.x == 1 && max.x == 4);
 }
 
 template <class S, class D> void checkStatuses(bool part) {
