@@ -45,13 +45,13 @@ struct Content {
 
 template <class T, class Function>
 void addInpaint(bench::Registry &rows, const std::string &name, int channels, InpaintMethod method, Function inpaint) {
-    for (const auto &[content, draw] : {Content{"scratches", scratches}, {"spot", spot}, {"nothing", nothing}}) {
+    for (const Content &content : {Content{"scratches", scratches}, {"spot", spot}, {"nothing", nothing}}) {
         const double bytes = channels * static_cast<double>(sizeof(T));
-        rows.add(name + (method == InpaintMarch ? "_march/" : "_diffusion/") + content, {bytes + 1, bytes},
+        rows.add(name + (method == InpaintMarch ? "_march/" : "_diffusion/") + content.name, {bytes + 1, bytes},
                  [=](RoiSize roi) {
                      auto src = bench::image<T>(roi, channels), dst = bench::image<T>(roi, channels);
                      auto mask = bench::image<std::uint8_t>(roi);
-                     draw(*mask, roi);
+                     content.draw(*mask, roi);
                      std::int32_t size = 0;
                      rvxiInpaintGetBufferSize_8u_C1MR(roi, 5, &size);
                      auto buffer = bench::scratch(size);
@@ -64,14 +64,14 @@ void addInpaint(bench::Registry &rows, const std::string &name, int channels, In
 }
 
 const bench::Family family([](bench::Registry &rows) {
-    for (const auto &[content, draw] : {Content{"corner", corner},
-                                        {"noise", noise},
-                                        {"scratches", scratches},
-                                        {"spot", spot},
-                                        {"nothing", nothing}}) {
-        rows.add(std::string("FastMarching_8u32f_C1R/") + content, {1, 4}, [=](RoiSize roi) {
+    for (const Content &content : {Content{"corner", corner},
+                                   {"noise", noise},
+                                   {"scratches", scratches},
+                                   {"spot", spot},
+                                   {"nothing", nothing}}) {
+        rows.add(std::string("FastMarching_8u32f_C1R/") + content.name, {1, 4}, [=](RoiSize roi) {
             auto src = bench::image<std::uint8_t>(roi);
-            draw(*src, roi);
+            content.draw(*src, roi);
             auto dst = bench::image<float>(roi);
             std::int32_t size = 0;
             rvxiFastMarchingGetBufferSize_8u32f_C1R(roi, &size);
