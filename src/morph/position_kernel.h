@@ -69,7 +69,7 @@ template <class T, class Op, class Terms, int count, bool padded> struct Positio
 template <class T, class Op, class Positions> class PositionKernel {
     using V = Vec<T>;
     static constexpr std::int64_t vectorBytes = 32;
-    static constexpr std::int64_t cacheBytes = 24 * 1024; // of the first level, for what all positions are taken from
+    static constexpr std::int64_t cacheBytes = 48 * 1024; // of the first level, for what all positions are taken from
 
 public:
     PositionKernel(const MorphTask<T> &task, const Positions &positions)
@@ -87,6 +87,12 @@ public:
     }
 
 private:
+    // Whole pairs of vectors, as few tiles as if each had at most so many elements, and all of about one size.
+    static std::int64_t evenTile(std::int64_t elements, std::int64_t most) {
+        const std::int64_t tiles = (elements + most - 1) / most;
+        return roundUp((elements + tiles - 1) / tiles, 2 * V::lanes);
+    }
+
     // Calls take(k) once for every source row k, counted from the first one in reach, that `count` output rows need.
     template <class Take> void forSourceRows(std::int64_t count, const Take &take) const {
         std::int64_t k = 0;
@@ -121,12 +127,12 @@ private:
         const T *rows[mostRows + mostHeight - 1];
         Ends ends[mostRows + mostHeight - 1];
         // Rows and columns of output at once.
-        constexpr std::int64_t blockBytes = 8 * 1024, leastTile = 1024;
+        constexpr std::int64_t blockBytes = 8 * 1024, leastTile = 2048;
         const std::int64_t widthBytes = task_.roi.width * task_.pixelBytes();
         const std::int64_t block = std::clamp<std::int64_t>(blockBytes / std::min(widthBytes, leastTile), 1, mostRows);
-        const std::int64_t tileBytes = std::max(cacheBytes / (height_ + block - 1), leastTile);
-        const std::int64_t tile = roundUp(tileBytes, 2 * vectorBytes) / static_cast<std::int64_t>(sizeof(T));
+        const std::int64_t tileBytes = std::max(cacheBytes * 2 / 3 / (height_ + block - 1), leastTile);
         const std::int64_t begin = task_.border.left ? 0 : V::lanes, end = task_.border.right ? n : n - V::lanes;
+        const std::int64_t tile = evenTile(end - begin, tileBytes / static_cast<std::int64_t>(sizeof(T)));
         for (std::int64_t y = task_.firstRow; y < task_.lastRow; y += block) {
             const std::int64_t count = std::min(task_.lastRow - y, block);
             collectRows(rows, task_.src, task_.border, task_.roi.height, y + reach_.top, count + height_ - 1,
@@ -223,8 +229,9 @@ private:
         const std::int64_t room = areas.left(), width = task_.roi.width, reached = reach_.right - reach_.left + 1;
         const std::int64_t bytes = task_.pixelBytes();
         const std::int64_t columns = columnsAtOnce(room, height_, std::min(width, reached));
-        const std::int64_t tile =
+        const std::int64_t most =
             std::max<std::int64_t>(tilePixels(width, room, height_, columns - 1, bytes, cacheBytes), 1);
+        const std::int64_t tile = std::min(most, evenTile(width, most));
         const std::int64_t lineStep = scratchRowStep(tile + columns - 1, bytes);
         const std::int64_t cachedLines = std::max(cacheBytes * 4 / 3 / lineStep, height_);
         const std::int64_t outputs = std::min(room / lineStep, cachedLines) - height_ + 1;
