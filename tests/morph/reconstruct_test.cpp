@@ -7,6 +7,7 @@
 #include "rvxcv.h"
 
 #include <algorithm>
+#include <ctime>
 
 namespace {
 
@@ -42,31 +43,34 @@ std::vector<T> plainReconstruction(const std::vector<T> &mask, std::vector<T> ma
     for (std::size_t i = 0; i < mask.size(); ++i) {
         marker[i] = limited(marker[i], mask[i]);
     }
-    for (;;) {
-        std::vector<T> next = marker;
-        for (std::int64_t y = 0; y < height; ++y) {
-            for (std::int64_t x = 0; x < width; ++x) {
-                T best = marker[at(x, y)];
-                for (std::int64_t v = std::max<std::int64_t>(y - 1, 0); v <= std::min(y + 1, height - 1); ++v) {
-                    for (std::int64_t u = std::max<std::int64_t>(x - 1, 0); u <= std::min(x + 1, width - 1); ++u) {
-                        best = eight || u == x || v == y ? further(best, marker[at(u, v)]) : best;
-                    }
-                }
-                next[at(x, y)] = limited(best, mask[at(x, y)]);
+    // In place, from both ends in turn: the order does not matter.
+    const auto grow = [&](std::int64_t i) {
+        const std::int64_t x = i % width, y = i / width;
+        T best = marker[at(x, y)];
+        for (std::int64_t v = std::max<std::int64_t>(y - 1, 0); v <= std::min(y + 1, height - 1); ++v) {
+            for (std::int64_t u = std::max<std::int64_t>(x - 1, 0); u <= std::min(x + 1, width - 1); ++u) {
+                best = eight || u == x || v == y ? further(best, marker[at(u, v)]) : best;
             }
         }
-        if (next == marker) {
-            return marker;
+        marker[at(x, y)] = limited(best, mask[at(x, y)]);
+    };
+    for (std::vector<T> before; before != marker;) {
+        before = marker;
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            grow(i);
         }
-        marker = std::move(next);
+        for (std::int64_t i = width * height - 1; i >= 0; --i) {
+            grow(i);
+        }
     }
+    return marker;
 }
 
 enum class Pair {
     noise,     // both the whole range
     plateaus,  // few values: ties and growth over distances
     domes,     // the mask less a constant
-    corridors, // a falling path between walls, one seed at its start
+    corridors, // rough paths of any width that wind between walls, seeds of all levels along them
     seeds      // single high pixels in a rough mask
 };
 constexpr Pair allPairs[] = {Pair::noise, Pair::plateaus, Pair::domes, Pair::corridors, Pair::seeds};
@@ -77,14 +81,16 @@ template <class T> struct Images { std::vector<T> mask, marker; };
 template <class T> T levelValue(std::int64_t level, bool rises) {
     level = rises ? level : 1000 - level;
     if constexpr (std::is_same_v<T, float>) {
-        return static_cast<float>(level - 500) * (level % 3 == 0 ? 1e-3f : 7.0f);
+        return static_cast<float>(level - 500) * 7.03f;
     } else {
         return static_cast<T>(level * std::numeric_limits<T>::max() / 1000);
     }
 }
 
 template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_t height, bool rises, Rng &rng) {
-    const Picture corridor = draw(Shape::spiral, width, height, rng);
+    const bool large = width > 200; // fronts of many levels run through wide corridors and overtake each other
+    const std::int64_t scale = large ? 9 : uniform(rng, 1, 4);
+    const Picture corridor = draw(Shape::spiral, width / scale + 1, height / scale + 1, rng);
     Images<T> images;
     std::int64_t wave = 500;
     for (std::int64_t i = 0; i < width * height; ++i) {
@@ -100,8 +106,8 @@ template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_
             marker = std::max<std::int64_t>(wave - 100, 0);
             break;
         case Pair::corridors:
-            mask = corridor.set[static_cast<std::size_t>(i)] != 0 ? 1000 - mask / 100 - i * 900 / (width * height) : 0;
-            marker = i == 0 ? 1000 : 0;
+            mask = corridor.at(i % width / scale, i / width / scale) ? 200 + mask * 4 / 5 : 0;
+            marker = large ? (uniform(rng, 0, 1999) == 0 ? marker * 3 / 5 : 0) : marker > 970 ? mask : 0;
             break;
         case Pair::seeds:
             mask = 500 + mask / 2;
@@ -163,6 +169,7 @@ template <class T> void checkPairs() {
         ASSERT_NO_FATAL_FAILURE(run(2, 39, pair));
         ASSERT_NO_FATAL_FAILURE(run(77, 61, pair));
     }
+    ASSERT_NO_FATAL_FAILURE(run(301, 203, Pair::corridors));
 }
 
 TEST(MorphReconstruct, Definition8u) { checkPairs<std::uint8_t>(); }
@@ -199,6 +206,40 @@ template <class T> void checkFloods() {
 TEST(MorphReconstruct, OneSeedIsAFloodFill8u) { checkFloods<std::uint8_t>(); }
 TEST(MorphReconstruct, OneSeedIsAFloodFill16u) { checkFloods<std::uint16_t>(); }
 TEST(MorphReconstruct, OneSeedIsAFloodFill32f) { checkFloods<float>(); }
+
+// A corridor with a seed in every column, each lower than the one before: fronts that do not start with the highest
+// level run over all columns again and again. Compared with one seed, in the process's own time.
+template <class T> void checkTime() {
+    constexpr std::int64_t width = 501, height = 501;
+    Rng rng = makeRng("time");
+    const Picture picture = draw(Shape::columns, width, height, rng);
+    for (const bool rises : {true, false}) {
+        GuardedBuffer scratch(scratchBytes(width, height));
+        const auto seconds = [&](int seeds) {
+            GuardedImage<T> mask(width, height), marker(width, height);
+            for (std::int64_t i = 0; i < width * height; ++i) {
+                const std::int64_t x = i % width, y = i / width;
+                const bool seed = y == height / 2 && x % 2 == 0 && x / 2 < seeds;
+                mask.set(x, y, levelValue<T>(picture.at(x, y) ? 1000 : 0, rises));
+                marker.set(x, y, levelValue<T>(seed ? 1000 - x : 0, rises));
+            }
+            const std::clock_t start = std::clock();
+            EXPECT_EQ(member<T>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), NormL1,
+                                          scratch.data()),
+                      StatusOk);
+            const std::clock_t end = std::clock();
+            EXPECT_EQ(marker.at(width - 1, height - 1), levelValue<T>(1000, rises));
+            return static_cast<double>(end - start) / CLOCKS_PER_SEC;
+        };
+        EXPECT_LT(seconds(251), 12 * seconds(1) + 0.01) << (rises ? "dilate" : "erode");
+    }
+}
+
+TEST(MorphReconstruct, TheTimeIsThatOfThePixels) {
+    checkTime<std::uint8_t>();
+    checkTime<std::uint16_t>();
+    checkTime<float>();
+}
 
 TEST(MorphReconstruct, AnImageIsItsOwnResult) {
     Rng rng = makeRng("own");
