@@ -122,28 +122,38 @@ template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_
     return images;
 }
 
+// The sign of a zero is not fixed, and with a NaN no value is.
 template <class T>
 void expectReconstruction(const Images<T> &images, std::int64_t width, std::int64_t height, bool rises, NormKind norm,
-                          const std::vector<T> &want, int salt) {
+                          int salt) {
     constexpr std::int64_t size = sizeof(T);
     const Guard guard = salt % 2 != 0 ? Guard::before : Guard::behind;
     GuardedImage<T> mask(width, height, {.padding = size * (salt % 3), .guard = guard});
     GuardedImage<T> marker(width, height,
                            {.padding = size * (salt % 4), .guard = guard, .skew = salt % 5 == 4 ? 1 : 0});
-    for (std::int64_t i = 0; i < width * height; ++i) {
-        mask.set(i % width, i / width, images.mask[static_cast<std::size_t>(i)]);
-        marker.set(i % width, i / width, images.marker[static_cast<std::size_t>(i)]);
+    bool anyNan = false;
+    for (std::size_t i = 0; i < images.mask.size(); ++i) {
+        const auto at = static_cast<std::int64_t>(i);
+        mask.set(at % width, at / width, images.mask[i]);
+        marker.set(at % width, at / width, images.marker[i]);
+        anyNan |= images.mask[i] != images.mask[i] || images.marker[i] != images.marker[i];
     }
     const std::vector<std::uint8_t> before = mask.bytes();
     GuardedBuffer scratch(scratchBytes(width, height), salt % 3 == 0 ? Guard::before : Guard::behind);
     scratch.scribble();
-    SCOPED_TRACE(testing::Message() << width << "x" << height << (rises ? " dilate" : " erode") << " norm " << norm);
     ASSERT_EQ(
         member<T>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), norm, scratch.data()),
         StatusOk);
-    ASSERT_TRUE(
-        imageIs(marker, [&](std::int64_t x, std::int64_t y) { return want[static_cast<std::size_t>(y * width + x)]; }));
     ASSERT_EQ(mask.bytes(), before) << "the mask was written";
+    ASSERT_TRUE(marker.paddingIntact());
+    if (!anyNan) {
+        const auto want = plainReconstruction(images.mask, images.marker, width, height, rises, norm == NormInf);
+        for (std::int64_t i = 0; i < width * height; ++i) {
+            ASSERT_EQ(marker.at(i % width, i / width), want[static_cast<std::size_t>(i)])
+                << "pixel " << i << " of " << width << "x" << height << (rises ? " dilate" : " erode") << " norm "
+                << norm;
+        }
+    }
 }
 
 template <class T> void checkPairs() {
@@ -153,9 +163,7 @@ template <class T> void checkPairs() {
         for (const bool rises : {true, false}) {
             const Images<T> images = drawPair<T>(pair, width, height, rises, rng);
             for (const NormKind norm : {NormInf, NormL1}) {
-                const auto want =
-                    plainReconstruction(images.mask, images.marker, width, height, rises, norm == NormInf);
-                ASSERT_NO_FATAL_FAILURE(expectReconstruction(images, width, height, rises, norm, want, salt++))
+                ASSERT_NO_FATAL_FAILURE(expectReconstruction(images, width, height, rises, norm, salt++))
                     << "contents " << static_cast<int>(pair);
             }
         }
@@ -176,43 +184,16 @@ TEST(MorphReconstruct, Definition8u) { checkPairs<std::uint8_t>(); }
 TEST(MorphReconstruct, Definition16u) { checkPairs<std::uint16_t>(); }
 TEST(MorphReconstruct, Definition32f) { checkPairs<float>(); }
 
-// One seed in a two-valued image is the flood fill of its component. Large ones, where scans alone take seconds.
-template <class T> void checkFloods() {
-    Rng rng = makeRng("floods", sizeof(T));
-    constexpr std::int64_t width = 1001, height = 1001;
-    int salt = 0;
-    for (const Shape shape : {Shape::spiral, Shape::comb, Shape::combBelow, Shape::serpentine, Shape::columns,
-                              Shape::diagonals, Shape::antidiagonals, Shape::dense}) {
-        const Picture picture = draw(shape, width, height, rng);
-        const bool rises = salt % 2 == 0;
-        const NormKind norm = salt % 3 == 0 ? NormL1 : NormInf;
-        const std::int64_t seed =
-            std::find(picture.set.begin() + width * (height / 3), picture.set.end(), 1) - picture.set.begin();
-        std::vector<char> reached(picture.set.size());
-        searchBreadthFirst(width, height, seed, norm == NormInf, reached,
-                           [&](std::int64_t, std::int64_t p) { return picture.set[static_cast<std::size_t>(p)] != 0; });
-        Images<T> images;
-        std::vector<T> want;
-        const T off = levelValue<T>(0, rises), on = levelValue<T>(1000, rises);
-        for (std::size_t i = 0; i < picture.set.size(); ++i) {
-            images.mask.push_back(picture.set[i] != 0 ? on : off);
-            images.marker.push_back(i == static_cast<std::size_t>(seed) ? on : off);
-            want.push_back(reached[i] != 0 ? on : off);
-        }
-        ASSERT_NO_FATAL_FAILURE(expectReconstruction(images, width, height, rises, norm, want, salt++));
-    }
-}
-
-TEST(MorphReconstruct, OneSeedIsAFloodFill8u) { checkFloods<std::uint8_t>(); }
-TEST(MorphReconstruct, OneSeedIsAFloodFill16u) { checkFloods<std::uint16_t>(); }
-TEST(MorphReconstruct, OneSeedIsAFloodFill32f) { checkFloods<float>(); }
-
-// A corridor with a seed in every column, each lower than the one before: fronts that do not start with the highest
-// level run over all columns again and again. Compared with one seed, in the process's own time.
-template <class T> void checkTime() {
+// Corridors of width 1 with a seed in every column, each lower than the one before: scans alone advance by a turn each,
+// and fronts that do not start with the highest level run over all columns again and again. Compared with one seed, in
+// the process's own time.
+template <class T> void checkTime(Shape shape) {
     constexpr std::int64_t width = 501, height = 501;
     Rng rng = makeRng("time");
-    const Picture picture = draw(Shape::columns, width, height, rng);
+    const Picture picture = draw(shape, width, height, rng);
+    const auto end = [&](bool rises) {
+        return [&, rises](std::int64_t x, std::int64_t y) { return levelValue<T>(picture.at(x, y) ? 1000 : 0, rises); };
+    };
     for (const bool rises : {true, false}) {
         GuardedBuffer scratch(scratchBytes(width, height));
         const auto seconds = [&](int seeds) {
@@ -220,71 +201,41 @@ template <class T> void checkTime() {
             for (std::int64_t i = 0; i < width * height; ++i) {
                 const std::int64_t x = i % width, y = i / width;
                 const bool seed = y == height / 2 && x % 2 == 0 && x / 2 < seeds;
-                mask.set(x, y, levelValue<T>(picture.at(x, y) ? 1000 : 0, rises));
+                mask.set(x, y, end(rises)(x, y));
                 marker.set(x, y, levelValue<T>(seed ? 1000 - x : 0, rises));
             }
             const std::clock_t start = std::clock();
             EXPECT_EQ(member<T>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), NormL1,
                                           scratch.data()),
                       StatusOk);
-            const std::clock_t end = std::clock();
-            EXPECT_EQ(marker.at(width - 1, height - 1), levelValue<T>(1000, rises));
-            return static_cast<double>(end - start) / CLOCKS_PER_SEC;
+            const std::clock_t ticks = std::clock() - start;
+            EXPECT_TRUE(imageIs(marker, end(rises)));
+            return static_cast<double>(ticks) / CLOCKS_PER_SEC;
         };
         EXPECT_LT(seconds(251), 12 * seconds(1) + 0.01) << (rises ? "dilate" : "erode");
     }
 }
 
 TEST(MorphReconstruct, TheTimeIsThatOfThePixels) {
-    checkTime<std::uint8_t>();
-    checkTime<std::uint16_t>();
-    checkTime<float>();
-}
-
-TEST(MorphReconstruct, AnImageIsItsOwnResult) {
-    Rng rng = makeRng("own");
-    GuardedImage<std::uint8_t> image(45, 20);
-    image.fill(rng, Contents::random);
-    const auto before = image.bytes();
-    GuardedBuffer scratch(scratchBytes(45, 20));
-    for (const bool rises : {true, false}) {
-        ASSERT_EQ(member<std::uint8_t>.of(rises)(image.data(), image.step(), image.data(), image.step(), image.roi(),
-                                                 NormInf, scratch.data()),
-                  StatusOk);
-        EXPECT_EQ(image.bytes(), before);
+    for (const Shape shape : {Shape::columns, Shape::spiral}) {
+        checkTime<std::uint8_t>(shape);
+        checkTime<std::uint16_t>(shape);
+        checkTime<float>(shape);
     }
 }
 
 // Infinities, zeros of both signs and denormals are numbers; with a NaN only the end and the region are promised.
 TEST(MorphReconstruct, SpecialFloats) {
     Rng rng = makeRng("special floats");
-    constexpr std::int64_t width = 61, height = 40;
     for (int round = 0; round < 24; ++round) {
-        const bool rises = round % 2 == 0, withNan = round % 4 >= 2;
-        const NormKind norm = round % 3 == 0 ? NormL1 : NormInf;
-        GuardedImage<float> mask(width, height, {.padding = 8}), marker(width, height, {.padding = 4});
         Images<float> images;
-        for (std::int64_t i = 0; i < width * height; ++i) {
-            for (auto *image : {&mask, &marker}) {
-                float value = randomValue<float>(rng, round % 8 < 4 ? Contents::special : Contents::small);
-                value = value == 1.0f ? -0.0f : value;
-                value = !withNan && std::isnan(value) ? 0.0f : value;
-                image->set(i % width, i / width, value);
-                (image == &mask ? images.mask : images.marker).push_back(value);
+        for (int i = 0; i < 61 * 40; ++i) {
+            for (auto *image : {&images.mask, &images.marker}) {
+                const float value = randomValue<float>(rng, round % 8 < 4 ? Contents::special : Contents::small);
+                image->push_back(value == 1.0f || (round % 4 < 2 && std::isnan(value)) ? -0.0f : value);
             }
         }
-        GuardedBuffer scratch(scratchBytes(width, height));
-        ASSERT_EQ(member<float>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), norm,
-                                          scratch.data()),
-                  StatusOk);
-        EXPECT_TRUE(marker.paddingIntact());
-        if (withNan) {
-            continue;
-        }
-        const auto want = plainReconstruction(images.mask, images.marker, width, height, rises, norm == NormInf);
-        for (std::int64_t i = 0; i < width * height; ++i) { // -0.0 equals 0.0
-            ASSERT_EQ(marker.at(i % width, i / width), want[static_cast<std::size_t>(i)]) << "pixel " << i;
-        }
+        expectReconstruction(images, 61, 40, round % 2 == 0, round % 3 == 0 ? NormL1 : NormInf, round);
     }
 }
 
@@ -315,6 +266,10 @@ template <class T> void checkStatuses() {
             },
             [&] { return dst.bytes(); });
     }
+    const auto mask = src.bytes(); // is its own result
+    EXPECT_EQ(member<T>.rising(src.data(), src.step(), src.data(), src.step(), src.roi(), NormL1, scratch.data()),
+              StatusOk);
+    EXPECT_EQ(src.bytes(), mask);
     std::int32_t size = 0;
     EXPECT_EQ(member<T>.size({640, 480}, &size), StatusOk);
     EXPECT_EQ(size, scratchBytes(640, 480));

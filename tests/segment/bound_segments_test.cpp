@@ -64,15 +64,6 @@ TEST(BoundSegments, Definition8u) { checkLabels<std::uint8_t>(); }
 TEST(BoundSegments, Definition16u) { checkLabels<std::uint16_t>(); }
 TEST(BoundSegments, Definition32s) { checkLabels<std::int32_t>(); }
 
-// Two labels that touch at a corner only: the diagonal contact is a bound of eight neighbours.
-TEST(BoundSegments, OutlineOnTheUpperLeft) {
-    std::vector<std::uint8_t> square{1, 1, 1, 1, 2, 2, 1, 2, 2}, diagonal = square;
-    EXPECT_EQ(rvxiBoundSegments_8u_C1IR(square.data(), 3, {3, 3}, 0, NormL1), StatusOk);
-    EXPECT_EQ(square, (std::vector<std::uint8_t>{1, 0, 0, 0, 2, 2, 0, 2, 2}));
-    EXPECT_EQ(rvxiBoundSegments_8u_C1IR(diagonal.data(), 3, {3, 3}, 0, NormInf), StatusOk);
-    EXPECT_EQ(diagonal, (std::vector<std::uint8_t>{0, 0, 0, 0, 0, 2, 0, 2, 2}));
-}
-
 template <class T> struct Call {
     T *srcDst;
     std::int32_t step;

@@ -112,12 +112,9 @@ template <class T> void checkContents() {
     }
     for (const Shape shape : allShapes) {
         const Picture picture = draw(shape, 101, 65, rng);
-        std::vector<T> pixels;
-        for (const char set : picture.set) {
-            pixels.push_back(set != 0 ? T{9} : T{4});
-        }
-        ASSERT_NO_FATAL_FAILURE(expectSpeckles<T>(pixels, 101, 65, T{4}, 60, T{0}, ++salt));
-        ASSERT_NO_FATAL_FAILURE(expectSpeckles<T>(pixels, 101, 65, T{7}, 1, T{4}, ++salt));
+        const std::vector<T> pixels(picture.set.begin(), picture.set.end());
+        ASSERT_NO_FATAL_FAILURE(expectSpeckles<T>(pixels, 101, 65, T{0}, 60, T{0}, ++salt));
+        ASSERT_NO_FATAL_FAILURE(expectSpeckles<T>(pixels, 101, 65, T{7}, 1, T{0}, ++salt));
     }
 }
 
@@ -133,13 +130,6 @@ TEST(MarkSpeckles, EndsOfTheRanges) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     expectSpeckles<float>({infinity, infinity, 1, 2}, 4, 1, 0.0f, 1, infinity, 0);
     expectSpeckles<float>({infinity, 3, 1, 2}, 4, 1, infinity, 3, infinity, 0);
-    // A slow ramp is one component although its ends differ.
-    std::vector<std::uint8_t> ramp(256);
-    for (std::size_t i = 0; i < ramp.size(); ++i) {
-        ramp[i] = static_cast<std::uint8_t>(i);
-    }
-    expectSpeckles<std::uint8_t>(ramp, 256, 1, 255, 254, 1, 0);
-    expectSpeckles<std::uint8_t>(ramp, 1, 256, 255, 255, 1, 0);
 }
 
 template <class T> struct Call {
