@@ -25,14 +25,8 @@ template <> const Member<float> member<float>{rvxiMarkSpeckles_32f_C1IR, rvxiMar
 std::int64_t scratchBytes(std::int64_t width, std::int64_t height) { return 4 * width * height + 16 * width + 64; }
 
 template <class T> bool joins(T a, T b, T newVal, T maxDiff) {
-    if (a == newVal || b == newVal) {
-        return false;
-    }
-    if constexpr (std::is_same_v<T, float>) {
-        return std::abs(a - b) <= maxDiff;
-    } else {
-        return std::abs(std::int64_t{a} - b) <= maxDiff;
-    }
+    using Exact = std::conditional_t<std::is_same_v<T, float>, float, std::int64_t>;
+    return a != newVal && b != newVal && std::abs(Exact{a} - Exact{b}) <= Exact{maxDiff};
 }
 
 template <class T>
@@ -95,9 +89,10 @@ template <class T> void checkContents() {
             pixels.push_back(uniform(rng, 0, 2) != 0 && i > 0 ? pixels.back() : value == T{0} ? T{0} : value);
         }
         const std::int32_t sizes[] = {0, 1, 2, 5, 30, INT32_MAX};
-        const T diffs[] = {T{0}, T{1}, static_cast<T>(std::is_same_v<T, float> ? 700 : 90),
-                           std::numeric_limits<T>::max()};
-        const T newVals[] = {T{0}, T{2}, std::numeric_limits<T>::max(), pixels[pixels.size() / 2]};
+        using Limits = std::numeric_limits<T>;
+        const T highest = Limits::has_infinity ? Limits::infinity() : Limits::max();
+        const T diffs[] = {T{0}, T{1}, static_cast<T>(std::is_same_v<T, float> ? 700 : 90), highest};
+        const T newVals[] = {T{0}, T{2}, highest, pixels[pixels.size() / 2]};
         expectSpeckles<T>(pixels, width, height, newVals[uniform(rng, 0, 3)], sizes[salt % 6], diffs[salt % 4], salt);
         ++salt;
     };
@@ -122,15 +117,6 @@ TEST(MarkSpeckles, Contents8u) { checkContents<std::uint8_t>(); }
 TEST(MarkSpeckles, Contents16u) { checkContents<std::uint16_t>(); }
 TEST(MarkSpeckles, Contents16s) { checkContents<std::int16_t>(); }
 TEST(MarkSpeckles, Contents32f) { checkContents<float>(); }
-
-TEST(MarkSpeckles, EndsOfTheRanges) {
-    const std::int16_t ends[] = {-32768, 32767, -1, 0};
-    expectSpeckles<std::int16_t>({ends, ends + 4}, 2, 2, 5, 1, 32767, 0);
-    expectSpeckles<std::int16_t>({ends, ends + 4}, 2, 2, -32768, 2, 1, 0);
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    expectSpeckles<float>({infinity, infinity, 1, 2}, 4, 1, 0.0f, 1, infinity, 0);
-    expectSpeckles<float>({infinity, 3, 1, 2}, 4, 1, infinity, 3, infinity, 0);
-}
 
 template <class T> struct Call {
     T *srcDst;
