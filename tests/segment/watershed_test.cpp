@@ -418,7 +418,9 @@ template <class M> void checkCrowdedLists() {
             const std::int64_t x = static_cast<std::int64_t>(p) % width, row = static_cast<std::int64_t>(p) / width;
             const bool seed = row % 2 == 0, other = noise != 0 && !seed && uniform(rng, 0, 3) == 0;
             markers[p] = seed ? static_cast<std::int32_t>(p + 1) : 0;
-            const std::int64_t value = other ? uniform(rng, 0, 255) : seed ? 255 - row / 2 % 70 * 3 - x : 0;
+            const std::int64_t value = other  ? uniform(rng, 0, 255)
+                                       : seed ? 255 - row / 2 % 60 * 3 - row / 120 * 2 - x
+                                              : 0;
             for (std::size_t c = 0; c < channels; ++c) {
                 picture.values[p * channels + c] = static_cast<int>(value);
             }
