@@ -13,7 +13,7 @@
 #include "frame/api.h"
 
 #include "kernel/checks.h"
-#include "morph/level_lists.h"
+#include "morph/growth_queue.h"
 #include "morph/reconstruct_rows.h"
 
 namespace rvxcv {
@@ -155,7 +155,7 @@ private:
     Node pixels_;
     Numbering numbering_;
     std::uint8_t *seeds_;
-    LevelLists<sizeof(T)> lists_;
+    GrowthQueue<sizeof(T)> lists_;
 };
 
 template <class G, bool eight>

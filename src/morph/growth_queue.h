@@ -1,8 +1,8 @@
-// Lists by level, taken from the highest level downwards: a queue for growth that never rises above the level it stands
-// at. A node is a number with a link; its key is an unsigned integer of `digits` bytes. Keys that share all higher
-// bytes with the current one are told apart by their lowest byte, others by the highest byte in which they differ from
-// it; when the lists of a byte are used up, the highest list of the next byte is dealt out to them. So a node moves at
-// most `digits` times, whatever the keys are.
+// A queue for growth that never rises above the level it stands at: lists by level, taken from the highest level
+// downwards. A node is a number with a link; its key is an unsigned integer of `digits` bytes. Keys that share all
+// higher bytes with the current one are told apart by their lowest byte, others by the highest byte in which they differ
+// from it; when the lists of a byte are used up, the highest list of the next byte is dealt out to them. So a node moves
+// at most `digits` times, whatever the keys are.
 #pragma once
 
 #include "kernel/base.h"
@@ -11,11 +11,11 @@
 
 namespace rvxcv {
 
-template <int digits> class LevelLists {
+template <int digits> class GrowthQueue {
 public:
     using Node = std::uint32_t;
 
-    explicit LevelLists(Node *links) : links_(links) {}
+    explicit GrowthQueue(Node *links) : links_(links) {}
 
     std::uint32_t current() const { return current_; }
 
