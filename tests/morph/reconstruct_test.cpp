@@ -67,11 +67,13 @@ std::vector<T> plainReconstruction(const std::vector<T> &mask, std::vector<T> ma
 }
 
 enum class Pair {
-    noise,    // both the whole range
-    plateaus, // few values: ties and growth over distances
-    corridors // rough paths of any width that wind between walls, seeds of all levels along them
+    noise,     // both the whole range
+    plateaus,  // few values: ties and growth over distances
+    domes,     // the mask less a constant
+    corridors, // rough paths of any width that wind between walls, seeds of all levels along them
+    seeds      // single high pixels in a rough mask
 };
-constexpr Pair allPairs[] = {Pair::noise, Pair::plateaus, Pair::corridors};
+constexpr Pair allPairs[] = {Pair::noise, Pair::plateaus, Pair::domes, Pair::corridors, Pair::seeds};
 
 template <class T> struct Images { std::vector<T> mask, marker; };
 
@@ -90,6 +92,7 @@ template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_
     const std::int64_t scale = large ? 9 : uniform(rng, 1, 4);
     const Picture corridor = draw(Shape::spiral, width / scale + 1, height / scale + 1, rng);
     Images<T> images;
+    std::int64_t wave = 500;
     for (std::int64_t i = 0; i < width * height; ++i) {
         std::int64_t mask = uniform(rng, 0, 1000), marker = uniform(rng, 0, 1000);
         switch (pair) {
@@ -97,9 +100,18 @@ template <class T> Images<T> drawPair(Pair pair, std::int64_t width, std::int64_
             mask = mask / 300 * 300;
             marker = marker > 950 ? 600 : 0;
             break;
+        case Pair::domes:
+            wave = std::clamp<std::int64_t>(wave + uniform(rng, -40, 40), 0, 1000);
+            mask = wave;
+            marker = std::max<std::int64_t>(wave - 100, 0);
+            break;
         case Pair::corridors:
             mask = corridor.at(i % width / scale, i / width / scale) ? 200 + mask * 4 / 5 : 0;
             marker = large ? (uniform(rng, 0, 1999) == 0 ? marker * 3 / 5 : 0) : marker > 970 ? mask : 0;
+            break;
+        case Pair::seeds:
+            mask = 500 + mask / 2;
+            marker = marker > 980 ? marker : marker / 4;
             break;
         default:
             break;
@@ -166,6 +178,7 @@ template <class T> void checkPairs() {
         ASSERT_NO_FATAL_FAILURE(run(77, 61, pair));
     }
     ASSERT_NO_FATAL_FAILURE(run(301, 203, Pair::corridors));
+    ASSERT_NO_FATAL_FAILURE(run(301, 203, Pair::domes));
 }
 
 TEST(MorphReconstruct, Definition8u) { checkPairs<std::uint8_t>(); }
