@@ -49,12 +49,10 @@ struct Store16s {
     using Element = std::int16_t;
     static constexpr bool truncatesLast = false;
 
-    template <int rows> RVX_INLINE void store(std::int16_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
-        for (int k = 0; k < rows; ++k) {
-            const I16x16 low = pairsInLaneLow(sums[k][0], sums[k][1]), high = pairsInLaneHigh(sums[k][0], sums[k][1]);
-            rvxcv::store(dst[k], lowThenLow(low, high));
-            rvxcv::store(dst[k] + 16, highThenHigh(low, high));
-        }
+    RVX_INLINE void store(std::int16_t *dst, const I16x16 (&sums)[2]) const {
+        const I16x16 low = pairsInLaneLow(sums[0], sums[1]), high = pairsInLaneHigh(sums[0], sums[1]);
+        rvxcv::store(dst, lowThenLow(low, high));
+        rvxcv::store(dst + 16, highThenHigh(low, high));
     }
 };
 
@@ -121,12 +119,10 @@ private:
 template <Division8s::Method method> struct StoreQuotients8s {
     Division8s division;
 
-    template <int rows> RVX_INLINE void store(std::int8_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
-        for (int k = 0; k < rows; ++k) {
-            const I8x32 bytes = narrowSignedInLane(division.template quotient<method>(sums[k][0]),
-                                                   division.template quotient<method>(sums[k][1]));
-            rvxcv::store(dst[k], reorderedInHalves<0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15>(bytes));
-        }
+    RVX_INLINE void store(std::int8_t *dst, const I16x16 (&sums)[2]) const {
+        const I8x32 bytes = narrowSignedInLane(division.template quotient<method>(sums[0]),
+                                               division.template quotient<method>(sums[1]));
+        rvxcv::store(dst, reorderedInHalves<0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15>(bytes));
     }
 };
 
@@ -186,11 +182,9 @@ template <int area> struct StoreMean8u {
     using Element = std::uint8_t;
     static constexpr bool truncatesLast = false;
 
-    template <int rows> RVX_INLINE void store(std::uint8_t *const (&dst)[rows], const I16x16 (&sums)[rows][2]) const {
-        for (int k = 0; k < rows; ++k) {
-            const I16x16 even = RoundedMean<area>::of(sums[k][0]), odd = RoundedMean<area>::of(sums[k][1]);
-            rvxcv::store(dst[k], U8x32{{bitOr(even, shiftLeft<8>(odd)).v}}); // means are bytes
-        }
+    RVX_INLINE void store(std::uint8_t *dst, const I16x16 (&sums)[2]) const {
+        const I16x16 even = RoundedMean<area>::of(sums[0]), odd = RoundedMean<area>::of(sums[1]);
+        rvxcv::store(dst, U8x32{{bitOr(even, shiftLeft<8>(odd)).v}}); // means are bytes
     }
 };
 
@@ -198,11 +192,9 @@ template <int parts> struct Store32f {
     using Element = float;
     static constexpr bool truncatesLast = false;
 
-    template <int rows> RVX_INLINE void store(float *const (&dst)[rows], const F32x8 (&sums)[rows][parts]) const {
-        for (int k = 0; k < rows; ++k) {
-            for (int i = 0; i < parts; ++i) {
-                rvxcv::store(dst[k] + 8 * i, sums[k][i]);
-            }
+    RVX_INLINE void store(float *dst, const F32x8 (&sums)[parts]) const {
+        for (int i = 0; i < parts; ++i) {
+            rvxcv::store(dst + 8 * i, sums[i]);
         }
     }
 };
@@ -229,8 +221,12 @@ template <const auto &kernel, int first> RVX_INLINE I16x16 plusBytePair(I16x16 s
 // Sums along a row of bytes: neighbouring bytes are multiplied and added at once. From byte 2 * j - reach on, the pairs
 // lie under the taps 2 * j and 2 * j + 1 of an even column and under the taps 2 * j - 1 and 2 * j of the odd one.
 template <const auto &kernel> RVX_INLINE void sumAlong(const std::uint8_t *row, I16x16 (&sums)[2]) {
+    const auto bytesAt = [&](int i) {
+        const U8x32 bytes = load<U8x32>(row + i - kernel.reach);
+        return kernel.taps == 3 ? inRegister(bytes) : bytes; // longer kernels are short of registers
+    };
     [&]<int... j>(std::integer_sequence<int, j...>) {
-        const U8x32 bytes[] = {load<U8x32>(row + 2 * j - kernel.reach)...};
+        const U8x32 bytes[] = {bytesAt(2 * j)...};
         I16x16 even = splat(std::int16_t{0}), odd = even;
         ((even = plusBytePair<kernel, 2 * j>(even, bytes[j])), ...);
         ((odd = plusBytePair<kernel, 2 * j - 1>(odd, bytes[j])), ...);

@@ -13,11 +13,11 @@
 //     static void along(const Pixel *row, V (&sums)[planes][parts]);       reads taps / 2 pixels to both sides, no more
 //     template <class At> static V down(const At &at);                     at(plane, i): the row i below the first
 //
-// and a sink takes the results of a block:
+// and a sink takes the results of a row in a block:
 //
 //     using Element;
 //     static constexpr bool truncatesLast;
-//     template <int rows> void store(Element *const (&dst)[rows], const V (&results)[rows][parts]) const;
+//     void store(Element *dst, const V (&results)[parts]) const;
 //
 // One that truncates a row's last width % 16 pixels has, in the place of store, `withMethod` and `withTruncation`,
 // which call a function with such a sink for the other pixels and for those.
@@ -179,9 +179,7 @@ private:
                 to[k] = dst[k] + x;
                 prefetch(byteOffset(to[k], nextRows)); // a store waits for its line as long as a load does
             }
-            V sums[rows][parts];
-            sumBlock(from, ring, index, sums);
-            sink.store(to, sums);
+            filterBlock(from, ring, index, to, sink);
         });
     }
 
@@ -206,29 +204,29 @@ private:
             from[k] = patches[k].row();
             to[k] = isWhole ? dst[k] + edge.x : results[k];
         }
-        V sums[rows][parts];
-        sumBlock(from, ring_, e, sums);
-        withSink(e == 2, [&](const auto &sink) { sink.store(to, sums); });
+        withSink(e == 2, [&](const auto &sink) { filterBlock(from, ring_, e, to, sink); });
         for (int k = 0; k < rows && !isWhole; ++k) {
             std::memcpy(static_cast<void *>(dst[k] + edge.x), results[k],
                         static_cast<std::size_t>(edge.pixels) * sizeof(Element));
         }
     }
 
-    // One block. The rows of the ring make room for the newest ones.
-    static RVX_INLINE void sumBlock(const Pixel *const (&source)[rows], Sums *const (&ring)[taps - 1],
-                                    std::int64_t index, V (&results)[rows][parts]) {
+    // One block, a row after the other, so that few sums are needed at a time. The rows of the ring make room for the
+    // newest ones.
+    template <class AnySink>
+    static RVX_INLINE void filterBlock(const Pixel *const (&source)[rows], Sums *const (&ring)[taps - 1],
+                                       std::int64_t index, Element *const (&dst)[rows], const AnySink &sink) {
         Sums window[taps - 1 + rows];
         for (int i = 0; i < taps - 1; ++i) {
             window[i] = ring[i][index];
         }
         for (int k = 0; k < rows; ++k) {
             Filter::along(source[k], window[taps - 1 + k].v);
-        }
-        for (int k = 0; k < rows; ++k) {
+            V results[parts];
             for (int part = 0; part < parts; ++part) {
-                results[k][part] = Filter::down([&](int plane, int i) { return window[k + i].v[plane][part]; });
+                results[part] = Filter::down([&](int plane, int i) { return window[k + i].v[plane][part]; });
             }
+            sink.store(dst[k], results);
         }
         for (int i = 0; i < taps - 1; ++i) {
             ring[i][index] = window[rows + i];
