@@ -156,7 +156,7 @@ template <class M> void compareAll(const std::vector<std::int64_t> &widths, cons
     for (const std::int64_t width : widths) {
         for (const std::int64_t k : kernels) {
             const std::int64_t anchors[] = {0, k / 2, k - 1, uniform(rng, 0, k - 1)};
-            const Geometry g{width, uniform(rng, 1, 3), k, anchors[uniform(rng, 0, 3)],
+            const Geometry g{width, uniform(rng, 1, 9), k, anchors[uniform(rng, 0, 3)],
                              borders[uniform(rng, 0, std::ssize(borders) - 1)]};
             const Contents contents = allContents[uniform(rng, 0, std::ssize(allContents) - 1)];
             SCOPED_TRACE(testing::Message() << "width " << width << ", " << k << " taps, anchor " << g.anchor
