@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <cstdio>
 
 namespace tools {
@@ -12,7 +13,7 @@ template <class T> CLI::Validator within(T low, T high) {
     CLI::Validator validator(range.get_description());
     validator.operation([range](std::string &text) {
         T value;
-        const bool number = CLI::detail::lexical_cast(text, value) && value == value;
+        const bool number = CLI::detail::lexical_cast(text, value) && !std::isnan(static_cast<double>(value));
         return number ? range(text) : "Value " + text + " is not a number";
     });
     return validator;

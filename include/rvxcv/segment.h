@@ -331,16 +331,16 @@ StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_
 
 /* Divide a picture among markers: touching cells, objects from a few strokes, the regions of a depth map.
  *
- * srcDst holds the markers and becomes the segmentation. A value above 0 is a seed with that label and a value below 0 a
- * wall, which is never flooded and floods nothing; both are kept. 0 is a free pixel. norm says which pixels are
+ * srcDst holds the markers and becomes the segmentation. A value above 0 is a seed with that label and a value below 0
+ * a wall, which is never flooded and floods nothing; both are kept. 0 is a free pixel. norm says which pixels are
  * neighbours: NormInf the eight around a pixel, NormL1 the four beside it; N(p) are those inside the region, rows from
  * the top, each from the left. With SegmentNoLines every free pixel that a seed reaches gets a label; with SegmentLines
  * pixels where two labels meet stay 0 and separate the regions by a line of one pixel. A pixel that nothing reaches
  * stays 0. Equal arguments give equal labels, ties included, since pixels of a level wait in a first-in first-out list.
  *
- * Watershed floods a relief that the caller made: a gradient, an inverted distance (F. Meyer, Un algorithme optimal pour
- * la ligne de partage des eaux, 1991). The level of the water, cur, begins at 0 and never falls; relief values count by
- * their order alone:
+ * Watershed floods a relief that the caller made: a gradient, an inverted distance (F. Meyer, Un algorithme optimal
+ * pour la ligne de partage des eaux, 1991). The level of the water, cur, begins at 0 and never falls; relief values
+ * count by their order alone:
  *
  *     visit p:  for q in N(p), q free and not listed:  without lines label(q) = label(p);
  *                                                      append q to list max(relief(q), cur)

@@ -1,8 +1,8 @@
 // A queue for growth that never rises above the level it stands at: lists by level, taken from the highest level
 // downwards. A node is a number with a link; its key is an unsigned integer of `digits` bytes. Keys that share all
-// higher bytes with the current one are told apart by their lowest byte, others by the highest byte in which they differ
-// from it; when the lists of a byte are used up, the highest list of the next byte is dealt out to them. So a node moves
-// at most `digits` times, whatever the keys are.
+// higher bytes with the current one are told apart by their lowest byte, others by the highest byte in which they
+// differ from it; when the lists of a byte are used up, the highest list of the next byte is dealt out to them. So a
+// node moves at most `digits` times, whatever the keys are.
 #pragma once
 
 #include "kernel/base.h"

@@ -23,16 +23,16 @@ public:
             while ((reach + 1) * (reach + 1) + dy * dy <= radius_ * radius_) {
                 ++reach;
             }
-            const auto row = static_cast<std::size_t>(dy + radius_);
-            firstVector_[row] = static_cast<std::int8_t>((radius_ - reach) / 8);
-            lastVector_[row] = static_cast<std::int8_t>((radius_ + reach) / 8);
+            const int row = dy + radius_;
+            firstVector_[row] = static_cast<std::uint8_t>((radius_ - reach) / 8);
+            lastVector_[row] = static_cast<std::uint8_t>((radius_ + reach) / 8);
             for (int x = 0; x < stride_; x += 8) {
                 const I32x8 dx = add(laneNumbers(), splat(x - radius_));
                 const I32x8 squared = add(mulLow(dx, dx), splat(dy * dy));
                 const Mask32x8 inside =
                     both(greater(squared, splat(0)), greater(splat(radius_ * radius_ + 1), squared));
                 const F64x8 distance = toF64(squared);
-                const std::int64_t place = static_cast<std::int64_t>(row) * stride_ + x;
+                const std::int64_t place = std::int64_t{row} * stride_ + x;
                 store(nearness_ + place, select(inside, toF32(div(one, sqrt(distance))), splat(-1.0f)));
                 store(squaredNearness_ + place, select(inside, toF32(div(one, distance)), splat(1.0f)));
             }
@@ -43,7 +43,7 @@ public:
     template <class Function> RVX_INLINE void forEachVector(const Function &function) const {
         std::int64_t place = 0;
         for (int dy = -radius_; dy <= radius_; ++dy, place += stride_) {
-            const auto row = static_cast<std::size_t>(dy + radius_);
+            const int row = dy + radius_;
             for (int i = firstVector_[row]; i <= lastVector_[row]; ++i) {
                 function(dy, 8 * i, place + 8 * i);
             }
@@ -57,7 +57,7 @@ public:
 private:
     int radius_, stride_;
     float *nearness_, *squaredNearness_, *toCentre_;
-    std::int8_t firstVector_[201], lastVector_[201];
+    std::uint8_t firstVector_[201], lastVector_[201];
 };
 
 // One channel's values and gradients.
