@@ -233,6 +233,30 @@ TEST(Inpaint, RestoresRampsAndKeepsSigns) {
     EXPECT_TRUE(sameValue(withoutDisc(0, InpaintMarch, tiny).at(40, 40), -0.0f));
 }
 
+// Every pixel of the hole is nearly the mean of its neighbours. Known pixels that stand alone in it take longest.
+TEST(Inpaint, DiffusionEndsAtMeans) {
+    Rng rng = makeRng("membrane");
+    for (const bool alone : {false, true}) {
+        Picture hole{70, 50, std::vector<char>(70 * 50)};
+        GuardedImage<float> src(70, 50);
+        for (std::int64_t i = 0; i < 70 * 50; ++i) {
+            const std::int64_t x = i % 70, y = i / 70;
+            const bool missing = std::hypot(x - 35, y - 25) < 20 && !(alone && x % 7 == 0 && y % 7 == 0);
+            hole.set[static_cast<std::size_t>(i)] = missing ? 1 : 0;
+            src.set(x, y, static_cast<float>(uniform(rng, 0, 255)));
+        }
+        const GuardedImage<float> out = inpainted(src, hole, 5, InpaintDiffusion);
+        for (std::int64_t i = 0; i < 70 * 50; ++i) {
+            const std::int64_t x = i % 70, y = i / 70;
+            if (hole.set[static_cast<std::size_t>(i)] != 0) {
+                const float mean = (out.at(x - 1, y) + out.at(x + 1, y) + out.at(x, y - 1) + out.at(x, y + 1)) / 4;
+                ASSERT_NEAR(out.at(x, y), mean, alone ? 0.03 : 0.002) << x << ", " << y;
+                ASSERT_TRUE(out.at(x, y) > -0.01f && out.at(x, y) < 255.01f);
+            }
+        }
+    }
+}
+
 template <class T, class Member> void expectStatuses(Member member, std::int64_t channels) {
     using C = MarchCall<T>;
     const std::int64_t rowBytes = 9 * channels * static_cast<std::int64_t>(sizeof(T));
