@@ -33,11 +33,11 @@ public:
     }
 
     template <class Take> void forGroups(std::int64_t first, std::int64_t last, const Take &take) const {
-        Place places[mostPlaces];
+        PixelOffset places[mostPlaces];
         int count = 0;
         const auto flush = [&] {
             withConstant<mostPlaces>(count, [&]<int fixed>(std::integral_constant<int, fixed>) {
-                Place group[fixed];
+                PixelOffset group[fixed];
                 std::copy_n(places, fixed, group);
                 take(group, PlainTerms<fixed>{});
             });

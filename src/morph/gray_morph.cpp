@@ -133,7 +133,7 @@ public:
     explicit ChangedGroups(const Take &take) : take_(take) {}
 
     // At most eight places.
-    void add(const Place *places, int count, Vec<T> by) {
+    void add(const PixelOffset *places, int count, Vec<T> by) {
         if (count == mostPlaces) {
             emit<mostPlaces, mostPlaces>(places, &by);
             return;
@@ -157,15 +157,15 @@ public:
     }
 
 private:
-    template <int count, int same> void emit(const Place *places, const Vec<T> *by) const {
-        Place group[count];
+    template <int count, int same> void emit(const PixelOffset *places, const Vec<T> *by) const {
+        PixelOffset group[count];
         ChangedTerms<T, Change, count, same> terms;
         std::copy_n(places, count, group);
         std::copy_n(by, count / same, terms.by);
         take_(group, terms);
     }
     // 2^level places that have a value in common wait until they are eight.
-    template <int level> void wait(const Place *places, Vec<T> by) {
+    template <int level> void wait(const PixelOffset *places, Vec<T> by) {
         constexpr int same = 1 << level;
         std::copy_n(places, same, places_[level] + same * count_[level]);
         by_[level][count_[level]++] = by;
@@ -181,7 +181,7 @@ private:
     }
 
     const Take &take_;
-    Place places_[3][mostPlaces];
+    PixelOffset places_[3][mostPlaces];
     Vec<T> by_[3][mostPlaces];
     int count_[3] = {};
 };
@@ -235,7 +235,7 @@ private:
     template <class Change, class Take, class Changes>
     void forChanged(std::int64_t first, std::int64_t last, const Take &take, const Changes &changes) const {
         ChangedGroups<T, Change, Take> groups(take);
-        Place equal[mostPlaces];
+        PixelOffset equal[mostPlaces];
         int count = 0;
         Value by = 0;
         const auto pass = [&] { groups.add(equal, std::exchange(count, 0), GrayPixel<T>::operand(by)); };

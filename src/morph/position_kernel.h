@@ -20,7 +20,7 @@
 namespace rvxcv {
 
 // A position relative to the output pixel.
-struct Place {
+struct PixelOffset {
     std::int64_t x, y;
 };
 
@@ -175,7 +175,7 @@ private:
 
     // From element `begin` to `end` of the rows, and what lies before and behind these in a first and a last vector.
     template <class Terms, int count>
-    void rowsInPlace(const Place (&places)[count], const Terms &terms, const T *const *rows, const Ends *ends,
+    void rowsInPlace(const PixelOffset (&places)[count], const Terms &terms, const T *const *rows, const Ends *ends,
                      std::int64_t y0, std::int64_t rowCount, std::int64_t begin, std::int64_t end, bool proceed) const {
         const bool atLeft = begin == V::lanes && !task_.border.left;
         const bool atRight = end == task_.roi.width * task_.channels - V::lanes && !task_.border.right;
@@ -250,7 +250,8 @@ private:
                     });
                     proceedHere = proceed;
                     positions_.forGroups(
-                        first, last, [&]<class Terms, int fixed>(const Place(&places)[fixed], const Terms &terms) {
+                        first, last,
+                        [&]<class Terms, int fixed>(const PixelOffset(&places)[fixed], const Terms &terms) {
                             PositionRow<T, Op, Terms, fixed, true> row{terms, {}, nullptr, proceedHere};
                             for (std::int64_t k = 0; k < count; ++k) {
                                 row.dst = task_.dst.row(y0 + k) + x0 * task_.channels;

@@ -41,8 +41,8 @@ public:
           rule_(rule) {}
 
     StatusCode intersection(Point2i *min, Point2i *max) const {
-        const Interval columns = x_.inside(dstRoi_.width, srcRoi_.width);
-        const Interval rows = y_.inside(dstRoi_.height, srcRoi_.height);
+        const IndexRange columns = x_.inside(dstRoi_.width, srcRoi_.width);
+        const IndexRange rows = y_.inside(dstRoi_.height, srcRoi_.height);
         if (columns.empty() || rows.empty()) {
             return StatusError;
         }
@@ -63,7 +63,7 @@ private:
     // Of a patch's columns or rows: those that are samples of the first pixel alone, those with neighbours in the
     // image, those of the last pixel.
     struct Parts {
-        Interval before, inside, behind;
+        IndexRange before, inside, behind;
     };
     static Parts partsOf(SubpixAxis axis, std::int64_t size, std::int64_t length) {
         const std::int64_t next = axis.readsNext() ? 1 : 0;
@@ -73,7 +73,7 @@ private:
     }
 
     // Rows of the patch; the first of them is sampled at row j of the source and, `step` bytes on, at the one below it.
-    void acrossAllColumns(Interval rows, std::int64_t j, std::int64_t step) const {
+    void acrossAllColumns(IndexRange rows, std::int64_t j, std::int64_t step) const {
         if (rows.empty()) {
             return;
         }
@@ -95,7 +95,7 @@ private:
     };
     // Every column has the sample between a pixel of the edge and the same one again, by the formula: it is no number
     // where that is infinite.
-    void fillColumns(Interval columns, Interval rows, const S *edge, std::int64_t step) const {
+    void fillColumns(IndexRange columns, IndexRange rows, const S *edge, std::int64_t step) const {
         if (columns.empty()) {
             return;
         }
@@ -115,7 +115,7 @@ private:
     }
 
     // Columns inside the image.
-    void sampleRows(Interval columns, Interval rows, std::int64_t j, std::int64_t step) const {
+    void sampleRows(IndexRange columns, IndexRange rows, std::int64_t j, std::int64_t step) const {
         const Plane<const S> src{src_.row(j) + x_.index + columns.first, step};
         const Plane<D> dst{dst_.row(rows.first) + columns.first, dst_.step};
         samplePatch(src, dst, columns.count(), rows.count(), x_.fraction, y_.fraction, rule_);

@@ -20,7 +20,7 @@ namespace rvxcv {
 
 // A part of the window, and the sums over it.
 struct WindowPart {
-    Interval columns, rows;
+    IndexRange columns, rows;
 
     bool empty() const { return columns.empty() || rows.empty(); }
     std::int64_t pixels() const { return columns.count() * rows.count(); }
@@ -137,7 +137,7 @@ namespace detail {
 template <class T>
 void gatherReplicated(const FlowWindow &window, const LevelImage<T> &image, std::int64_t x, std::int64_t y) {
     const std::int64_t side = window.size + 3, width = image.roi.width, height = image.roi.height;
-    const Interval columns{std::max<std::int64_t>(-x, 0), std::min(side, width - x) - 1}; // of the image
+    const IndexRange columns{std::max<std::int64_t>(-x, 0), std::min(side, width - x) - 1}; // of the image
     for (std::int64_t j = 0; j < side; ++j) {
         const T *const row = image.at(x, std::clamp<std::int64_t>(y + j, 0, height - 1));
         float *const out = window.source + j * side;

@@ -20,13 +20,15 @@
 namespace rvxcv {
 
 // First and last index of a part; none when last < first.
-struct Interval {
+struct IndexRange {
     std::int64_t first, last;
 
     bool empty() const { return last < first; }
     std::int64_t count() const { return last - first + 1; }
-    Interval intersected(Interval other) const { return {std::max(first, other.first), std::min(last, other.last)}; }
-    bool operator==(const Interval &) const = default;
+    IndexRange intersected(IndexRange other) const {
+        return {std::max(first, other.first), std::min(last, other.last)};
+    }
+    bool operator==(const IndexRange &) const = default;
 };
 
 // A patch's position along one axis: of its first sample, in pixels.
@@ -37,7 +39,7 @@ struct SubpixAxis {
     bool readsNext() const { return fraction > 0.0f; }
 
     // The samples of a patch of `size` whose pixels are all among the image's 0..length - 1.
-    Interval inside(std::int64_t size, std::int64_t length) const {
+    IndexRange inside(std::int64_t size, std::int64_t length) const {
         const std::int64_t end = length - (readsNext() ? 1 : 0);
         return {std::max<std::int64_t>(-index, 0), std::min(size, end - index) - 1};
     }
