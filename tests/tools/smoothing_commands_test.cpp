@@ -35,6 +35,7 @@ std::vector<double> gaussian(int size, double sigma) {
     return kernel;
 }
 
+// What becomes of a bright pixel is the kernel itself.
 TEST(BlurCommand, IsAGaussianOfSigmaAndSize) {
     const program::Folder folder;
     struct Case {
@@ -42,32 +43,21 @@ TEST(BlurCommand, IsAGaussianOfSigmaAndSize) {
         double sigma;
         int size;
     };
-    const Case cases[] = {{"--sigma 1.2", 1.2, 9}, {"--sigma 4 --size 5", 4, 5}, {"--sigma 2.1", 2.1, 15}};
-    for (const int channels : {1, 3}) {
-        const Image photo = pattern(37, 21, channels, 3);
+    for (const Case &c : {Case{"--sigma 1.2", 1.2, 9}, {"--sigma 4 --size 5", 4, 5}, {"--sigma 2.1", 2.1, 15}}) {
+        Image photo(37, 21, 3);
+        photo.pixel(18, 10)[1] = 255;
         writeImage(folder / "a.png", photo);
-        for (const Case &c : cases) {
-            const auto result = run("blur " + folder / "a.png" + " -o " + folder / "out.png " + c.options);
-            ASSERT_EQ(result.exitCode, 0) << result.output;
-            const Image out = readImage(folder / "out.png");
-            ASSERT_EQ(out.channels, channels);
-            const std::vector<double> kernel = gaussian(c.size, c.sigma);
-            const int half = c.size / 2;
-            for (int y = 0; y < 21; ++y) {
-                for (int x = 0; x < 37; ++x) {
-                    for (int channel = 0; channel < channels; ++channel) {
-                        double want = 0;
-                        for (int v = -half; v <= half; ++v) {
-                            for (int u = -half; u <= half; ++u) {
-                                want += kernel[static_cast<std::size_t>(half + v)] *
-                                        kernel[static_cast<std::size_t>(half + u)] * at(photo, x + u, y + v, channel);
-                            }
-                        }
-                        // Coefficients are rounded to 1/4096, and so are the rows between the two stages.
-                        ASSERT_NEAR(at(out, x, y, channel), want, 2) << c.options << " at " << x << "," << y;
-                    }
-                }
-            }
+        ASSERT_EQ(run("blur " + folder / "a.png" + " -o " + folder / "out.png " + c.options).exitCode, 0);
+        const Image out = readImage(folder / "out.png");
+        const std::vector<double> kernel = gaussian(c.size, c.sigma);
+        const auto weight = [&](int offset) {
+            const int i = offset + c.size / 2;
+            return i >= 0 && i < c.size ? kernel[static_cast<std::size_t>(i)] : 0.0;
+        };
+        for (int i = 0; i < 37 * 21; ++i) {
+            const std::uint8_t *pixel = out.pixel(i % 37, i / 37);
+            ASSERT_NEAR(pixel[1], 255 * weight(i % 37 - 18) * weight(i / 37 - 10), 1) << c.options << " at " << i;
+            ASSERT_TRUE(pixel[0] == 0 && pixel[2] == 0);
         }
     }
 }

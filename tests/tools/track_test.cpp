@@ -106,47 +106,6 @@ TEST(Track, FollowsAMovingTexture) {
     EXPECT_EQ(program::readText(folder / "list.csv"), text) << "a film is the same as its pictures";
 }
 
-// Houses stand, cars drive.
-TEST(Track, FollowsTheStreet) {
-    const program::Folder folder;
-    std::string names;
-    for (int i = 0; i < 4; ++i) {
-        const std::string name = folder / ("f" + std::to_string(i) + ".png");
-        ASSERT_EQ(run("scene " + name + " --frame " + std::to_string(i)).exitCode, 0);
-        names += name + " ";
-    }
-    ASSERT_EQ(run("track " + names + "--count 800 --quality 0.001 --csv " + folder / "list.csv").exitCode, 0);
-    std::map<std::string, std::pair<int, int>> hits; // followed rightly, of all
-    for (const auto &[number, samples] : parseList(program::readText(folder / "list.csv"))) {
-        const Sample &first = samples.front(), &last = samples.back();
-        if (first.frame != 0 || last.frame == 0) {
-            continue;
-        }
-        const auto inside = [&](double left, double top, double right, double bottom) {
-            return first.x > left && first.x < right && first.y > top && first.y < bottom;
-        };
-        const int frames = last.frame;
-        const double dx = last.x - first.x, dy = last.y - first.y;
-        const auto add = [&](const char *name, double speed) {
-            auto &[right, all] = hits[name];
-            ++all;
-            right += std::hypot(dx - speed * frames, dy) < 0.3 * frames;
-        };
-        if (inside(0, 60, 310, 310)) {
-            add("houses", 0);
-        } else if (inside(70, 346, 170, 384)) {
-            add("first car", 14);
-        } else if (inside(450, 400, 590, 450)) {
-            add("second car", -20);
-        }
-    }
-    for (const char *name : {"houses", "first car", "second car"}) {
-        const auto [right, all] = hits[name];
-        EXPECT_GE(all, 3) << name;
-        EXPECT_GE(right, 0.8 * all) << name << ": " << right << " of " << all;
-    }
-}
-
 TEST(Track, NothingToFollowAndMistakes) {
     const program::Folder folder;
     tools::writeImage(folder / "flat.png", Image(40, 30, 3));
