@@ -1,4 +1,5 @@
 # shellcheck shell=bash
+# shellcheck disable=SC2034 # used by those who source this
 # What ./dev and its commands share: the packages they need and how a preset is built. Sourced with the project's folder as
 # the working directory.
 
