@@ -1,0 +1,13 @@
+"""Computer-vision primitives for 2-D images: numpy arrays in, numpy arrays out.
+
+Images have shape (height, width) or (height, width, channels); slices are images too, without a copy. Results go into
+``out`` where it is given. Layouts and types that cannot be used raise ValueError or TypeError, and what the library
+refuses raises `rvxcv.Error`. Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the
+C library under their own names.
+"""
+from . import arith, morph
+from ._array import Error, Warning
+from .arith import *
+from .morph import *
+
+__all__ = ["Error", "Warning", *arith.__all__, *morph.__all__]
