@@ -38,7 +38,8 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     margin : int or (left, top, right, bottom)
         Pixels around a tile that its result depends on: for a window of w x h pixels at its centre, w // 2 and h // 2 at least.
     tile : (height, width), optional
-        Size of the tiles; widths are rounded up to a multiple of 16. By default bands of whole rows, four to a worker.
+        Size of the tiles; widths are rounded up to a multiple of 16. By default bands of
+        whole rows, up to four to a worker.
     workers : int, optional
         Number of threads; by default the processors that this process may use.
     out : array, optional
@@ -82,8 +83,9 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     workers = workers or len(os.sched_getaffinity(0))
     if workers < 1:
         raise ValueError(f"workers must be at least 1, not {workers}")
-    bands = -(-shape[0] // (4 * workers))
-    height, width = tile or (bands, shape[1])
+    # Four bands to a worker even out what disturbs one; bands not much higher than the margin would do its rows twice.
+    bands = max(-(-shape[0] // (4 * workers)), 16 * (around[1] + around[3]))
+    height, width = tile or (min(bands, -(-shape[0] // workers)), shape[1])
     rows = lengths(shape[0], height, 1, around[1], around[3])
     columns = lengths(shape[1], width, ALIGNMENT, around[0], around[2])
     boxes = [(top, left, bottom, right) for top, bottom in _spans(rows) for left, right in _spans(columns)]

@@ -105,7 +105,7 @@ def test_an_error_in_a_tile_is_the_callers():
 
 
 @pytest.mark.parametrize("function, dtype, channels, margin", CASES)
-@pytest.mark.parametrize("chunks", [(203, 331), (50, 64), (7, 9), (66, 165)])
+@pytest.mark.parametrize("chunks", [(203, 331), (50, 64), (30, 9), (66, 165)])
 def test_dask(function, dtype, channels, margin, chunks):
     image = picture(dtype, channels)
     lazy = dask_tiles.map_tiles(function, da.from_array(image, chunks + (channels,) * (channels > 1)), margin=margin)
