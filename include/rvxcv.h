@@ -1,6 +1,7 @@
-/* rvxcv: computer-vision primitives for two-dimensional images (x86-64 with AVX2).
+/** @file
+ * rvxcv: computer-vision primitives for two-dimensional images (x86-64 with AVX2).
  *
- * Umbrella header: one header per subsystem. Compiles as C99 and as C++17, needs nothing but <stdint.h>.
+ * Umbrella header: one header per subsystem. Compiles as C99 and as C++17, needs nothing but `stdint.h`.
  *
  * Conventions shared by every function:
  *  - An image is a pointer to the first pixel of the region of interest and a row step in bytes. Sizes are pixels.

@@ -1,4 +1,5 @@
-/* Linear filters. */
+/** @file
+ * Linear filters. */
 #ifndef RVXCV_FILTER_H
 #define RVXCV_FILTER_H
 
@@ -8,9 +9,12 @@
 extern "C" {
 #endif
 
-/* -------------------------------------------------------------------------------------------- Separable pipeline */
+/** @defgroup filter Linear filters
+ * Convolutions, fixed and of any kernel, and the magnitude of a colour gradient.
+ * @{ */
 
-/* A separable filter, strip by strip: the row stage filters rows of an image horizontally into rows of the caller's,
+/** @defgroup pipeline Separable pipeline
+ * A separable filter, strip by strip: the row stage filters rows of an image horizontally into rows of the caller's,
  * the column stage combines such rows vertically. Both take arrays of row pointers, so that a caller keeps a ring of
  * rows and feeds them in any order, and no state is held between calls. examples/strip_blur.c shows the whole dance.
  *
@@ -47,7 +51,12 @@ extern "C" {
  * (a row pointer), StatusBadSize (kernelSize below 1), StatusBadStep, StatusStepNotMultiple (not 8u and 8s),
  * StatusNullPointer (buffer), StatusBadArgument (divisor 0).
  *
- * Images, rows and the scratch buffer may stand at any address. */
+ * Images, rows and the scratch buffer may stand at any address.
+ * @{ */
+
+/** @name Row stage
+ * @{ */
+/** Filters rows of an image horizontally into rows of the caller. */
 StatusCode rvxiFilterRowBorderPipeline_16s_C1R(const int16_t *src, int32_t srcStep, int16_t *const *dstRows,
                                                RoiSize roi, const int16_t *kernel, int32_t kernelSize, int32_t xAnchor,
                                                BorderKind border, int16_t borderValue, int32_t divisor,
@@ -86,7 +95,11 @@ StatusCode rvxiFilterRowBorderPipeline_Low_16s_C3R(const int16_t *src, int32_t s
                                                    RoiSize roi, const int16_t *kernel, int32_t kernelSize,
                                                    int32_t xAnchor, BorderKind border, const int16_t *borderValue,
                                                    int32_t divisor, uint8_t *buffer);
+/** @} */
 
+/** @name Column stage
+ * @{ */
+/** Combines rows vertically. */
 StatusCode rvxiFilterColumnPipeline_16s_C1R(const int16_t *const *srcRows, int16_t *dst, int32_t dstStep, RoiSize roi,
                                             const int16_t *kernel, int32_t kernelSize, int32_t divisor,
                                             uint8_t *buffer);
@@ -121,9 +134,13 @@ StatusCode rvxiFilterColumnPipeline_Low_16s_C1R(const int16_t *const *srcRows, i
 StatusCode rvxiFilterColumnPipeline_Low_16s_C3R(const int16_t *const *srcRows, int16_t *dst, int32_t dstStep,
                                                 RoiSize roi, const int16_t *kernel, int32_t kernelSize, int32_t divisor,
                                                 uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch that a call with this region and kernel length needs; those of the row stage depend on the kernel
- * alone. Status codes: StatusNullPointer, StatusBadSize (region, kernelSize below 1, or a size that does not fit). */
+/** @name Scratch
+ * Bytes of scratch that a call with this region and kernel length needs; those of the row stage depend on the kernel
+ * alone. Status codes: StatusNullPointer, StatusBadSize (region, kernelSize below 1, or a size that does not fit).
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiFilterRowBorderPipelineGetBufferSize_16s_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterRowBorderPipelineGetBufferSize_16s_C3R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterRowBorderPipelineGetBufferSize_16u_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
@@ -146,9 +163,10 @@ StatusCode rvxiFilterColumnPipelineGetBufferSize_32f_C1R(RoiSize roi, int32_t ke
 StatusCode rvxiFilterColumnPipelineGetBufferSize_32f_C3R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roi, int32_t kernelSize, int32_t *size);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------- Derivative and low-pass filters
- *
+/** @defgroup fixed_filters Derivative and low-pass filters
  * Filters of 3x3 (Mask3x3) or 5x5 (Mask5x5) pixels, Scharr 3x3 only, over a region with a border. Masks are written as
  * they lie over the image, rows top to bottom: each coefficient multiplies the pixel under it. The 5x5 masks are the
  * outer products of the five-tap kernels of the same names:
@@ -176,12 +194,16 @@ StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roi, int32_
  * Status codes, in the order of the checks: StatusNullPointer (source, destination or buffer), StatusBadSize,
  * StatusBadStep (a step does not cover its row), StatusStepNotMultiple (16s and 32f images), StatusBadArgument (the
  * border), StatusBadArgument (the divisor is 0), StatusBadMaskSize. GetBufferSize: StatusNullPointer, StatusBadSize
- * (also for a size that does not fit), StatusBadMaskSize. */
+ * (also for a size that does not fit), StatusBadMaskSize.
+ * @{ */
 
-/* Left minus right: a vertical edge from bright to dark is positive.
+/** @name SobelVert
+ * Left minus right: a vertical edge from bright to dark is positive.
  *      1  0 -1
  *      2  0 -2
- *      1  0 -1 */
+ *      1  0 -1
+ * @{ */
+/** Left minus right. */
 StatusCode rvxiFilterSobelVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                               int32_t divisor, uint8_t *buffer);
@@ -194,11 +216,15 @@ StatusCode rvxiFilterSobelVertBorder_32f_C1R(const float *src, int32_t srcStep, 
 StatusCode rvxiFilterSobelVertGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelVertGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Below minus above.
+/** @name SobelHoriz
+ * Below minus above.
  *     -1 -2 -1
  *      0  0  0
- *      1  2  1 */
+ *      1  2  1
+ * @{ */
+/** Below minus above. */
 StatusCode rvxiFilterSobelHorizBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                                int32_t divisor, uint8_t *buffer);
@@ -211,11 +237,15 @@ StatusCode rvxiFilterSobelHorizBorder_32f_C1R(const float *src, int32_t srcStep,
 StatusCode rvxiFilterSobelHorizGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelHorizGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelHorizGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Second derivative along the rows.
+/** @name SobelVertSecond
+ * Second derivative along the rows.
  *      1 -2  1
  *      2 -4  2
- *      1 -2  1 */
+ *      1 -2  1
+ * @{ */
+/** Second derivative along the rows. */
 StatusCode rvxiFilterSobelVertSecondBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                     RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                                     int32_t divisor, uint8_t *buffer);
@@ -228,11 +258,15 @@ StatusCode rvxiFilterSobelVertSecondBorder_32f_C1R(const float *src, int32_t src
 StatusCode rvxiFilterSobelVertSecondGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelVertSecondGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelVertSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Second derivative along the columns.
+/** @name SobelHorizSecond
+ * Second derivative along the columns.
  *      1  2  1
  *     -2 -4 -2
- *      1  2  1 */
+ *      1  2  1
+ * @{ */
+/** Second derivative along the columns. */
 StatusCode rvxiFilterSobelHorizSecondBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                      RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                                      int32_t divisor, uint8_t *buffer);
@@ -245,11 +279,15 @@ StatusCode rvxiFilterSobelHorizSecondBorder_32f_C1R(const float *src, int32_t sr
 StatusCode rvxiFilterSobelHorizSecondGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelHorizSecondGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelHorizSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Right minus left: SobelVert with the opposite sign.
+/** @name SobelNegVert
+ * Right minus left: SobelVert with the opposite sign.
  *     -1  0  1
  *     -2  0  2
- *     -1  0  1 */
+ *     -1  0  1
+ * @{ */
+/** Right minus left. */
 StatusCode rvxiFilterSobelNegVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                  RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                                  int32_t divisor, uint8_t *buffer);
@@ -262,11 +300,15 @@ StatusCode rvxiFilterSobelNegVertBorder_32f_C1R(const float *src, int32_t srcSte
 StatusCode rvxiFilterSobelNegVertGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelNegVertGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelNegVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Derivative along both axes.
+/** @name SobelCross
+ * Derivative along both axes.
  *     -1  0  1
  *      0  0  0
- *      1  0 -1 */
+ *      1  0 -1
+ * @{ */
+/** Derivative along both axes. */
 StatusCode rvxiFilterSobelCrossBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                                int32_t divisor, uint8_t *buffer);
@@ -279,11 +321,15 @@ StatusCode rvxiFilterSobelCrossBorder_32f_C1R(const float *src, int32_t srcStep,
 StatusCode rvxiFilterSobelCrossGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelCrossGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterSobelCrossGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* Right minus left (the orientation of SobelNegVert), 3x3.
+/** @name ScharrVert
+ * Right minus left (the orientation of SobelNegVert), 3x3.
  *     -3  0  3
  *    -10  0 10
- *     -3  0  3 */
+ *     -3  0  3
+ * @{ */
+/** Right minus left. */
 StatusCode rvxiFilterScharrVertBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                RoiSize roi, BorderKind border, uint8_t borderValue, int32_t divisor,
                                                uint8_t *buffer);
@@ -294,11 +340,15 @@ StatusCode rvxiFilterScharrVertBorder_32f_C1R(const float *src, int32_t srcStep,
 StatusCode rvxiFilterScharrVertGetBufferSize_8u8s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiFilterScharrVertGetBufferSize_8u16s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiFilterScharrVertGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+/** @} */
 
-/* Below minus above, 3x3.
+/** @name ScharrHoriz
+ * Below minus above, 3x3.
  *     -3 -10 -3
  *      0   0  0
- *      3  10  3 */
+ *      3  10  3
+ * @{ */
+/** Below minus above. */
 StatusCode rvxiFilterScharrHorizBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                                 RoiSize roi, BorderKind border, uint8_t borderValue, int32_t divisor,
                                                 uint8_t *buffer);
@@ -309,13 +359,17 @@ StatusCode rvxiFilterScharrHorizBorder_32f_C1R(const float *src, int32_t srcStep
 StatusCode rvxiFilterScharrHorizGetBufferSize_8u8s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiFilterScharrHorizGetBufferSize_8u16s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiFilterScharrHorizGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+/** @} */
 
-/* The sum of SobelVertSecond and SobelHorizSecond (before division and saturation).
+/** @name Laplacian
+ * The sum of SobelVertSecond and SobelHorizSecond (before division and saturation).
  *      2  0  2        2  4   4  4  2
  *      0 -8  0        4  0  -8  0  4
  *      2  0  2        4 -8 -24 -8  4
  *                     4  0  -8  0  4
- *                     2  4   4  4  2 */
+ *                     2  4   4  4  2
+ * @{ */
+/** Sum of the two second derivatives. */
 StatusCode rvxiFilterLaplacianBorder_8u8s_C1R(const uint8_t *src, int32_t srcStep, int8_t *dst, int32_t dstStep,
                                               RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                               int32_t divisor, uint8_t *buffer);
@@ -328,9 +382,13 @@ StatusCode rvxiFilterLaplacianBorder_32f_C1R(const float *src, int32_t srcStep, 
 StatusCode rvxiFilterLaplacianGetBufferSize_8u8s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterLaplacianGetBufferSize_8u16s_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterLaplacianGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* The mean over the mask. 8u: the exact sum divided by 9 or 25, rounded to nearest in every pixel. 32f: a row stage and
- * a column stage of ones, the sum multiplied by 1.0f / area. */
+/** @name Low-pass
+ * The mean over the mask. 8u: the exact sum divided by 9 or 25, rounded to nearest in every pixel. 32f: a row stage and
+ * a column stage of ones, the sum multiplied by 1.0f / area.
+ * @{ */
+/** Mean over the mask. */
 StatusCode rvxiFilterLowpassBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
                                           RoiSize roi, MaskCode mask, BorderKind border, uint8_t borderValue,
                                           uint8_t *buffer);
@@ -338,15 +396,20 @@ StatusCode rvxiFilterLowpassBorder_32f_C1R(const float *src, int32_t srcStep, fl
                                            MaskCode mask, BorderKind border, float borderValue, uint8_t *buffer);
 StatusCode rvxiFilterLowpassGetBufferSize_8u_C1R(RoiSize roi, MaskCode mask, int32_t *size);
 StatusCode rvxiFilterLowpassGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, int32_t *size);
+/** @} */
 
-/* A one-dimensional Sobel kernel of n taps (odd), of derivative order 0 <= order < n, in the filters' orientation
+/** @name Sobel kernels
+ * A one-dimensional Sobel kernel of n taps (odd), of derivative order 0 <= order < n, in the filters' orientation
  * (order 1 of 3 taps: -1 0 1); a negative sign negates it. 16s coefficients wrap where they leave 16 bits.
- * StatusNullPointer, then StatusBadSize (n below 1 or even, order out of range). */
+ * StatusNullPointer, then StatusBadSize (n below 1 or even, order out of range).
+ * @{ */
+/** Makes a one-dimensional Sobel kernel. */
 StatusCode rvxiGenSobelKernel_16s(int16_t *dst, int32_t n, int32_t order, int32_t sign);
 StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t sign);
+/** @} */
+/** @} */
 
-/* -------------------------------------------------------------------------------------------- Gaussian filter
- *
+/** @defgroup gaussian Gaussian filter
  * A Gaussian blur of odd size K >= 3 and standard deviation sigma (in pixels): the separable pipeline's row stage, then
  * its column stage, with one kernel for both. A specification record, filled once by rvxiFilterGaussianInit, serves any
  * number of images of one type, from several threads at once if each has a buffer of its own.
@@ -379,20 +442,31 @@ StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t 
  *   written.
  *   Border functions: StatusNullPointer (source, destination, record, buffer, a border value that is needed),
  *   StatusBadStep, StatusStepNotMultiple (not 8u), StatusBadSize, StatusBadArgument (K), StatusBadBorder,
- *   StatusBadDataType (the record is for another type). */
+ *   StatusBadDataType (the record is for another type).
+ * @{ */
+
+/** The head of a specification record. */
 typedef struct GaussianSpec {
-    int32_t kernelSize;        /* K */
-    int32_t coefficientOffset; /* 20: the coefficients begin at the next multiple of 16 bytes from the record's start */
-    PixelTypeCode type;
-    BorderKind border;
-    int32_t shift; /* the divisor is 1 << shift: 12 for 8u, 15 for 16u and 16s, 0 for 32f */
+    int32_t kernelSize; /**< K */
+    int32_t
+        coefficientOffset; /**< 20: the coefficients begin at the next multiple of 16 bytes from the record's start */
+    PixelTypeCode type;    /**< PixelType8u, 16u, 16s or 32f */
+    BorderKind border;     /**< kind and flags */
+    int32_t shift;         /**< the divisor is 1 << shift: 12 for 8u, 15 for 16u and 16s, 0 for 32f */
 } GaussianSpec;
 
+/** @name Specification
+ * @{ */
+/** Sizes and contents of the specification record. */
 StatusCode rvxiFilterGaussianGetBufferSize(RoiSize roi, int32_t kernelSize, PixelTypeCode type, int32_t channels,
                                            int32_t *specSize, int32_t *bufferSize);
 StatusCode rvxiFilterGaussianInit(RoiSize roi, int32_t kernelSize, BorderKind border, PixelTypeCode type,
                                   int32_t channels, GaussianSpec *spec, uint8_t *buffer, float sigma);
+/** @} */
 
+/** @name Filter
+ * @{ */
+/** Blurs an image. */
 StatusCode rvxiFilterGaussianBorder_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
                                            RoiSize roi, uint8_t borderValue, const GaussianSpec *spec, uint8_t *buffer);
 StatusCode rvxiFilterGaussianBorder_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
@@ -414,19 +488,24 @@ StatusCode rvxiFilterGaussianBorder_32f_C1R(const float *src, int32_t srcStep, f
                                             float borderValue, const GaussianSpec *spec, uint8_t *buffer);
 StatusCode rvxiFilterGaussianBorder_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                             const float *borderValue, const GaussianSpec *spec, uint8_t *buffer);
+/** @} */
 
-/* The 32f filter in one call, which builds its kernel each time; same results. Status codes, in the order of the
+/** @name In one call
+ * The 32f filter in one call, which builds its kernel each time; same results. Status codes, in the order of the
  * checks: StatusNullPointer (source, destination or buffer), StatusBadSize, StatusBadStep, StatusStepNotMultiple,
  * StatusBadArgument (K), StatusBadArgument (sigma not above 0), StatusBadBorder. GetBufferSize: StatusNullPointer,
- * StatusBadSize, StatusBadArgument (K), StatusBadSize where the size does not fit. */
+ * StatusBadSize, StatusBadArgument (K), StatusBadSize where the size does not fit.
+ * @{ */
+/** The 32f filter in one call, and its scratch. */
 StatusCode rvxiFilterGaussGetBufferSize_32f_C1R(RoiSize roi, int32_t kernelSize, int32_t *size);
 StatusCode rvxiFilterGaussBorder_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                          int32_t kernelSize, BorderKind border, uint8_t *buffer, float sigma,
                                          float borderValue);
+/** @} */
+/** @} */
 
-/* --------------------------------------------------------------------------------------- Colour gradient to grey */
-
-/* The magnitude of a gradient over three colour channels: of an image with one gradient component per interleaved
+/** @defgroup colour_gradient Colour gradient to grey
+ * The magnitude of a gradient over three colour channels: of an image with one gradient component per interleaved
  * channel (a derivative filter's output for each), one number per pixel, so that edge and corner detectors for grey
  * images can go on. With c0, c1, c2 the channels of a pixel, S their sum and Q the sum of their squares:
  *
@@ -441,13 +520,21 @@ StatusCode rvxiFilterGaussBorder_32f_C1R(const float *src, int32_t srcStep, floa
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width or height below 1), StatusBadStep
  * (a step does not cover its row), StatusStepNotMultiple (a step is not a multiple of the element size),
- * StatusBadArgument (norm is none of NormInf, NormL1, NormL2). */
+ * StatusBadArgument (norm is none of NormInf, NormL1, NormL2).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** The magnitude of a colour gradient. */
 StatusCode rvxiGradientColorToGray_8u_C3C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
                                             RoiSize roi, NormKind norm);
 StatusCode rvxiGradientColorToGray_16u_C3C1R(const uint16_t *src, int32_t srcStep, uint16_t *dst, int32_t dstStep,
                                              RoiSize roi, NormKind norm);
 StatusCode rvxiGradientColorToGray_32f_C3C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep,
                                              RoiSize roi, NormKind norm);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/* Motion: background models. Three models of what a fixed camera sees, with one interface. */
+/** @file
+ * Motion: background models. Three models of what a fixed camera sees, with one interface. */
 #ifndef RVXCV_FOREGROUND_H
 #define RVXCV_FOREGROUND_H
 
@@ -8,7 +9,8 @@
 extern "C" {
 #endif
 
-/* The foreground of a fixed camera, frame by frame: what moves or was left behind.
+/** @defgroup foreground Background models
+ * The foreground of a fixed camera, frame by frame: what moves or was left behind.
  *
  *     rvxiForegroundGaussian     one Gaussian a pixel: the fastest; indoor scenes
  *     rvxiFGMM                   a mixture of Gaussians: swaying trees, flicker
@@ -33,10 +35,18 @@ extern "C" {
  * pixel is in shadow when den > 0, num < den, num >= shadow den and, with g = num / den and e_c = fma(g, m_c, -s_c),
  * sum e e < (t2 v) (g g): a darker pixel of the same colour (A. Prati, I. Mikic, M. Trivedi, R. Cucchiara, "Detecting
  * Moving Shadows", IEEE PAMI 25(7), 2003). For one channel every darkening down to the ratio counts. For learning it is
- * foreground. */
-enum { ForegroundNo = 0, ForegroundShadow = 127, ForegroundYes = 255 };
+ * foreground.
+ * @{ */
 
-/* Records. 128 bytes, then the model: GetSize tells the bytes of both. A record lies in the caller's memory at an
+/** Decisions: the values of a map. */
+enum {
+    ForegroundNo = 0,       /**< background */
+    ForegroundShadow = 127, /**< background in shadow */
+    ForegroundYes = 255     /**< foreground */
+};
+
+/** @name Records
+ * 128 bytes, then the model: GetSize tells the bytes of both. A record lies in the caller's memory at an
  * address that is a multiple of 8 (64 is fastest) and holds no pointers: it may be copied with memcpy or written to a
  * file. The fields may be read, not written. Init clears the model. One call at a time may use a record; a failing call
  * leaves it as it was.
@@ -51,9 +61,8 @@ enum { ForegroundNo = 0, ForegroundShadow = 127, ForegroundYes = 255 };
  *
  * Of GetBackground: the same without the rate; then StatusError (no call has learned yet). */
 
-/* ------------------------------------------------------------------------------------------------- Single Gaussian */
-
-/* C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997. A pixel has a mean a
+/** @defgroup foreground_gaussian Single Gaussian
+ * C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997. A pixel has a mean a
  * channel and one variance v; v = 0: no model. d_c = s_c - m_c, D = sum d d.
  *
  *     decide                   v = 0 or D < t2 v: ForegroundNo; else shadow or not
@@ -62,23 +71,33 @@ enum { ForegroundNo = 0, ForegroundShadow = 127, ForegroundYes = 255 };
  *     learn, foreground        a = rate foregroundRate, m_c = fma(a, d_c, m_c), v is kept
  *
  * The background picture are the means, to nearest even. Ranges: threshold > 0; 0 < varMin <= varInit <= varMax <
- * infinity; foregroundRate 0..1; shadow 0..1 without 1. Size: 128 + 4 (C + 1) roundup8(W) H. */
+ * infinity; foregroundRate 0..1; shadow 0..1 without 1. Size: 128 + 4 (C + 1) roundup8(W) H.
+ * @{ */
+
+/** Parameters of the single Gaussian. */
 typedef struct ForegroundGaussianParams {
-    float threshold;      /* deviations from the mean up to which a pixel is background; usual: 3 */
-    float varInit;        /* variances in squared levels; usual: 225 */
-    float varMin, varMax; /* usual: 16, 1125 */
-    float foregroundRate; /* factor on the rate where foreground is learned; usual: 0.1f */
-    float shadow;         /* darkest shadow as a part of the background; usual: 0, none */
+    float threshold;      /**< deviations from the mean up to which a pixel is background; usual: 3 */
+    float varInit;        /**< variances in squared levels; usual: 225 */
+    float varMin,         /**< usual: 16 */
+        varMax;           /**< usual: 1125 */
+    float foregroundRate; /**< factor on the rate where foreground is learned; usual: 0.1f */
+    float shadow;         /**< darkest shadow as a part of the background; usual: 0, none */
 } ForegroundGaussianParams;
 
+/** The head of a record. */
 typedef struct ForegroundGaussianState {
-    int32_t tag; /* 0x4b617392 */
-    int32_t width, height, channels;
-    int32_t frames; /* calls that learned; stops at INT32_MAX */
-    ForegroundGaussianParams params;
-    int32_t reserved[21];
+    int32_t tag;                     /**< 0x4b617392 */
+    int32_t width,                   /**< of the region */
+        height,                      /**< of the region */
+        channels;                    /**< 1 or 3 */
+    int32_t frames;                  /**< calls that learned; stops at INT32_MAX */
+    ForegroundGaussianParams params; /**< as given to Init */
+    int32_t reserved[21];            /**< 0 */
 } ForegroundGaussianState;
 
+/** @name Members
+ * @{ */
+/** The model of one Gaussian a pixel: size, start, decision, learning, background picture. */
 StatusCode rvxiForegroundGaussianGetSize_8u(RoiSize roi, int32_t channels, const ForegroundGaussianParams *params,
                                             int32_t *stateSize);
 StatusCode rvxiForegroundGaussianInit_8u(RoiSize roi, int32_t channels, const ForegroundGaussianParams *params,
@@ -95,10 +114,11 @@ StatusCode rvxiForegroundGaussianGetBackground_8u_C1R(uint8_t *dst, int32_t dstS
                                                       const ForegroundGaussianState *state);
 StatusCode rvxiForegroundGaussianGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize roi,
                                                       const ForegroundGaussianState *state);
+/** @} */
+/** @} */
 
-/* -------------------------------------------------------------------------------------------- Mixture of Gaussians */
-
-/* C. Stauffer and W. E. L. Grimson, "Adaptive background mixture models for real-time tracking", CVPR 1999, with the
+/** @defgroup foreground_mixture Mixture of Gaussians
+ * C. Stauffer and W. E. L. Grimson, "Adaptive background mixture models for real-time tracking", CVPR 1999, with the
  * updates of Z. Zivkovic, ICPR 2004. K components, each with a weight w, a variance v and a mean a channel, in order of
  * falling weight; w = 0: empty. D_k as above. k* is the first k with w_k > 0 and D_k < t2 v_k; before(k) = w_0 + ... +
  * w_{k-1}.
@@ -114,26 +134,36 @@ StatusCode rvxiForegroundGaussianGetBackground_8u_C3R(uint8_t *dst, int32_t dstS
  *               4. For k = K - 1 down to 1: if w_k > w_{k-1}, the two components change places.
  *
  * The background picture are the means of component 0, to nearest even. Ranges: those of the single Gaussian;
- * components 1..8; backgroundRatio 0..1 without 0; prior 0..1 without 1. Size: 128 + 4 K (C + 2) roundup8(W) H. */
+ * components 1..8; backgroundRatio 0..1 without 0; prior 0..1 without 1. Size: 128 + 4 K (C + 2) roundup8(W) H.
+ * @{ */
+
+/** Parameters of the mixture. */
 typedef struct FGMMParams {
-    int32_t components;    /* usual: 3 */
-    float threshold;       /* usual: 4 */
-    float varInit;         /* usual: 225 */
-    float varMin, varMax;  /* usual: 16, 1125 */
-    float foregroundRate;  /* usual: 1 */
-    float shadow;          /* usual: 0.5f */
-    float backgroundRatio; /* part of the time for which a pixel shows its background; usual: 0.9f */
-    float prior;           /* above 0, components that are not seen again vanish; usual: 0 */
+    int32_t components;    /**< usual: 3 */
+    float threshold;       /**< usual: 4 */
+    float varInit;         /**< usual: 225 */
+    float varMin,          /**< usual: 16 */
+        varMax;            /**< usual: 1125 */
+    float foregroundRate;  /**< usual: 1 */
+    float shadow;          /**< usual: 0.5f */
+    float backgroundRatio; /**< part of the time for which a pixel shows its background; usual: 0.9f */
+    float prior;           /**< above 0, components that are not seen again vanish; usual: 0 */
 } FGMMParams;
 
+/** The head of a record. */
 typedef struct FGMMState {
-    int32_t tag; /* 0x4b617393 */
-    int32_t width, height, channels;
-    int32_t frames; /* calls that learned; stops at INT32_MAX */
-    FGMMParams params;
-    int32_t reserved[18];
+    int32_t tag;          /**< 0x4b617393 */
+    int32_t width,        /**< of the region */
+        height,           /**< of the region */
+        channels;         /**< 1 or 3 */
+    int32_t frames;       /**< calls that learned; stops at INT32_MAX */
+    FGMMParams params;    /**< as given to Init */
+    int32_t reserved[18]; /**< 0 */
 } FGMMState;
 
+/** @name Members
+ * @{ */
+/** The mixture of Gaussians: size, start, decision, learning, background picture. */
 StatusCode rvxiFGMMGetSize_8u(RoiSize roi, int32_t channels, const FGMMParams *params, int32_t *stateSize);
 StatusCode rvxiFGMMInit_8u(RoiSize roi, int32_t channels, const FGMMParams *params, FGMMState *state);
 StatusCode rvxiFGMM_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi, float rate,
@@ -146,10 +176,11 @@ StatusCode rvxiFGMMUpdate_8u_C3R(const uint8_t *src, int32_t srcStep, const uint
                                  float rate, FGMMState *state);
 StatusCode rvxiFGMMGetBackground_8u_C1R(uint8_t *dst, int32_t dstStep, RoiSize roi, const FGMMState *state);
 StatusCode rvxiFGMMGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize roi, const FGMMState *state);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------ Colour histogram */
-
-/* L. Li, W. Huang, I. Y. H. Gu, Q. Tian, "Foreground object detection from videos containing complex background", ACM
+/** @defgroup foreground_histogram Colour histogram
+ * L. Li, W. Huang, I. Y. H. Gu, Q. Tian, "Foreground object detection from videos containing complex background", ACM
  * Multimedia 2003, with colours as features. N entries, each with a colour, p (how often seen) and b (how often seen as
  * background; never above p), 16 bits, 65535 standing for always; in order of falling p; p = 0: empty. All in integers.
  * An entry matches when p > 0 and no channel differs by more than tolerance.
@@ -167,22 +198,31 @@ StatusCode rvxiFGMMGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize r
  *
  * Motion that repeats (two colours in turn) is learned from cleaned maps, not from own decisions. The background
  * picture is the colour of the entry with the largest b, the first of equals. Ranges: entries 1..32; principal
- * 1..entries; tolerance 0..255; absorb 0.5..1 (1: nothing is absorbed). Size: 128 + N (C + 4) roundup32(W) H. */
+ * 1..entries; tolerance 0..255; absorb 0.5..1 (1: nothing is absorbed). Size: 128 + N (C + 4) roundup32(W) H.
+ * @{ */
+
+/** Parameters of the histogram. */
 typedef struct ForegroundHistogramParams {
-    int32_t entries;   /* usual: 8 */
-    int32_t principal; /* entries that decide; usual: 6 */
-    int32_t tolerance; /* levels; usual: 10 */
-    float absorb;      /* part of the time from which on foreground becomes background; usual: 0.8f */
+    int32_t entries;   /**< usual: 8 */
+    int32_t principal; /**< entries that decide; usual: 6 */
+    int32_t tolerance; /**< levels; usual: 10 */
+    float absorb;      /**< part of the time from which on foreground becomes background; usual: 0.8f */
 } ForegroundHistogramParams;
 
+/** The head of a record. */
 typedef struct ForegroundHistogramState {
-    int32_t tag; /* 0x4b617394 */
-    int32_t width, height, channels;
-    int32_t frames; /* calls that learned; stops at INT32_MAX */
-    ForegroundHistogramParams params;
-    int32_t reserved[23];
+    int32_t tag;                      /**< 0x4b617394 */
+    int32_t width,                    /**< of the region */
+        height,                       /**< of the region */
+        channels;                     /**< 1 or 3 */
+    int32_t frames;                   /**< calls that learned; stops at INT32_MAX */
+    ForegroundHistogramParams params; /**< as given to Init */
+    int32_t reserved[23];             /**< 0 */
 } ForegroundHistogramState;
 
+/** @name Members
+ * @{ */
+/** The table of colours: size, start, decision, learning, background picture. */
 StatusCode rvxiForegroundHistogramGetSize_8u(RoiSize roi, int32_t channels, const ForegroundHistogramParams *params,
                                              int32_t *stateSize);
 StatusCode rvxiForegroundHistogramInit_8u(RoiSize roi, int32_t channels, const ForegroundHistogramParams *params,
@@ -201,6 +241,9 @@ StatusCode rvxiForegroundHistogramGetBackground_8u_C1R(uint8_t *dst, int32_t dst
                                                        const ForegroundHistogramState *state);
 StatusCode rvxiForegroundHistogramGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize roi,
                                                        const ForegroundHistogramState *state);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/* Camera geometry: lens undistortion. */
+/** @file
+ * Camera geometry: lens undistortion. */
 #ifndef RVXCV_GEOMETRY_H
 #define RVXCV_GEOMETRY_H
 
@@ -8,7 +9,8 @@
 extern "C" {
 #endif
 
-/* A camera with focal lengths fx, fy and principal point (cx, cy), in pixels, whose lens bends straight lines: radially
+/** @defgroup undistort Lens undistortion
+ * A camera with focal lengths fx, fy and principal point (cx, cy), in pixels, whose lens bends straight lines: radially
  * (k1, k2) and tangentially (p1, p2) (D. C. Brown, "Close-Range Camera Calibration", Photogrammetric Engineering 37(8),
  * 1971). The pixel in column x and row y of the picture without distortion stands, in the picture that was taken, at
  *
@@ -22,15 +24,16 @@ extern "C" {
  * is infinite. NaN and infinities go through the formulas as written.
  *
  * buffer is optional scratch of the size that rvxiUndistortGetSize reports. Results are the same with it and without,
- * and so is the speed: the functions need none and leave it alone. Nothing is allocated. */
+ * and so is the speed: the functions need none and leave it alone. Nothing is allocated.
+ * @{ */
 
-/* Writes (width rounded up to a multiple of 4) * 24 + 32 bytes.
+/** Writes (width rounded up to a multiple of 4) * 24 + 32 bytes.
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height below 1, or the result
  * does not fit in 32 bits). */
 StatusCode rvxiUndistortGetSize(RoiSize roi, int32_t *bufSize);
 
-/* Two maps of the size of the picture: sx and sy of every pixel. Maps of 131072 pixels or more, both at addresses and
+/** Two maps of the size of the picture: sx and sy of every pixel. Maps of 131072 pixels or more, both at addresses and
  * with steps that are multiples of 16, are written past the caches. The maps must not overlap.
  *
  * Status codes, in the order of the checks: StatusNullPointer (a map is null); StatusBadSize (width or height below 1);
@@ -40,7 +43,8 @@ StatusCode rvxiCreateMapCameraUndistort_32f_C1R(float *xMap, int32_t xMapStep, f
                                                 RoiSize roi, uint8_t *buffer, float fx, float fy, float cx, float cy,
                                                 float k1, float k2, float p1, float p2);
 
-/* The picture without radial distortion: every pixel of dst is src sampled at (sx, sy) of the formulas without p1, p2.
+/** @name Images
+ * The picture without radial distortion: every pixel of dst is src sampled at (sx, sy) of the formulas without p1, p2.
  * With I the source, ix and iy the whole parts of sx and sy, a = sx - ix and b = sy - iy, in floats,
  *
  *     t(j) = fma(a, I(ix + 1, j) - I(ix, j), I(ix, j))        for j = iy and j = iy + 1
@@ -53,7 +57,9 @@ StatusCode rvxiCreateMapCameraUndistort_32f_C1R(float *xMap, int32_t xMapStep, f
  *
  * Status codes, in the order of the checks: StatusNullPointer (src or dst is null); StatusBadSize (width or height
  * below 1); StatusBadStep (a step does not cover its row); 32f: StatusStepNotMultiple (a step is not a multiple of 4;
- * steps of 16u images may be odd); StatusBadArgument (fx or fy is zero, of either sign; a NaN passes). */
+ * steps of 16u images may be odd); StatusBadArgument (fx or fy is zero, of either sign; a NaN passes).
+ * @{ */
+/** The picture without radial distortion. */
 StatusCode rvxiUndistortRadial_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
                                       uint8_t *buffer, float fx, float fy, float cx, float cy, float k1, float k2);
 StatusCode rvxiUndistortRadial_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep, RoiSize roi,
@@ -68,6 +74,8 @@ StatusCode rvxiUndistortRadial_32f_C1R(const float *src, int32_t srcStep, float 
                                        uint8_t *buffer, float fx, float fy, float cx, float cy, float k1, float k2);
 StatusCode rvxiUndistortRadial_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                        uint8_t *buffer, float fx, float fy, float cx, float cy, float k1, float k2);
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/* Motion and tracking: motion history, line sampling, sub-pixel copies, optical flow; background models come along. */
+/** @file
+ * Motion and tracking: motion history, line sampling, sub-pixel copies, optical flow; background models come along. */
 #ifndef RVXCV_MOTION_H
 #define RVXCV_MOTION_H
 
@@ -10,9 +11,12 @@
 extern "C" {
 #endif
 
-/* --------------------------------------------------------------------------------------------------- Motion history */
+/** @defgroup motion Motion and tracking
+ * What moves from frame to frame; patches and lines of pixels that trackers need.
+ * @{ */
 
-/* A motion history image holds in every pixel the time at which motion was last seen there, 0 where that is longer ago
+/** @defgroup motion_history Motion history
+ * A motion history image holds in every pixel the time at which motion was last seen there, 0 where that is longer ago
  * than a duration (J. W. Davis and A. F. Bobick, "The Representation and Recognition of Action Using Temporal
  * Templates", CVPR 1997). One call folds in the silhouette of a frame, an image that is not zero where something moved.
  * With s a pixel of the silhouette and h one of the history, both times in a unit of the caller's:
@@ -26,17 +30,23 @@ extern "C" {
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width or height below 1), StatusBadStep
  * (a step does not cover its row), StatusStepNotMultiple (a step is not a multiple of its image's element size),
- * StatusOutOfRange (duration < 0; a NaN passes). */
+ * StatusOutOfRange (duration < 0; a NaN passes).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Folds the silhouette of a frame in. */
 StatusCode rvxiUpdateMotionHistory_8u32f_C1IR(const uint8_t *silhouette, int32_t silhouetteStep, float *history,
                                               int32_t historyStep, RoiSize roi, float timestamp, float duration);
 StatusCode rvxiUpdateMotionHistory_16u32f_C1IR(const uint16_t *silhouette, int32_t silhouetteStep, float *history,
                                                int32_t historyStep, RoiSize roi, float timestamp, float duration);
 StatusCode rvxiUpdateMotionHistory_32f_C1IR(const float *silhouette, int32_t silhouetteStep, float *history,
                                             int32_t historyStep, RoiSize roi, float timestamp, float duration);
+/** @} */
+/** @} */
 
-/* ---------------------------------------------------------------------------------------------------- Line sampling */
-
-/* The pixels on the digital straight line from one point to another, both included, in that order, copied into `line`,
+/** @defgroup sample_line Line sampling
+ * The pixels on the digital straight line from one point to another, both included, in that order, copied into `line`,
  * which has room for max(|x2 - x1|, |y2 - y1|) + 1 pixels. Nothing but these pixels is read.
  *
  * The walk is J. E. Bresenham's ("Algorithm for computer control of a digital plotter", IBM Systems Journal 4(1), 1965)
@@ -47,7 +57,12 @@ StatusCode rvxiUpdateMotionHistory_32f_C1IR(const float *silhouette, int32_t sil
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width or height below 1), StatusBadStep
  * (the step does not cover the row), StatusStepNotMultiple (the step is not a multiple of the element size),
- * StatusOutOfRange (a point lies outside the region), StatusLengthOverflow (more than 2^31 - 1 pixels). */
+ * StatusOutOfRange (a point lies outside the region), StatusLengthOverflow (more than 2^31 - 1 pixels).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Copies the pixels on a line. */
 StatusCode rvxiSampleLine_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, uint8_t *line, Point2i first,
                                  Point2i second);
 StatusCode rvxiSampleLine_8u_C3R(const uint8_t *src, int32_t srcStep, RoiSize roi, uint8_t *line, Point2i first,
@@ -60,10 +75,11 @@ StatusCode rvxiSampleLine_32f_C1R(const float *src, int32_t srcStep, RoiSize roi
                                   Point2i second);
 StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi, float *line, Point2i first,
                                   Point2i second);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------- Sub-pixel copies */
-
-/* A patch of an image around a point with real coordinates, sampled bilinearly. With w x h the size of the patch
+/** @defgroup subpix Sub-pixel copies
+ * A patch of an image around a point with real coordinates, sampled bilinearly. With w x h the size of the patch
  * (dstRoi), in double, ox = centre.x - 0.5 (w - 1), ix = floor(ox), a = (float)(ox - ix), and oy, iy, b likewise, the
  * patch pixel (x, y) is, in float,
  *
@@ -83,7 +99,12 @@ StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (srcRoi, then dstRoi); StatusBadStep (src,
  * then dst); StatusStepNotMultiple (of 16-bit and 32-bit images); StatusOutOfRange (a coordinate of the centre is not
  * finite or beyond 1e9 on either side, then scaleFactor outside -16..16); Intersect: StatusError (no column or no row
- * is inside; nothing is written). */
+ * is inside; nothing is written).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Copies a patch, the whole of it or what lies inside. */
 StatusCode rvxiCopySubpix_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint8_t *dst, int32_t dstStep,
                                  RoiSize dstRoi, Point2f centre);
 StatusCode rvxiCopySubpix_8u32f_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
@@ -111,10 +132,11 @@ StatusCode rvxiCopySubpixIntersect_32f_C1R(const float *src, int32_t srcStep, Ro
 StatusCode rvxiCopySubpixIntersect_8u16u_C1RSfs(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint16_t *dst,
                                                 int32_t dstStep, RoiSize dstRoi, Point2f centre, Point2i *min,
                                                 Point2i *max, int32_t scaleFactor);
+/** @} */
+/** @} */
 
-/* ----------------------------------------------------------------------------------------------------- Optical flow */
-
-/* Points followed from one frame to the next by the iterative method of Lucas and Kanade over two pyramids, from the
+/** @defgroup optical_flow Optical flow
+ * Points followed from one frame to the next by the iterative method of Lucas and Kanade over two pyramids, from the
  * coarsest level to the finest (J.-Y. Bouguet, Pyramidal Implementation of the Lucas Kanade Feature Tracker, 2000).
  *
  * At level L a point is u = prevPoint * scales[L] of the previous pyramid, its guess v = nextPoint * scales[L]
@@ -140,39 +162,50 @@ StatusCode rvxiCopySubpixIntersect_8u16u_C1RSfs(const uint8_t *src, int32_t srcS
  *
  * Sums are formed in float lanes and joined in double; images of magnitudes beyond 1e15 lose their points. 8u and 16u
  * images give what 32f images of the same values give, within 0.02 pixel wherever both track. The result for a point
- * depends on nothing but the images, the arguments and the point: not on other points, nor on the state's maxRoi. */
+ * depends on nothing but the images, the arguments and the point: not on other points, nor on the state's maxRoi.
+ * @{ */
 
-/* Made by InitAlloc. The fields may be read, not written. */
+/** Made by InitAlloc. The fields may be read, not written. */
 typedef struct OpticalFlowState {
-    int32_t maxWidth, maxHeight; /* maxRoi */
-    int32_t one;                 /* 1 */
-    PixelTypeCode pixelType;
-    int32_t hint;    /* kept for the caller */
-    int32_t winSize; /* side of the window */
-    void *work;      /* work buffer */
+    int32_t maxWidth,        /**< of maxRoi */
+        maxHeight;           /**< of maxRoi */
+    int32_t one;             /**< 1 */
+    PixelTypeCode pixelType; /**< of the images */
+    int32_t hint;            /**< kept for the caller */
+    int32_t winSize;         /**< side of the window */
+    void *work;              /**< work buffer */
 } OpticalFlowState;
 
-/* Makes a state for windows of winSize x winSize pixels; images may be of any size. maxRoi is the largest level for
+/** @name Making a state
+ * Makes a state for windows of winSize x winSize pixels; images may be of any size. maxRoi is the largest level for
  * which the 32f member allocates derivative images, hint is kept and not used.
  *
  * The work buffer has, in units of four bytes, 12 (winSize + 3)^2 + 17, and with 32f in addition (M being maxRoi with 5
  * more in each direction) 2 M.width M.height and the scratch of rvxiFilterScharrHorizBorder_32f_C1R for M.
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (winSize, maxRoi.height or maxRoi.width
- * below 1); StatusNoMemory (then nothing is kept or written). */
+ * below 1); StatusNoMemory (then nothing is kept or written).
+ * @{ */
+/** Makes a state. */
 StatusCode rvxiOpticalFlowPyrLKInitAlloc_8u_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
                                                 int32_t hint);
 StatusCode rvxiOpticalFlowPyrLKInitAlloc_16u_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
                                                  int32_t hint);
 StatusCode rvxiOpticalFlowPyrLKInitAlloc_32f_C1R(OpticalFlowState **state, RoiSize maxRoi, int32_t winSize,
                                                  int32_t hint);
+/** @} */
 
-/* Releases a state. StatusNullPointer. */
+/** @name Releasing a state
+ * Releases a state. StatusNullPointer.
+ * @{ */
+/** Releases a state. */
 StatusCode rvxiOpticalFlowPyrLKFree_8u_C1R(OpticalFlowState *state);
 StatusCode rvxiOpticalFlowPyrLKFree_16u_C1R(OpticalFlowState *state);
 StatusCode rvxiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState *state);
+/** @} */
 
-/* Follows numPoints points. images and steps of both pyramids are the caller's level images, with steps of any size;
+/** @name Tracking
+ * Follows numPoints points. images and steps of both pyramids are the caller's level images, with steps of any size;
  * scales and rates may be any. nextPoints holds the guesses (the previous positions, where nothing better is known) and
  * receives the positions, in pixels of level 0; status and error receive one element per point. maxLevel is the level
  * to start at; a level that one of the pyramids does not have is passed over (the tracking starts at the highest level
@@ -181,7 +214,9 @@ StatusCode rvxiOpticalFlowPyrLKFree_32f_C1R(OpticalFlowState *state);
  *
  * Status codes, in the order of the checks: StatusNullPointer (pyramids, points, status, error, state); StatusBadSize
  * (numPoints or winSize below 1, winSize not the state's); StatusBadArgument (maxLevel below 0, maxIterations below 1,
- * threshold below 0 or NaN). A lost point is no failure of the call. */
+ * threshold below 0 or NaN). A lost point is no failure of the call.
+ * @{ */
+/** Follows points from one pyramid to the next. */
 StatusCode rvxiOpticalFlowPyrLK_8u_C1R(const PyramidRecord *prevPyramid, const PyramidRecord *nextPyramid,
                                        const Point2f *prevPoints, Point2f *nextPoints, uint8_t *status, float *error,
                                        int32_t numPoints, int32_t winSize, int32_t maxLevel, int32_t maxIterations,
@@ -194,6 +229,9 @@ StatusCode rvxiOpticalFlowPyrLK_32f_C1R(const PyramidRecord *prevPyramid, const 
                                         const Point2f *prevPoints, Point2f *nextPoints, uint8_t *status, float *error,
                                         int32_t numPoints, int32_t winSize, int32_t maxLevel, int32_t maxIterations,
                                         float threshold, OpticalFlowState *state);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/* Image pyramids: fixed halving and doubling, level sizes and the descriptor, layers of any rate. */
+/** @file
+ * Image pyramids: fixed halving and doubling, level sizes and the descriptor, layers of any rate. */
 #ifndef RVXCV_PYRAMID_H
 #define RVXCV_PYRAMID_H
 
@@ -8,9 +9,12 @@
 extern "C" {
 #endif
 
-/* --------------------------------------------------------------------------------------- Fixed halving and doubling */
+/** @defgroup pyramid Pyramids
+ * Smaller and larger versions of an image.
+ * @{ */
 
-/* Halving: the destination has ((width + 1) / 2) x ((height + 1) / 2) pixels. Pixel (x, y) is the sum of the 5 x 5
+/** @defgroup pyramid_fixed Fixed halving and doubling
+ * Halving: the destination has ((width + 1) / 2) x ((height + 1) / 2) pixels. Pixel (x, y) is the sum of the 5 x 5
  * source pixels around (2x, 2y), weighted in both directions by 1 4 6 4 1, divided by 256. A pixel outside the image is
  * the mirrored one, the edge pixel not repeated (an image one pixel wide or high has only that one).
  *
@@ -28,7 +32,12 @@ extern "C" {
  * addition. A constant image keeps its value.
  *
  * `buffer` is scratch of the size that the query gives, at any address. The images must not overlap. Status codes, in
- * the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (32f). */
+ * the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (32f).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Halves or doubles an image. */
 StatusCode rvxiPyrDown_Gauss5x5_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
                                        RoiSize srcRoi, uint8_t *buffer);
 StatusCode rvxiPyrDown_Gauss5x5_8u_C3R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
@@ -53,19 +62,24 @@ StatusCode rvxiPyrUp_Gauss5x5_32f_C1R(const float *src, int32_t srcStep, float *
                                       uint8_t *buffer);
 StatusCode rvxiPyrUp_Gauss5x5_32f_C3R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize srcRoi,
                                       uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch for a source width, a pixel type (8u, 8s or 32f) and 1 or 3 channels:
+/** @name Scratch
+ * Bytes of scratch for a source width, a pixel type (8u, 8s or 32f) and 1 or 3 channels:
  *     down  roundup16(roiWidth * 4 * channels) * 6 + 64
  *     up    roundup16(roiWidth * 8 * channels) * 3 + 64
  * Status codes: StatusNullPointer, StatusBadSize (width below 1), StatusBadChannelCount, StatusBadDataType,
- * StatusBadSize (a size that does not fit). */
+ * StatusBadSize (a size that does not fit).
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiPyrDownGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelType, int32_t channels,
                                           int32_t *bufSize);
 StatusCode rvxiPyrUpGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelType, int32_t channels, int32_t *bufSize);
+/** @} */
+/** @} */
 
-/* ----------------------------------------------------------------------------------- Level sizes and the descriptor */
-
-/* Two rules say which sizes follow each other in a pyramid of any rate in (1, 10]; both directions of a size follow
+/** @defgroup pyramid_levels Level sizes and the descriptor
+ * Two rules say which sizes follow each other in a pyramid of any rate in (1, 10]; both directions of a size follow
  * them on their own. All of it is single-precision arithmetic whose results are truncated toward zero.
  *
  * Up: a level of length n may grow to any length from
@@ -74,31 +88,41 @@ StatusCode rvxiPyrUpGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelTyp
  * in the range to which the candidate may grow. So 1 stays 1 and every other length becomes shorter.
  *
  * Lengths that do not fit in 32 bits are given as INT32_MAX. Status codes: StatusNullPointer, StatusBadSize,
- * StatusBadArgument (rate not in (1, 10]). */
+ * StatusBadArgument (rate not in (1, 10]).
+ * @{ */
+
+/** @name Level sizes
+ * @{ */
+/** The size of a neighbouring level. */
 StatusCode rvxiGetPyramidDownROI(RoiSize srcRoi, RoiSize *dstRoi, float rate);
 StatusCode rvxiGetPyramidUpROI(RoiSize srcRoi, RoiSize *dstRoiMin, RoiSize *dstRoiMax, float rate);
+/** @} */
 
-/* A pyramid: the sizes of its levels and room to note where they lie. Level 0 is the base; every array has levelCount
+/** A pyramid: the sizes of its levels and room to note where they lie. Level 0 is the base; every array has levelCount
  * + 1 entries. The caller stores pointers to level images of its own and their row steps, and may keep a layer state
  * here; the library never writes these fields once the record is made. */
 typedef struct PyramidRecord {
-    void **images;      /* first pixels of the levels; null at first */
-    RoiSize *roiSizes;  /* sizes of the levels: the base, and of every further one what rvxiGetPyramidDownROI says */
-    double *scales;     /* 1, and every further one the one before it times 1.0 / rate, in double */
-    int32_t *steps;     /* row steps of the levels in bytes; 0 at first */
-    void *layerState;   /* a slot for the caller's layer state; null at first */
-    int32_t levelCount; /* levels above the base: `level`, or fewer when 1 x 1 is reached */
+    void **images;      /**< first pixels of the levels; null at first */
+    RoiSize *roiSizes;  /**< sizes of the levels: the base, and of every further one what rvxiGetPyramidDownROI says */
+    double *scales;     /**< 1, and every further one the one before it times 1.0 / rate, in double */
+    int32_t *steps;     /**< row steps of the levels in bytes; 0 at first */
+    void *layerState;   /**< a slot for the caller's layer state; null at first */
+    int32_t levelCount; /**< levels above the base: `level`, or fewer when 1 x 1 is reached */
 } PyramidRecord;
 
-/* Makes a record with at most `level` levels above the base, one allocation. Status codes: StatusNullPointer,
+/** @name The record
+ * Makes a record with at most `level` levels above the base, one allocation. Status codes: StatusNullPointer,
  * StatusBadSize, StatusBadArgument (rate not in (1, 10], level below 1), StatusNoMemory. rvxiPyramidFree releases the
- * record, not the images (StatusNullPointer). */
+ * record, not the images (StatusNullPointer).
+ * @{ */
+/** Makes or releases a record. */
 StatusCode rvxiPyramidInitAlloc(PyramidRecord **pyramid, int32_t level, RoiSize baseRoi, float rate);
 StatusCode rvxiPyramidFree(PyramidRecord *pyramid);
+/** @} */
+/** @} */
 
-/* ----------------------------------------------------------------------------------------------- Layers of any rate */
-
-/* One step of a pyramid at any rate in (1, 10], smoothed by a symmetric kernel of the caller's. A state holds what
+/** @defgroup pyramid_layers Layers of any rate
+ * One step of a pyramid at any rate in (1, 10], smoothed by a symmetric kernel of the caller's. A state holds what
  * depends on kernel and rate; made for the size of the largest source, it serves every source size. It holds row
  * buffers too: one state must not serve two calls at the same time. The working functions allocate nothing.
  *
@@ -132,10 +156,17 @@ StatusCode rvxiPyramidFree(PyramidRecord *pyramid);
  * Status codes of InitAlloc, in the order of the checks: StatusNullPointer (state, kernel), StatusBadSize (srcRoi),
  * StatusBadArgument (mode not 2, rate, kernelSize), StatusNoMemory, StatusKernelNotSymmetric (38, the state is made).
  * Of Free: StatusNullPointer. Of the working functions: StatusNullPointer, StatusBadSize (srcRoi), StatusBadStep,
- * StatusStepNotMultiple (16u, 32f), StatusBadArgument (the state's rate), StatusBadSize (dstRoi). */
+ * StatusStepNotMultiple (16u, 32f), StatusBadArgument (the state's rate), StatusBadSize (dstRoi).
+ * @{ */
+
+/** A state of the way down. */
 typedef struct PyramidLayerDownState PyramidLayerDownState;
+/** A state of the way up. */
 typedef struct PyramidLayerUpState PyramidLayerUpState;
 
+/** @name Down
+ * @{ */
+/** Makes, releases or applies a state of the way down. */
 StatusCode rvxiPyramidLayerDownInitAlloc_8u_C1R(PyramidLayerDownState **state, RoiSize srcRoi, float rate,
                                                 const int16_t *kernel, int32_t kernelSize, int32_t mode);
 StatusCode rvxiPyramidLayerDownInitAlloc_8u_C3R(PyramidLayerDownState **state, RoiSize srcRoi, float rate,
@@ -166,7 +197,11 @@ StatusCode rvxiPyramidLayerDown_32f_C1R(const float *src, int32_t srcStep, RoiSi
                                         RoiSize dstRoi, PyramidLayerDownState *state);
 StatusCode rvxiPyramidLayerDown_32f_C3R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
                                         RoiSize dstRoi, PyramidLayerDownState *state);
+/** @} */
 
+/** @name Up
+ * @{ */
+/** Makes, releases or applies a state of the way up. */
 StatusCode rvxiPyramidLayerUpInitAlloc_8u_C1R(PyramidLayerUpState **state, RoiSize srcRoi, float rate,
                                               const int16_t *kernel, int32_t kernelSize, int32_t mode);
 StatusCode rvxiPyramidLayerUpInitAlloc_8u_C3R(PyramidLayerUpState **state, RoiSize srcRoi, float rate,
@@ -197,6 +232,9 @@ StatusCode rvxiPyramidLayerUp_32f_C1R(const float *src, int32_t srcStep, RoiSize
                                       RoiSize dstRoi, PyramidLayerUpState *state);
 StatusCode rvxiPyramidLayerUp_32f_C3R(const float *src, int32_t srcStep, RoiSize srcRoi, float *dst, int32_t dstStep,
                                       RoiSize dstRoi, PyramidLayerUpState *state);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,5 @@
-/* Regions of a picture: distances, filling, labelling and segmentation. */
-
-/* Regions of a picture: distances, filling, labelling, speckles and outlines. */
+/** @file
+ * Regions of a picture: distances, filling, labelling, speckles and outlines. */
 #ifndef RVXCV_SEGMENT_H
 #define RVXCV_SEGMENT_H
 
@@ -10,9 +9,12 @@
 extern "C" {
 #endif
 
-/* --------------------------------------------------------------------------------------------- Distance transforms */
+/** @defgroup segment Regions
+ * Distances, filling, labelling, segmentation, speckles and outlines.
+ * @{ */
 
-/* For every pixel of an 8-bit image the distance to the nearest zero pixel.
+/** @defgroup chamfer Chamfer distances
+ * For every pixel of an 8-bit image the distance to the nearest zero pixel.
  *
  * Chamfer transforms (G. Borgefors, Distance Transformations in Digital Images, CVGIP 34, 1986) measure along paths of
  * steps between pixels of the region: horizontal and vertical ones cost metrics[0] = a, diagonal ones metrics[1] = b,
@@ -37,7 +39,12 @@ extern "C" {
  * additions as the path has steps; sums that are integers below 2^24 are exact.
  *
  * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (16u and 32f destinations),
- * StatusBadMetric (a cost below 1, or a float cost that is not above 0: zero of either sign, negative, NaN). */
+ * StatusBadMetric (a cost below 1, or a float cost that is not above 0: zero of either sign, negative, NaN).
+ * @{ */
+
+/** @name Transforms
+ * @{ */
+/** Distances along paths of steps. */
 StatusCode rvxiDistanceTransform_3x3_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
                                             RoiSize roi, const int32_t *metrics);
 StatusCode rvxiDistanceTransform_5x5_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,
@@ -52,8 +59,10 @@ StatusCode rvxiDistanceTransform_3x3_8u32f_C1R(const uint8_t *src, int32_t srcSt
                                                RoiSize roi, const float *metrics);
 StatusCode rvxiDistanceTransform_5x5_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep,
                                                RoiSize roi, const float *metrics);
+/** @} */
 
-/* The usual costs of a mask (kerSize 3 or 5): two values for 3x3, three for 5x5.
+/** @name Usual costs
+ * The usual costs of a mask (kerSize 3 or 5): two values for 3x3, three for 5x5.
  *
  *     kerSize  norm          32s         32f
  *        3     NormInf       1 1         1  1
@@ -63,15 +72,23 @@ StatusCode rvxiDistanceTransform_5x5_8u32f_C1R(const uint8_t *src, int32_t srcSt
  *        5     NormL1        1 2 3       1  2  3
  *        5     NormL2        5 7 11      1  1.4  2.1969
  *
- * Status codes: StatusNullPointer, StatusBadSize (kerSize), StatusBadArgument (norm). */
+ * Status codes: StatusNullPointer, StatusBadSize (kerSize), StatusBadArgument (norm).
+ * @{ */
+/** The usual costs of a mask. */
 StatusCode rvxiGetDistanceTransformMask_32s(int32_t kerSize, NormKind norm, int32_t *metrics);
 StatusCode rvxiGetDistanceTransformMask_32f(int32_t kerSize, NormKind norm, float *metrics);
+/** @} */
 
-/* The float costs of maskType = 10 * kerSize + norm. Status codes: StatusBadArgument (a last digit other than 0, 1 and
+/** The float costs of maskType = 10 * kerSize + norm. Status codes: StatusBadArgument (a last digit other than 0, 1 and
  * 2), then as above. */
 StatusCode rvxiGetDistanceTransformMask(int32_t maskType, float *metrics);
+/** @} */
 
-/* The Euclidean distance, exact: every result is the float nearest to the square root of the integer squared distance.
+/** @defgroup true_distance Exact distance
+ * The Euclidean distance of every pixel of an 8-bit image to the nearest zero pixel.
+ * @{ */
+
+/** The Euclidean distance, exact: every result is the float nearest to the square root of the integer squared distance.
  * In an image without a zero pixel every result is the square root of the largest float, 1.8446743e19. The squared
  * distances of a row are the lower envelope of parabolas over its columns' distances (A. Meijster, J. Roerdink and
  * W. Hesselink, A General Algorithm for Computing Distance Transforms in Linear Time, 2000).
@@ -79,13 +96,13 @@ StatusCode rvxiGetDistanceTransformMask(int32_t maskType, float *metrics);
 StatusCode rvxiTrueDistanceTransform_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep,
                                                RoiSize roi, uint8_t *buffer);
 
-/* Bytes of its scratch buffer, which may start at any address: with n the larger side rounded up to a multiple of 4,
+/** Bytes of its scratch buffer, which may start at any address: with n the larger side rounded up to a multiple of 4,
  * 24 n + 56. StatusNullPointer, StatusBadSize. */
 StatusCode rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferSize);
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------ Flood fill */
-
-/* Paints, in place, the connected region that grows from a seed pixel, and says how large it is. A pixel belongs to the
+/** @defgroup flood_fill Flood fill
+ * Paints, in place, the connected region that grows from a seed pixel, and says how large it is. A pixel belongs to the
  * region when it is the seed or joins from a pixel of the region that touches it: on one of four sides (4Con), or also
  * at a corner (8Con). What joins is judged on the values before the fill, whatever the new value is:
  *
@@ -109,22 +126,31 @@ StatusCode rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roi, int32_t
  *
  * Status codes, in the order of the checks: StatusNullPointer (image, region, buffer, and of three channels the
  * values), StatusBadSize, StatusBadStep (step below width times the size of ONE element, for three channels as well:
- * rows that overlap are the caller's business), StatusStepNotMultiple, StatusOutOfRange (seed outside the image). */
+ * rows that overlap are the caller's business), StatusStepNotMultiple, StatusOutOfRange (seed outside the image).
+ * @{ */
 
+/** What was painted. */
 typedef struct ConnectedComponent {
-    double area;     /* pixels painted */
-    double value[3]; /* the new value; of one channel value[0], and zeros */
-    Rect2i rect;     /* the smallest rectangle around the painted pixels */
+    double area;     /**< pixels painted */
+    double value[3]; /**< the new value; of one channel value[0], and zeros */
+    Rect2i rect;     /**< the smallest rectangle around the painted pixels */
 } ConnectedComponent;
 
-/* Bytes of scratch: 6 width height + 32 for plain and range fills, (width + 2) (height + 2) + 16 width height + 64 for
+/** @name Scratch
+ * Bytes of scratch: 6 width height + 32 for plain and range fills, (width + 2) (height + 2) + 16 width height + 64 for
  * gradient fills. The buffer may start at any address. The sizes are computed in 64 bits and stored in 32: above some
  * 350 (125) million pixels the number that is returned is too small (or negative) and the caller must form it himself.
- * StatusNullPointer, StatusBadSize. */
+ * StatusNullPointer, StatusBadSize.
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiFloodFillGetSize(RoiSize roi, int32_t *bufferSize);
 StatusCode rvxiFloodFillGetSize_Grad(RoiSize roi, int32_t *bufferSize);
+/** @} */
 
-/* Plain. */
+/** @name Plain
+ * Plain.
+ * @{ */
+/** Fills what equals the seed. */
 StatusCode rvxiFloodFill_4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
                                       ConnectedComponent *region, uint8_t *buffer);
 StatusCode rvxiFloodFill_4Con_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, Point2i seed, uint16_t newVal,
@@ -153,8 +179,12 @@ StatusCode rvxiFloodFill_8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSize ro
                                        ConnectedComponent *region, uint8_t *buffer);
 StatusCode rvxiFloodFill_8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
                                        ConnectedComponent *region, uint8_t *buffer);
+/** @} */
 
-/* Range. */
+/** @name Range
+ * Range.
+ * @{ */
+/** Fills what is near the seed's value. */
 StatusCode rvxiFloodFill_Range4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t newVal,
                                            uint8_t minDelta, uint8_t maxDelta, ConnectedComponent *region,
                                            uint8_t *buffer);
@@ -191,8 +221,12 @@ StatusCode rvxiFloodFill_Range8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSi
 StatusCode rvxiFloodFill_Range8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *newVal,
                                             const float *minDelta, const float *maxDelta, ConnectedComponent *region,
                                             uint8_t *buffer);
+/** @} */
 
-/* Gradient. */
+/** @name Gradient
+ * Gradient.
+ * @{ */
+/** Fills what is reached by small steps. */
 StatusCode rvxiFloodFill_Grad4Con_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, Point2i seed, uint8_t minDelta,
                                           uint8_t maxDelta, uint8_t newVal, ConnectedComponent *region,
                                           uint8_t *buffer);
@@ -227,10 +261,11 @@ StatusCode rvxiFloodFill_Grad8Con_16u_C3IR(uint16_t *image, int32_t step, RoiSiz
 StatusCode rvxiFloodFill_Grad8Con_32f_C3IR(float *image, int32_t step, RoiSize roi, Point2i seed, const float *minDelta,
                                            const float *maxDelta, const float *newVal, ConnectedComponent *region,
                                            uint8_t *buffer);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------------- Labelling */
-
-/* Gives every connected component of the pixels that are not zero a label; zeros stay zero. The components are taken in
+/** @defgroup label Labelling
+ * Gives every connected component of the pixels that are not zero a label; zeros stay zero. The components are taken in
  * the order of their first pixels (rows from the top, each from the left) and get minLabel, minLabel + 1 ..; after
  * maxLabel comes minLabel again, so that components share labels when there are more of them than labels. count
  * receives the number of components in any case. norm chooses which pixels are connected: NormInf those that touch on
@@ -241,7 +276,12 @@ StatusCode rvxiFloodFill_Grad8Con_32f_C3IR(float *image, int32_t step, RoiSize r
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple;
  * StatusBadArgument (minLabel below 1, minLabel above maxLabel, maxLabel above 254, 65534 or 2147483646 for 8u, 16u and
- * 32s); StatusBadArgument (norm). */
+ * 32s); StatusBadArgument (norm).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Labels the connected components. */
 StatusCode rvxiLabelMarkers_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, int32_t minLabel, int32_t maxLabel,
                                     NormKind norm, int32_t *count, uint8_t *buffer);
 StatusCode rvxiLabelMarkers_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi, int32_t minLabel, int32_t maxLabel,
@@ -249,16 +289,24 @@ StatusCode rvxiLabelMarkers_16u_C1IR(uint16_t *image, int32_t step, RoiSize roi,
 StatusCode rvxiLabelMarkers_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, RoiSize roi,
                                       int32_t minLabel, int32_t maxLabel, NormKind norm, int32_t *count,
                                       uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch: those of rvxiFloodFillGetSize. StatusNullPointer, StatusBadSize. */
+/** @name Scratch
+ * Bytes of scratch: those of rvxiFloodFillGetSize. StatusNullPointer, StatusBadSize.
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiLabelMarkersGetBufferSize_8u_C1R(RoiSize roi, int32_t *bufferSize);
 StatusCode rvxiLabelMarkersGetBufferSize_16u_C1R(RoiSize roi, int32_t *bufferSize);
 StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferSize);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------- Fast marching and inpainting */
+/** @defgroup fast_marching Fast marching
+ * Arrival times of a front that moves at one pixel per unit of time.
+ * @{ */
 
-/* When a front that starts from the zero pixels of an 8-bit image and moves one pixel per unit of time arrives at every
- * pixel (J. Sethian, A fast marching level set method for monotonically advancing fronts, PNAS 93(4), 1996; first
+/** When a front that starts from the zero pixels of an 8-bit image and moves one pixel per unit of time arrives at
+ * every pixel (J. Sethian, A fast marching level set method for monotonically advancing fronts, PNAS 93(4), 1996; first
  * order). T is 0 where src is 0; those pixels are accepted from the start. The other pixels wait. When one of its four
  * neighbours is accepted, a waiting pixel takes the smaller of its T and the value that follows, in single precision,
  * from a, the smallest T of the accepted ones among left and right, and b, that among above and below:
@@ -275,11 +323,13 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferS
 StatusCode rvxiFastMarching_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                       uint8_t *buffer);
 
-/* Bytes of its scratch buffer, which may start at any address: 8 (width + 2) (height + 2) + 4 width height + 64.
+/** Bytes of its scratch buffer, which may start at any address: 8 (width + 2) (height + 2) + 4 width height + 64.
  * StatusNullPointer, StatusBadSize. */
 StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferSize);
+/** @} */
 
-/* Repairs a picture: fills the hole, the pixels whose mask byte is not zero, from the pixels around it, and copies the
+/** @defgroup inpaint Inpainting
+ * Repairs a picture: fills the hole, the pixels whose mask byte is not zero, from the pixels around it, and copies the
  * others. dst may be src (with the same step) and must not overlap it otherwise. The hole's pixels of src have no
  * effect on the result, unless the hole is everything: then dst is src. Channels are treated alike and independently.
  * The arithmetic is that of single precision; 8u results are rounded to nearest even and saturated at the end.
@@ -312,24 +362,34 @@ StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferS
  * pixels that stand alone inside a hole. radius is checked and not used.
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple
- * (32f: srcStep, dstStep), StatusBadArgument (method), StatusOutOfRange (radius outside 1..100). */
+ * (32f: srcStep, dstStep), StatusBadArgument (method), StatusOutOfRange (radius outside 1..100).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Fills the hole. */
 StatusCode rvxiInpaint_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, uint8_t *dst,
                                int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
 StatusCode rvxiInpaint_8u_C3MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, uint8_t *dst,
                                int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
 StatusCode rvxiInpaint_32f_C1MR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, float *dst,
                                 int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch, for both methods and all pixel types; the buffer may start at any address. With
+/** @name Scratch
+ * Bytes of scratch, for both methods and all pixel types; the buffer may start at any address. With
  * Q = (width + 2 radius + 8) (height + 2 radius): 20 Q + 4 width height + 8 (2 radius + 8) (2 radius + 2) + 256.
- * StatusNullPointer, StatusBadSize, StatusOutOfRange (radius). */
+ * StatusNullPointer, StatusBadSize, StatusOutOfRange (radius).
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiInpaintGetBufferSize_8u_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
 StatusCode rvxiInpaintGetBufferSize_8u_C3MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
 StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_t *bufferSize);
+/** @} */
+/** @} */
 
-/* --------------------------------------------------------------------------- Watershed and gradient segmentation */
-
-/* Divide a picture among markers: touching cells, objects from a few strokes, the regions of a depth map.
+/** @defgroup segmentation Watershed and gradient segmentation
+ * Divide a picture among markers: touching cells, objects from a few strokes, the regions of a depth map.
  *
  * srcDst holds the markers and becomes the segmentation. A value above 0 is a seed with that label and a value below 0
  * a wall, which is never flooded and floods nothing; both are kept. 0 is a free pixel. norm says which pixels are
@@ -363,7 +423,12 @@ StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_
  * The labels of N(p) are those of seeds and of pixels already taken from a list; walls and lines have none.
  *
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple,
- * StatusBadArgument (norm), StatusBadArgument (flags: neither SegmentNoLines nor SegmentLines). */
+ * StatusBadArgument (norm), StatusBadArgument (flags: neither SegmentNoLines nor SegmentLines).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Divides a picture among markers. */
 StatusCode rvxiSegmentWatershed_8u32s_C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
                                            RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
 StatusCode rvxiSegmentWatershed_16u32s_C1IR(const uint16_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
@@ -372,18 +437,23 @@ StatusCode rvxiSegmentGradient_8u32s_C1IR(const uint8_t *src, int32_t srcStep, i
                                           RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
 StatusCode rvxiSegmentGradient_8u32s_C3C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
                                             RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch, which may start at any address. With q = (width + 2) (height + 2): Watershed 9 q + 4096 for 8u and
+/** @name Scratch
+ * Bytes of scratch, which may start at any address. With q = (width + 2) (height + 2): Watershed 9 q + 4096 for 8u and
  * 10 q + 540672 for 16u, Gradient 15 q + 4096 for one channel and 17 q + 4096 for three. StatusNullPointer,
- * StatusBadSize (also when the size does not fit in 32 bits). */
+ * StatusBadSize (also when the size does not fit in 32 bits).
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiSegmentWatershedGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiSegmentWatershedGetBufferSize_16u32s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *size);
+/** @} */
+/** @} */
 
-/* -------------------------------------------------------------------------------------- Speckles and segment bounds */
-
-/* Removes small patches from disparity, depth and label images. Two pixels that touch on one of four sides are joined
+/** @defgroup speckles Speckles
+ * Removes small patches from disparity, depth and label images. Two pixels that touch on one of four sides are joined
  * when neither equals newVal and their values differ by at most maxDiff: integers exactly, of floats the difference
  * rounded to float (a NaN joins nothing, and neither does an infinite pixel another one). Connected components of at
  * most maxSize pixels are painted newVal; everything else keeps its value. A float pixel that equals newVal as a number
@@ -391,7 +461,12 @@ StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *si
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple
  * (16u, 16s, 32f); StatusBadNormKind (norm other than NormL1); StatusOutOfRange (maxSize below 0); StatusOutOfRange
- * (maxDiff below 0 or NaN). */
+ * (maxDiff below 0 or NaN).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Removes small patches. */
 StatusCode rvxiMarkSpeckles_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t newVal, int32_t maxSize,
                                     uint8_t maxDiff, NormKind norm, uint8_t *buffer);
 StatusCode rvxiMarkSpeckles_16u_C1IR(uint16_t *srcDst, int32_t srcDstStep, RoiSize roi, uint16_t newVal,
@@ -400,23 +475,37 @@ StatusCode rvxiMarkSpeckles_16s_C1IR(int16_t *srcDst, int32_t srcDstStep, RoiSiz
                                      int16_t maxDiff, NormKind norm, uint8_t *buffer);
 StatusCode rvxiMarkSpeckles_32f_C1IR(float *srcDst, int32_t srcDstStep, RoiSize roi, float newVal, int32_t maxSize,
                                      float maxDiff, NormKind norm, uint8_t *buffer);
+/** @} */
 
-/* Bytes of scratch, which may start at any address: 4 width height + 16 width + 64. StatusNullPointer, StatusBadSize.
- */
+/** @name Scratch
+ * Bytes of scratch, which may start at any address: 4 width height + 16 width + 64. StatusNullPointer, StatusBadSize.
+ * @{ */
+/** Bytes of scratch. */
 StatusCode rvxiMarkSpecklesGetBufferSize_8u_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiMarkSpecklesGetBufferSize_16u_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiMarkSpecklesGetBufferSize_16s_C1R(RoiSize roi, int32_t *size);
 StatusCode rvxiMarkSpecklesGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
+/** @} */
+/** @} */
 
-/* Outlines segments, in place: a pixel becomes `value` when, in the image as it came, the pixel to its right or the one
+/** @defgroup bounds Segment bounds
+ * Outlines segments, in place: a pixel becomes `value` when, in the image as it came, the pixel to its right or the one
  * below differs from it, or (NormInf) the one below to the left or to the right. Pixels outside the region do not
  * count. The outline is one pixel wide and lies on the upper left side of the edge.
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize; StatusBadStep; StatusStepNotMultiple
- * (16u, 32s); StatusBadArgument (norm other than NormInf and NormL1). */
+ * (16u, 32s); StatusBadArgument (norm other than NormInf and NormL1).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Outlines segments. */
 StatusCode rvxiBoundSegments_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t value, NormKind norm);
 StatusCode rvxiBoundSegments_16u_C1IR(uint16_t *srcDst, int32_t srcDstStep, RoiSize roi, uint16_t value, NormKind norm);
 StatusCode rvxiBoundSegments_32s_C1IR(int32_t *srcDst, int32_t srcDstStep, RoiSize roi, int32_t value, NormKind norm);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/* Statistics: integral images and the deviations read from them; norms, means, deviations and extrema under masks. */
+/** @file
+ * Statistics: integral images and the deviations read from them; norms, means, deviations and extrema under masks. */
 #ifndef RVXCV_STATS_H
 #define RVXCV_STATS_H
 
@@ -8,9 +9,12 @@
 extern "C" {
 #endif
 
-/* -------------------------------------------------------------------------------------------------- Integral images */
+/** @defgroup stats Statistics
+ * Sums, deviations, norms and extrema.
+ * @{ */
 
-/* Integral images of a W x H source: each element is a sum of source pixels, so that the sum of any rectangle takes
+/** @defgroup integral Integral images
+ * Integral images of a W x H source: each element is a sum of source pixels, so that the sum of any rectangle takes
  * four elements. `val` (`valSqr` for the squares) is the value that the first row and column hold and that every sum
  * includes once; a 32f output takes a double val rounded to float. Outputs must not overlap the source or each other.
  *
@@ -25,23 +29,34 @@ extern "C" {
  * the sum of the row being complete before its one addition to the element above. 32s: sums wrap modulo 2^32. 64f: sums
  * of squares of a row are exact, the addition rounds once. 32f of 8u pixels: the row's sum is formed in groups of
  * eight, each pixel's exact integer sum within its group being added to the float sum at the last pixel of the group
- * before (it is exact up to 2^24: the groups show in rows of more than 65793 pixels only). */
+ * before (it is exact up to 2^24: the groups show in rows of more than 65793 pixels only).
+ * @{ */
+
+/** @name Upright
+ * @{ */
+/** Sums of 8u pixels. */
 StatusCode rvxiIntegral_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, RoiSize roi,
                                   int32_t val);
 StatusCode rvxiIntegral_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                   float val);
-/* Of 32f pixels: the row's sum adds pixel by pixel from the left, each sum rounded. Row 0 and column 0 are 0. */
+/** @} */
+/** Of 32f pixels: the row's sum adds pixel by pixel from the left, each sum rounded. Row 0 and column 0 are 0. */
 StatusCode rvxiIntegral_32f_C1R(const float *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi);
 
-/* Sums of the pixels in dst and of their squares in sqr. */
+/** @name Sums and squares
+ * Sums of the pixels in dst and of their squares in sqr.
+ * @{ */
+/** Sums of pixels and of their squares. */
 StatusCode rvxiSqrIntegral_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, int32_t *sqr,
                                      int32_t sqrStep, RoiSize roi, int32_t val, int32_t valSqr);
 StatusCode rvxiSqrIntegral_8u32s64f_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, double *sqr,
                                         int32_t sqrStep, RoiSize roi, int32_t val, double valSqr);
 StatusCode rvxiSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, double *sqr,
                                         int32_t sqrStep, RoiSize roi, double val, double valSqr);
+/** @} */
 
-/* Tilted by 45 degrees (Lienhart and Maydt, "An Extended Set of Haar-like Features for Rapid Object Detection", ICIP
+/** @name Tilted
+ * Tilted by 45 degrees (Lienhart and Maydt, "An Extended Set of Haar-like Features for Rapid Object Detection", ICIP
  * 2002): an output has H + 2 rows of W + 2 elements, an element being the sum of the triangle of pixels whose lower tip
  * it is. Rows 0 and 1 are val; every further row R comes from source row s and the output rows P1 and P2, one and two
  * above:
@@ -50,7 +65,9 @@ StatusCode rvxiSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcStep, flo
  *     R(0) = P1(1),  R(W + 1) = P1(W).
  *
  * 32s: sums wrap modulo 2^32. 32f and 64f: the sum of the two pixels (or squares) is exact, the other three steps are
- * made in this order and each rounds. */
+ * made in this order and each rounds.
+ * @{ */
+/** Sums over triangles. */
 StatusCode rvxiTiltedIntegral_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32_t *dst, int32_t dstStep, RoiSize roi,
                                         int32_t val);
 StatusCode rvxiTiltedIntegral_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
@@ -61,10 +78,11 @@ StatusCode rvxiTiltedSqrIntegral_8u32s64f_C1R(const uint8_t *src, int32_t srcSte
                                               double *sqr, int32_t sqrStep, RoiSize roi, int32_t val, double valSqr);
 StatusCode rvxiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep,
                                               double *sqr, int32_t sqrStep, RoiSize roi, double val, double valSqr);
+/** @} */
+/** @} */
 
-/* ---------------------------------------------------------------------------------------------- Rectangle deviation */
-
-/* Standard deviation of the pixels in a window, for every position: destination pixel (x, y) stands for the window
+/** @defgroup rect_std_dev Rectangle deviation
+ * Standard deviation of the pixels in a window, for every position: destination pixel (x, y) stands for the window
  * `rect` moved by (x, y). `sum` and `sqr` point to element (0, 0) of the integral images of pixels and squares; `roi`
  * is the size of the destination. A negative variance (rounding can make it slightly negative) becomes 0; windows of
  * equal pixels have deviation 0, or some millionths where the area's reciprocal rounds.
@@ -96,7 +114,12 @@ StatusCode rvxiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcSte
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height of roi); StatusBadStep
  * (steps of sum and sqr cover roi.width + rect.x + rect.width elements, that of dst roi.width); StatusStepNotMultiple
  * (as above); StatusBadSize (rect.x or rect.y negative, rect.width or rect.height below 1; tilted windows also: rect.x
- * below rect.height - 1, where the left corner would lie before the first column). */
+ * below rect.height - 1, where the left corner would lie before the first column).
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Standard deviation in a window, everywhere. */
 StatusCode rvxiRectStdDev_32f_C1R(const float *sum, int32_t sumStep, const double *sqr, int32_t sqrStep, float *dst,
                                   int32_t dstStep, RoiSize roi, Rect2i rect);
 StatusCode rvxiRectStdDev_32s32f_C1R(const int32_t *sum, int32_t sumStep, const double *sqr, int32_t sqrStep,
@@ -110,10 +133,11 @@ StatusCode rvxiTiltedRectStdDev_32s32f_C1R(const int32_t *sum, int32_t sumStep, 
 StatusCode rvxiTiltedRectStdDev_32s_C1RSfs(const int32_t *sum, int32_t sumStep, const int32_t *sqr, int32_t sqrStep,
                                            int32_t *dst, int32_t dstStep, RoiSize roi, Rect2i rect,
                                            int32_t scaleFactor);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------------------ Norms under masks */
-
-/* Size of an image, of a difference of two images, or of a difference relative to its second image. A pixel takes part
+/** @defgroup norms Norms under masks
+ * Size of an image, of a difference of two images, or of a difference relative to its second image. A pixel takes part
  * when its mask byte is not zero; what lies under a zero byte has no effect, a NaN neither. C3C members look at one
  * channel (1, 2 or 3) of three; the mask has one byte a pixel. With v a selected pixel (its difference src1 - src2):
  *
@@ -131,7 +155,12 @@ StatusCode rvxiTiltedRectStdDev_32s_C1RSfs(const int32_t *sum, int32_t sumStep, 
  *
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height below 1); StatusBadStep
  * (a step that does not cover its row, all channels counted); StatusStepNotMultiple (a 16u or 32f image's step is not a
- * multiple of the element size); StatusBadChannel. */
+ * multiple of the element size); StatusBadChannel.
+ * @{ */
+
+/** @name Of an image
+ * @{ */
+/** Norm of an image. */
 StatusCode rvxiNorm_Inf_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
                                 double *norm);
 StatusCode rvxiNorm_Inf_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
@@ -180,8 +209,12 @@ StatusCode rvxiNorm_L2_16u_C3CMR(const uint16_t *src, int32_t srcStep, const uin
                                  RoiSize roi, int32_t channel, double *norm);
 StatusCode rvxiNorm_L2_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
                                  int32_t channel, double *norm);
+/** @} */
 
-/* Of the difference src1 - src2. */
+/** @name Of a difference
+ * Of the difference src1 - src2.
+ * @{ */
+/** Norm of a difference. */
 StatusCode rvxiNormDiff_Inf_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
 StatusCode rvxiNormDiff_Inf_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
@@ -232,9 +265,13 @@ StatusCode rvxiNormDiff_L2_16u_C3CMR(const uint16_t *src1, int32_t src1Step, con
                                      const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
 StatusCode rvxiNormDiff_L2_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
                                      const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+/** @} */
 
-/* NormDiff(src1, src2) / Norm(src2), a division of doubles. 0 / 0 is 0: equal images, or nothing selected. Any other
- * difference from an image of norm 0 is infinite, or NaN where the difference is. */
+/** @name Relative
+ * NormDiff(src1, src2) / Norm(src2), a division of doubles. 0 / 0 is 0: equal images, or nothing selected. Any other
+ * difference from an image of norm 0 is infinite, or NaN where the difference is.
+ * @{ */
+/** Relative norm of a difference. */
 StatusCode rvxiNormRel_Inf_8u_C1MR(const uint8_t *src1, int32_t src1Step, const uint8_t *src2, int32_t src2Step,
                                    const uint8_t *mask, int32_t maskStep, RoiSize roi, double *norm);
 StatusCode rvxiNormRel_Inf_8s_C1MR(const int8_t *src1, int32_t src1Step, const int8_t *src2, int32_t src2Step,
@@ -283,11 +320,11 @@ StatusCode rvxiNormRel_L2_16u_C3CMR(const uint16_t *src1, int32_t src1Step, cons
                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
 StatusCode rvxiNormRel_L2_32f_C3CMR(const float *src1, int32_t src1Step, const float *src2, int32_t src2Step,
                                     const uint8_t *mask, int32_t maskStep, RoiSize roi, int32_t channel, double *norm);
+/** @} */
+/** @} */
 
-/* ------------------------------------------------------------------------------------------ Means, deviations, extrema
- */
-
-/* Mean and standard deviation (of the population: divided by n) of the n selected pixels; without a mask, of all. With
+/** @defgroup means Means and deviations
+ * Mean and standard deviation (of the population: divided by n) of the n selected pixels; without a mask, of all. With
  * nothing selected everything is 0 and the status StatusOk. Masks, channels, lane sums and status codes as for norms.
  *
  * Integers: S and Q are the exact sums of v and v * v (64 bits; Q below 2^32 pixels).
@@ -300,7 +337,12 @@ StatusCode rvxiNormRel_L2_32f_C3CMR(const float *src1, int32_t src1Step, const f
  *     q = D / n,  mean = p + q,  var = (E - D * q) / n, a negative one becomes 0,  stdDev = sqrt(var)
  *
  * Every operation rounds in double. NaN and infinity go through the formulas. Mean and Mean_StdDev give the same mean,
- * to the bit. The relative error of var is below n * (n + 16) * 2^-54, and near 2^-50 on pictures. */
+ * to the bit. The relative error of var is below n * (n + 16) * 2^-54, and near 2^-50 on pictures.
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Mean, or mean and standard deviation. */
 StatusCode rvxiMean_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
                             double *mean);
 StatusCode rvxiMean_8s_C1MR(const int8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
@@ -345,11 +387,19 @@ StatusCode rvxiMean_StdDev_16u_C3CMR(const uint16_t *src, int32_t srcStep, const
                                      RoiSize roi, int32_t channel, double *mean, double *stdDev);
 StatusCode rvxiMean_StdDev_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                      RoiSize roi, int32_t channel, double *mean, double *stdDev);
+/** @} */
+/** @} */
 
-/* The smallest and the largest selected pixel and their positions (x, y), x counting pixels: of equal ones the first,
+/** @defgroup extrema Extrema
+ * The smallest and the largest selected pixel and their positions (x, y), x counting pixels: of equal ones the first,
  * from the top left row by row. -0.0 and +0.0 are equal: the value is that of the first one. NaN is passed over. With
  * nothing selected, or nothing but NaN, both values are 0.0, both positions (-1, -1) and the status StatusOk. Masks,
- * channels and status codes as for norms. */
+ * channels and status codes as for norms.
+ * @{ */
+
+/** @name Members
+ * @{ */
+/** Smallest and largest pixel and their positions. */
 StatusCode rvxiMinMaxIndx_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
                                  Point2i *minIndex, Point2i *maxIndex);
 StatusCode rvxiMinMaxIndx_8s_C1R(const int8_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
@@ -386,6 +436,9 @@ StatusCode rvxiMinMaxIndx_16u_C3CMR(const uint16_t *src, int32_t srcStep, const 
 StatusCode rvxiMinMaxIndx_32f_C3CMR(const float *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep,
                                     RoiSize roi, int32_t channel, double *min, double *max, Point2i *minIndex,
                                     Point2i *maxIndex);
+/** @} */
+/** @} */
+/** @} */
 
 #ifdef __cplusplus
 }
