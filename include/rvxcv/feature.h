@@ -115,10 +115,10 @@ StatusCode rvxiMinEigenValGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, i
  * are formed by its steps 1 to 3. Dx is right minus left and Dy below minus above with every kernel, x points right and
  * y down. The Harris measure and line suppression take their derivatives by one of three filters, with the scale s:
  *
- *   DerivativeSobel     aperture 3 or 5   1 / 4080 or 1 / 65280
- *   DerivativeScharr    aperture 3        1 / 4080 * 0.6125f
- *   DerivativeCentral   aperture 3        1 / 255       right - left and below - above, with replicated edges: a ramp
- *                                                       measures the same as with 3x3 Sobel
+ *     DerivativeSobel     aperture 3 or 5   1 / 4080 or 1 / 65280
+ *     DerivativeScharr    aperture 3        1 / 4080 * 0.6125f
+ *     DerivativeCentral   aperture 3        1 / 255       right - left and below - above, with replicated edges: a ramp
+ *                                                         measures the same as with 3x3 Sobel
  *
  * Below, d = a - b, t = 4 * (c * c), r = sqrt(fma(d, d, t)), tr = a + b, and h = s * 0.5f; every operation on floats is
  * rounded, only what is written fma is fused. Images must not overlap unless a function says so.
@@ -129,9 +129,11 @@ StatusCode rvxiMinEigenValGetBufferSize_32f_C1R(RoiSize roi, int32_t aperture, i
  * l2 = h * (tr - r) the smaller one, equal to rvxiMinEigenVal's result to the bit. (x1, y1) is the direction in which
  * the image changes most, of length 1 and with x1 >= 0, and (x2, y2) = (-y1, x1). Where r is 0, (x1, y1) = (1, 0). Else
  * with e = c + c
+ *
  *     d >= 0:      u = (d + r, e)
  *     otherwise:   u = (|e|, r - d), or (|e|, -(r - d)) where e < 0
  *     (x1, y1) = (ux / n, uy / n),   n = sqrt(fma(ux, ux, uy * uy)).
+ *
  * kernel: MinEigenValSobel or MinEigenValScharr. aperture: 3, or 5 with Sobel. block: 3 or 5.
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep (a row of
  * the destination is 24 * width bytes); StatusStepNotMultiple; StatusBadArgument (kernel); StatusBadSize (aperture);
@@ -146,7 +148,9 @@ StatusCode rvxiEigenValsVecs_32f_C1R(const float *src, int32_t srcStep, float *d
 
 /** @name Harris measure
  * The measure of C. Harris and M. Stephens, "A Combined Corner and Edge Detector", Alvey Vision Conference 1988:
+ *
  *     dst = (s * s) * fma(-k, tr * tr, fma(a, b, -(c * c))),
+ *
  * that is l1 * l2 - k * (l1 + l2)^2: positive at corners, negative on edges. k is usually 0.04 to 0.06.
  * Status codes, in the order of the checks: StatusNullPointer; StatusBadSize (width or height); StatusBadStep;
  * StatusStepNotMultiple; StatusBadFilterKind; StatusBadSize (aperture); StatusBadSize (block); StatusOutOfRange (k
@@ -231,6 +235,7 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
  * Learning for High-Speed Corner Detection", ECCV 2006; other circles and arcs as in E. Rosten, R. Porter and T.
  * Drummond, "Faster and Better", IEEE PAMI 32(1), 2010). The circle of radius 1, 2 or 3 has 8, 12 or 16 points, as
  * (dx, dy) clockwise from the top:
+ *
  *     1: (0,-1) (1,-1) (1,0) (1,1) (0,1) (-1,1) (-1,0) (-1,-1)
  *     2: (0,-2) (1,-2) (2,-1) (2,0) (2,1) (1,2) (0,2) (-1,2) (-2,1) (-2,0) (-2,-1) (-1,-2)
  *     3: (0,-3) (1,-3) (2,-2) (3,-1) (3,0) (3,1) (2,2) (1,3) (0,3) (-1,3) (-2,2) (-3,1) (-3,0) (-3,-1) (-2,-2) (-1,-3)
@@ -306,7 +311,9 @@ StatusCode rvxiFastN2DToVec_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize 
  * resolution.rho truncated, both in single precision; half = (nRho - 1) / 2, truncated. The angles of the tables are
  * accumulated in single precision. With C and S the integer parts of cos(theta) and sin(theta) times 1024 /
  * resolution.rho, the marked pixel (x, y) votes at each angle for the cell
+ *
  *     ((q + 512) >> 10) + half,   q = x C + y S rounded to the nearest integer
+ *
  * (two products, one sum, in single precision; the shift rounds down). Cells run from -1 to nRho; where rounding in an
  * image of millions of columns could lead past them, the vote goes to the last one. A cell is a peak when its votes
  * exceed the threshold, exceed those at the previous rho and at both neighbouring angles, and are not fewer than those

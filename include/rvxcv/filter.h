@@ -178,11 +178,11 @@ StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roi, int32_
  *     box     1  1  1    1  1  1  1  1
  *
  * Results.
- *   8u16s: the exact sum.
- *   8u8s:  the exact sum times 1.0f / (float)divisor in single precision, saturated to -128..127. In a row of W pixels
- *          the first W - W % 16 are rounded to nearest even, the last W % 16 are truncated toward zero.
- *   32f:   bit for bit a row stage followed by a column stage of the separable pipeline with these kernels (in each the
- *          first tap is a plain product and every further tap, zeros too, a fused multiply-add).
+ * - 8u16s: the exact sum.
+ * - 8u8s: the exact sum times 1.0f / (float)divisor in single precision, saturated to -128..127. In a row of W pixels
+ *   the first W - W % 16 are rounded to nearest even, the last W % 16 are truncated toward zero.
+ * - 32f: bit for bit a row stage followed by a column stage of the separable pipeline with these kernels (in each the
+ *   first tap is a plain product and every further tap, zeros too, a fused multiply-add).
  *
  * Borders: kinds 0 (borderValue), 1, 2, 3, 4 and 6, with flags 16, 32, 64, 128 for sides whose outside pixels are read
  * from memory (1 pixel for 3x3, 2 for 5x5). Regions smaller than the margin wrap or reflect repeatedly. Bits above the
@@ -199,6 +199,7 @@ StatusCode rvxiFilterColumnPipelineGetBufferSize_Low_16s_C3R(RoiSize roi, int32_
 
 /** @name SobelVert
  * Left minus right: a vertical edge from bright to dark is positive.
+ *
  *      1  0 -1
  *      2  0 -2
  *      1  0 -1
@@ -220,6 +221,7 @@ StatusCode rvxiFilterSobelVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask, 
 
 /** @name SobelHoriz
  * Below minus above.
+ *
  *     -1 -2 -1
  *      0  0  0
  *      1  2  1
@@ -241,6 +243,7 @@ StatusCode rvxiFilterSobelHorizGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask,
 
 /** @name SobelVertSecond
  * Second derivative along the rows.
+ *
  *      1 -2  1
  *      2 -4  2
  *      1 -2  1
@@ -262,6 +265,7 @@ StatusCode rvxiFilterSobelVertSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode 
 
 /** @name SobelHorizSecond
  * Second derivative along the columns.
+ *
  *      1  2  1
  *     -2 -4 -2
  *      1  2  1
@@ -283,6 +287,7 @@ StatusCode rvxiFilterSobelHorizSecondGetBufferSize_32f_C1R(RoiSize roi, MaskCode
 
 /** @name SobelNegVert
  * Right minus left: SobelVert with the opposite sign.
+ *
  *     -1  0  1
  *     -2  0  2
  *     -1  0  1
@@ -304,6 +309,7 @@ StatusCode rvxiFilterSobelNegVertGetBufferSize_32f_C1R(RoiSize roi, MaskCode mas
 
 /** @name SobelCross
  * Derivative along both axes.
+ *
  *     -1  0  1
  *      0  0  0
  *      1  0 -1
@@ -325,6 +331,7 @@ StatusCode rvxiFilterSobelCrossGetBufferSize_32f_C1R(RoiSize roi, MaskCode mask,
 
 /** @name ScharrVert
  * Right minus left (the orientation of SobelNegVert), 3x3.
+ *
  *     -3  0  3
  *    -10  0 10
  *     -3  0  3
@@ -344,6 +351,7 @@ StatusCode rvxiFilterScharrVertGetBufferSize_32f_C1R(RoiSize roi, int32_t *size)
 
 /** @name ScharrHoriz
  * Below minus above, 3x3.
+ *
  *     -3 -10 -3
  *      0   0  0
  *      3  10  3
@@ -363,6 +371,7 @@ StatusCode rvxiFilterScharrHorizGetBufferSize_32f_C1R(RoiSize roi, int32_t *size
 
 /** @name Laplacian
  * The sum of SobelVertSecond and SobelHorizSecond (before division and saturation).
+ *
  *      2  0  2        2  4   4  4  2
  *      0 -8  0        4  0  -8  0  4
  *      2  0  2        4 -8 -24 -8  4
@@ -436,11 +445,11 @@ StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t 
  * any address too and holds nothing between calls. Source and destination must not overlap.
  *
  * Status codes, in the order of the checks.
- *   GetBufferSize and Init: StatusNullPointer (a size; the record or the buffer), StatusBadSize, StatusBadArgument (K
+ * - GetBufferSize and Init: StatusNullPointer (a size; the record or the buffer), StatusBadSize, StatusBadArgument (K
  *   below 3 or even), StatusBadDataType, StatusBadChannelLayout (neither 1 nor 3), then Init: StatusBadArgument (sigma
  *   not above 0), StatusBadBorder. GetBufferSize answers StatusBadSize, too, where a size does not fit; then neither is
  *   written.
- *   Border functions: StatusNullPointer (source, destination, record, buffer, a border value that is needed),
+ * - Border functions: StatusNullPointer (source, destination, record, buffer, a border value that is needed),
  *   StatusBadStep, StatusStepNotMultiple (not 8u), StatusBadSize, StatusBadArgument (K), StatusBadBorder,
  *   StatusBadDataType (the record is for another type).
  * @{ */

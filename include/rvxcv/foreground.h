@@ -36,17 +36,8 @@ extern "C" {
  * sum e e < (t2 v) (g g): a darker pixel of the same colour (A. Prati, I. Mikic, M. Trivedi, R. Cucchiara, "Detecting
  * Moving Shadows", IEEE PAMI 25(7), 2003). For one channel every darkening down to the ratio counts. For learning it is
  * foreground.
- * @{ */
-
-/** Decisions: the values of a map. */
-enum {
-    ForegroundNo = 0,       /**< background */
-    ForegroundShadow = 127, /**< background in shadow */
-    ForegroundYes = 255     /**< foreground */
-};
-
-/** @name Records
- * 128 bytes, then the model: GetSize tells the bytes of both. A record lies in the caller's memory at an
+ *
+ * Records. 128 bytes, then the model: GetSize tells the bytes of both. A record lies in the caller's memory at an
  * address that is a multiple of 8 (64 is fastest) and holds no pointers: it may be copied with memcpy or written to a
  * file. The fields may be read, not written. Init clears the model. One call at a time may use a record; a failing call
  * leaves it as it was.
@@ -59,7 +50,15 @@ enum {
  * (roi, then roi not the record's); StatusBadStep (a step does not cover its row); StatusBadChannelCount (the record is
  * one for another number of channels); StatusOutOfRange (rate not in 0..1).
  *
- * Of GetBackground: the same without the rate; then StatusError (no call has learned yet). */
+ * Of GetBackground: the same without the rate; then StatusError (no call has learned yet).
+ * @{ */
+
+/** Decisions: the values of a map. */
+enum {
+    ForegroundNo = 0,       /**< background */
+    ForegroundShadow = 127, /**< background in shadow */
+    ForegroundYes = 255     /**< foreground */
+};
 
 /** @defgroup foreground_gaussian Single Gaussian
  * C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997. A pixel has a mean a

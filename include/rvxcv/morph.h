@@ -655,9 +655,9 @@ StatusCode rvxiMorphGradientBorder_1u_C1R(const uint8_t *src, int32_t srcStep, i
  * domes and regional maxima found, and openings keep the shapes of what they keep. src is the mask, the limit; srcDst
  * is the marker and becomes the result, J:
  *
- *   Dilate   J = min(marker, mask); then J = min(largest J of the pixel and its neighbours, mask), everywhere at once,
- *            until nothing changes
- *   Erode    the same with min and max exchanged
+ *     Dilate   J = min(marker, mask); then J = min(largest J of the pixel and its neighbours, mask), everywhere at
+ *              once, until nothing changes
+ *     Erode    the same with min and max exchanged
  *
  * norm chooses the neighbours: NormInf the eight around a pixel, NormL1 the four beside it. Pixels outside the region
  * take no part. The result is unique, so it does not depend on the order of the work, and every value of it is one of

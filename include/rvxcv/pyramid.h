@@ -66,8 +66,10 @@ StatusCode rvxiPyrUp_Gauss5x5_32f_C3R(const float *src, int32_t srcStep, float *
 
 /** @name Scratch
  * Bytes of scratch for a source width, a pixel type (8u, 8s or 32f) and 1 or 3 channels:
+ *
  *     down  roundup16(roiWidth * 4 * channels) * 6 + 64
  *     up    roundup16(roiWidth * 8 * channels) * 3 + 64
+ *
  * Status codes: StatusNullPointer, StatusBadSize (width below 1), StatusBadChannelCount, StatusBadDataType,
  * StatusBadSize (a size that does not fit).
  * @{ */
@@ -83,7 +85,9 @@ StatusCode rvxiPyrUpGetBufSize_Gauss5x5(int32_t roiWidth, PixelTypeCode pixelTyp
  * them on their own. All of it is single-precision arithmetic whose results are truncated toward zero.
  *
  * Up: a level of length n may grow to any length from
+ *
  *     1 if n is 1, else max(trunc((n - 1) * rate) + 1, n + 1)     to     max(trunc(n * rate), n + 1).
+ *
  * Down: a level of length n shrinks to the candidate max(1, trunc(n / rate + 0.5)), corrected one by one until n lies
  * in the range to which the candidate may grow. So 1 stays 1 and every other length becomes shorter.
  *

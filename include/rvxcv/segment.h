@@ -106,10 +106,10 @@ StatusCode rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R(RoiSize roi, int32_t
  * region when it is the seed or joins from a pixel of the region that touches it: on one of four sides (4Con), or also
  * at a corner (8Con). What joins is judged on the values before the fill, whatever the new value is:
  *
- *   plain      p == s, where s is the seed's value
- *   range      s - minDelta <= p <= s + maxDelta
- *   gradient   q - minDelta <= p <= q + maxDelta, where q is the value of the pixel from which p is reached; with
- *              different deltas a step may be allowed in one direction only
+ *     plain      p == s, where s is the seed's value
+ *     range      s - minDelta <= p <= s + maxDelta
+ *     gradient   q - minDelta <= p <= q + maxDelta, where q is the value of the pixel from which p is reached; with
+ *                different deltas a step may be allowed in one direction only
  *
  * Of three channels all must agree. Bounds of integers do not wrap. Bounds of floats are rounded to float once and all
  * comparisons are those of IEEE 754: a NaN joins nowhere and nothing joins from it, -0.0 equals 0.0. The seed is
@@ -311,8 +311,8 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferS
  * neighbours is accepted, a waiting pixel takes the smaller of its T and the value that follows, in single precision,
  * from a, the smallest T of the accepted ones among left and right, and b, that among above and below:
  *
- *   one of them without an accepted pixel, or |a - b| >= 1:  the smaller one + 1
- *   otherwise:  max(a, b, 0.5 ((a + b) + sqrt(2 - (a - b) (a - b))))
+ *     one of them without an accepted pixel, or |a - b| >= 1:  the smaller one + 1
+ *     otherwise:  max(a, b, 0.5 ((a + b) + sqrt(2 - (a - b) (a - b))))
  *
  * The waiting pixel with the smallest T is accepted next, of equal ones the first in the order of rows and columns, so
  * that every bit of the result is fixed. Distances from a straight edge are exact; from a single zero they lie between
@@ -342,10 +342,10 @@ StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferS
  * pixels the one given below. With (nx, ny) the differences of T at p, over all known or filled q with
  * 0 < dx^2 + dy^2 <= radius^2, where (dx, dy) = q - p and (rx, ry) = p - q:
  *
- *   il = (float)(1 / sqrt(dx^2 + dy^2)), il2 = (float)(1 / (dx^2 + dy^2)), both in double
- *   w  = (max(|fma(rx, nx, ry ny)| il, 1e-6f) il2) / (1 + |T(p) - T(q)|)
- *   v  = fma(gx, rx, fma(gy, ry, I(q)))
- *   Sw += w,  Sv = fma(w, v, Sv),  Sx = fma(w, gx, Sx),  Sy = fma(w, gy, Sy)
+ *     il = (float)(1 / sqrt(dx^2 + dy^2)), il2 = (float)(1 / (dx^2 + dy^2)), both in double
+ *     w  = (max(|fma(rx, nx, ry ny)| il, 1e-6f) il2) / (1 + |T(p) - T(q)|)
+ *     v  = fma(gx, rx, fma(gy, ry, I(q)))
+ *     Sw += w,  Sv = fma(w, v, Sv),  Sx = fma(w, gx, Sx),  Sy = fma(w, gy, Sy)
  *
  * I(p) = Sv / Sw, which 8u limits to 0..255, and the gradient of p is (Sx / Sw, Sy / Sw). Each sum has eight lanes that
  * start at +0: q adds to lane (dx + radius) mod 8, row by row; then lane i takes lane i + 4, then i + 2, then i + 1.
