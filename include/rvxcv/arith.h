@@ -10,6 +10,8 @@ extern "C" {
 #endif
 
 /** @defgroup arith Accumulators and differences
+ * Frames added up, averaged and compared.
+ *
  * Status codes, in the order of the checks: StatusNullPointer (an image is null), StatusBadSize (width or height
  * below 1), StatusBadStep (a step does not cover the row; computed without wrapping), StatusStepNotMultiple (a step
  * of a 16-bit image is odd, of a 32f image not a multiple of 4). With 16u sources the two step checks are made for

@@ -14,6 +14,8 @@ extern "C" {
  * @{ */
 
 /** @defgroup canny Canny edges
+ * Thin lines where a picture changes most.
+ *
  * Edges by the method of J. Canny, "A Computational Approach to Edge Detection", IEEE PAMI 8(6), 1986: gradient
  * magnitude, suppression of all but local maxima across the edge, and hysteresis with two thresholds. The output is 255
  * on edge pixels and 0 elsewhere.
@@ -231,6 +233,8 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
 /** @} */
 
 /** @defgroup fast FAST corners
+ * Corners found by looking at a circle around every pixel.
+ *
  * Corners found by comparing a pixel p with the points of a circle around it (E. Rosten and T. Drummond, "Machine
  * Learning for High-Speed Corner Detection", ECCV 2006; other circles and arcs as in E. Rosten, R. Porter and T.
  * Drummond, "Faster and Better", IEEE PAMI 32(1), 2010). The circle of radius 1, 2 or 3 has 8, 12 or 16 points, as
@@ -247,7 +251,7 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
  * are no corners.
  * @{ */
 
-/** Flags. FastScore: corners are marked with their scores instead of 255. FastNonMax, only together with FastScore:
+/** Flags of the map. FastScore: corners are marked with their scores instead of 255. FastNonMax, only together with FastScore:
  * a corner stays when its score is greater than those at the four neighbours before it in scan order (above left,
  * above, above right, left) and not less than those at the four behind; what is no corner counts 0. */
 enum {
@@ -303,6 +307,8 @@ StatusCode rvxiFastN2DToVec_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize 
 /** @} */
 
 /** @defgroup hough Hough lines
+ * Straight lines through the marked pixels of an image.
+ *
  * Straight lines in a two-level image (not zero: marked), by the transform of R. O. Duda and P. E. Hart, "Use of the
  * Hough Transformation to Detect Lines and Curves in Pictures", CACM 15(1), 1972. A line is the pair (rho, theta) of
  * x cos(theta) + y sin(theta) = rho; the resolution divides rho and theta into cells.
@@ -347,6 +353,8 @@ StatusCode rvxiHoughLineGetSize_8u_C1R(RoiSize roi, HoughResolution resolution, 
 /** @} */
 
 /** @defgroup hough_prob Line segments
+ * Pieces of straight lines, each with its two ends.
+ *
  * Line segments, by the progressive probabilistic transform of J. Matas, C. Galambos and J. Kittler, "Robust Detection
  * of Lines Using the Progressive Probabilistic Hough Transform", CVIU 78, 2000. Marked pixels are taken in a random
  * order and vote for all angles. As soon as the best cell of a pixel holds `threshold` votes (of equal cells, the one

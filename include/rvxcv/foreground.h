@@ -61,6 +61,8 @@ enum {
 };
 
 /** @defgroup foreground_gaussian Single Gaussian
+ * One Gaussian a pixel: the fastest of the three models.
+ *
  * C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997. A pixel has a mean a
  * channel and one variance v; v = 0: no model. d_c = s_c - m_c, D = sum d d.
  *
@@ -117,6 +119,8 @@ StatusCode rvxiForegroundGaussianGetBackground_8u_C3R(uint8_t *dst, int32_t dstS
 /** @} */
 
 /** @defgroup foreground_mixture Mixture of Gaussians
+ * Several Gaussians a pixel: backgrounds that sway or flicker.
+ *
  * C. Stauffer and W. E. L. Grimson, "Adaptive background mixture models for real-time tracking", CVPR 1999, with the
  * updates of Z. Zivkovic, ICPR 2004. K components, each with a weight w, a variance v and a mean a channel, in order of
  * falling weight; w = 0: empty. D_k as above. k* is the first k with w_k > 0 and D_k < t2 v_k; before(k) = w_0 + ... +
@@ -179,6 +183,8 @@ StatusCode rvxiFGMMGetBackground_8u_C3R(uint8_t *dst, int32_t dstStep, RoiSize r
 /** @} */
 
 /** @defgroup foreground_histogram Colour histogram
+ * A table of colours a pixel: backgrounds with few distinct colours.
+ *
  * L. Li, W. Huang, I. Y. H. Gu, Q. Tian, "Foreground object detection from videos containing complex background", ACM
  * Multimedia 2003, with colours as features. N entries, each with a colour, p (how often seen) and b (how often seen as
  * background; never above p), 16 bits, 65535 standing for always; in order of falling p; p = 0: empty. All in integers.

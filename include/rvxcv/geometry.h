@@ -10,6 +10,8 @@ extern "C" {
 #endif
 
 /** @defgroup undistort Lens undistortion
+ * Makes straight lines straight that a lens has bent.
+ *
  * A camera with focal lengths fx, fy and principal point (cx, cy), in pixels, whose lens bends straight lines: radially
  * (k1, k2) and tangentially (p1, p2) (D. C. Brown, "Close-Range Camera Calibration", Photogrammetric Engineering 37(8),
  * 1971). The pixel in column x and row y of the picture without distortion stands, in the picture that was taken, at

@@ -650,6 +650,8 @@ StatusCode rvxiMorphGradientBorder_1u_C1R(const uint8_t *src, int32_t srcStep, i
 /** @} */
 
 /** @defgroup reconstruct Reconstruction
+ * Markers that grow inside a mask.
+ *
  * Grows a marker inside a mask until nothing changes (L. Vincent, Morphological Grayscale Reconstruction in Image
  * Analysis, IEEE Transactions on Image Processing 2(2), 1993): holes are filled, objects that touch the frame removed,
  * domes and regional maxima found, and openings keep the shapes of what they keep. src is the mask, the limit; srcDst

@@ -16,6 +16,8 @@ extern "C" {
  * @{ */
 
 /** @defgroup motion_history Motion history
+ * Where something moved, and when.
+ *
  * A motion history image holds in every pixel the time at which motion was last seen there, 0 where that is longer ago
  * than a duration (J. W. Davis and A. F. Bobick, "The Representation and Recognition of Action Using Temporal
  * Templates", CVPR 1997). One call folds in the silhouette of a frame, an image that is not zero where something moved.
@@ -136,6 +138,8 @@ StatusCode rvxiCopySubpixIntersect_8u16u_C1RSfs(const uint8_t *src, int32_t srcS
 /** @} */
 
 /** @defgroup optical_flow Optical flow
+ * Points followed from one frame to the next.
+ *
  * Points followed from one frame to the next by the iterative method of Lucas and Kanade over two pyramids, from the
  * coarsest level to the finest (J.-Y. Bouguet, Pyramidal Implementation of the Lucas Kanade Feature Tracker, 2000).
  *

@@ -303,9 +303,8 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferS
 
 /** @defgroup fast_marching Fast marching
  * Arrival times of a front that moves at one pixel per unit of time.
- * @{ */
-
-/** When a front that starts from the zero pixels of an 8-bit image and moves one pixel per unit of time arrives at
+ *
+ * When a front that starts from the zero pixels of an 8-bit image and moves one pixel per unit of time arrives at
  * every pixel (J. Sethian, A fast marching level set method for monotonically advancing fronts, PNAS 93(4), 1996; first
  * order). T is 0 where src is 0; those pixels are accepted from the start. The other pixels wait. When one of its four
  * neighbours is accepted, a waiting pixel takes the smaller of its T and the value that follows, in single precision,
@@ -319,7 +318,10 @@ StatusCode rvxiLabelMarkersGetBufferSize_8u32s_C1R(RoiSize roi, int32_t *bufferS
  * the Euclidean distance and 1.21 times that, and nowhere above the city-block distance (up to rounding). Without a
  * zero pixel every result is 3.4028235e38.
  *
- * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (dstStep). */
+ * Status codes: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (dstStep).
+ * @{ */
+
+/** The arrival times of all pixels. */
 StatusCode rvxiFastMarching_8u32f_C1R(const uint8_t *src, int32_t srcStep, float *dst, int32_t dstStep, RoiSize roi,
                                       uint8_t *buffer);
 
