@@ -1,0 +1,326 @@
+#!/usr/bin/python3
+"""Makes the pages of `./dev docs`: one a family, from docs/families.json and from what is written elsewhere anyway.
+
+    docs.py check XML              every exported name and every member of the headers has a text
+    docs.py pictures RVXCV OUT     the pictures, made by the program
+    docs.py pages XML OUT          the pages for doxygen: what they show beside the headers' own texts
+
+A family is a group of the headers (@defgroup) that has functions. Its members and statuses come from the headers, its
+cost from docs/performance.md, its examples from examples/families/GROUP.c, python/examples/GROUP.py and those that the
+table names. Run from the project's folder by scripts/docs.sh.
+"""
+
+import fnmatch
+import html
+import json
+import re
+import shutil
+import subprocess
+import sys
+import xml.etree.ElementTree as xml
+from pathlib import Path
+
+TABLE = Path("docs/families.json")
+EXPORTS = Path("src/frame/exports.def")
+PERFORMANCE = Path("docs/performance.md")
+NAME = re.compile(r"rvxi(?P<operation>\w+?)_(?P<variant>(?:\d+[usf])+(?:_\w+)?)$")
+
+
+def fail(complaints):
+    for complaint in complaints:
+        print(f"docs: {complaint}", file=sys.stderr)
+    sys.exit(1 if complaints else 0)
+
+
+# ------------------------------------------------------------------------------------------- what the headers say
+
+
+def text_of(element, *tags):
+    return "".join("".join(part.itertext()) for tag in tags for part in element.findall(tag)).strip()
+
+
+class Headers:
+    """The groups, functions and statuses that doxygen found in the headers."""
+
+    def __init__(self, folder):
+        compounds = [xml.parse(path).getroot().find("compounddef") for path in sorted(Path(folder).glob("*.xml"))]
+        self.compounds = [c for c in compounds if c is not None and c.get("kind") not in ("dir", "page")]
+        self.groups = {c.findtext("compoundname"): c for c in self.compounds if c.get("kind") == "group"}
+        by_id = {c.get("id"): name for name, c in self.groups.items()}
+        self.parents = {by_id[inner.get("refid")]: name for name, c in self.groups.items() for inner in c.findall("innergroup")}
+
+    def undocumented(self):
+        for compound in self.compounds:
+            where = compound.findtext("compoundname")
+            for item in compound.iter():
+                if item.tag in ("compounddef", "memberdef", "enumvalue"):
+                    if not text_of(item, "briefdescription", "detaileddescription"):
+                        yield f"{where}: {item.findtext('name') or item.get('kind')} has no text"
+
+    def functions(self, group):
+        """In the order of the header."""
+        found = [m for m in self.groups[group].iter("memberdef") if m.get("kind") == "function"]
+        return [m.findtext("name") for m in sorted(found, key=lambda m: int(m.find("location").get("line")))]
+
+    def families(self):
+        return [group for group in self.groups if self.functions(group)]
+
+    def title(self, group):
+        return self.groups[group].findtext("title")
+
+    def brief(self, group):
+        return re.sub(r"\s+", " ", text_of(self.groups[group], "briefdescription"))
+
+    def header(self, group):
+        return Path(self.groups[group].find(".//memberdef[@kind='function']/location").get("file")).name
+
+    def statuses(self, group):
+        """The statuses that the texts of a group name, or else those of the group around it: names and meanings."""
+        values = {v.findtext("name"): text_of(v, "briefdescription") for v in self.groups["types"].iter("enumvalue")}
+        named = set()
+        while group and not named:
+            named = set(re.findall(r"Status\w+", " ".join(self.groups[group].itertext()))) & set(values)
+            named -= {"StatusOk"}
+            group = self.parents.get(group)
+        return [(name, meaning) for name, meaning in values.items() if name in named]
+
+
+def exported_names():
+    return re.findall(r"^EXPORT\((\w+)\)", EXPORTS.read_text(), re.M)
+
+
+def check(folder):
+    headers = Headers(folder)
+    complaints = list(headers.undocumented())
+    documented = {name for group in headers.groups for name in headers.functions(group)}
+    complaints += [f"{name} is exported, but no group of the headers has it" for name in exported_names() if name not in documented]
+    fail(complaints)
+
+
+# --------------------------------------------------------------------------------------------------- the table
+
+
+class Families:
+    """docs/families.json, checked against the headers."""
+
+    def __init__(self, headers):
+        table = json.loads(TABLE.read_text())
+        self.entries = table["families"]
+        known = headers.families()
+        complaints = [f"{TABLE}: no family has the group {g}" for g in self.entries if g not in known]
+        complaints += [f"{TABLE}: the family {g} is missing" for g in known if g not in self.entries]
+        for group, entry in self.entries.items():
+            if not (("picture" in entry or "output" in entry) ^ ("no_picture" in entry)):
+                complaints.append(f"{TABLE}: {group} needs either a picture, an output or a reason")
+            complaints += [f"{TABLE}: {group}: no examples/{n}.c" for n in entry.get("examples", []) if not Path(f"examples/{n}.c").exists()]
+        if complaints:
+            fail(complaints)
+
+
+class Costs:
+    """The rows of docs/performance.md that say what a call costs: (row, 640x480, 1920x1080, unit)."""
+
+    HEAD = "| Row | 640x480 | 1920x1080 | goal |"
+
+    def __init__(self):
+        self.rows = []
+        unit = None
+        paragraph = ""
+        for line in PERFORMANCE.read_text().splitlines():
+            if line == self.HEAD:
+                unit = "ns a pixel" if "nanoseconds a pixel" in paragraph else "copies"
+                paragraph = ""
+            elif not line.startswith("|"):
+                unit = None
+                paragraph += " " + line.strip()
+            elif unit and (row := re.match(r"\| `([^`]+)` \| *([\d.]+) *\| *([\d.]+) *\|", line)):
+                self.rows.append((*row.groups(), unit))
+
+    @staticmethod
+    def belongs(row, functions, patterns):
+        member = re.match(r"\w*?_(?:\d+[usf])+_[A-Z0-9]+[A-Za-z]*?(?=_|\b)|\w+", row).group()
+        return "rvxi" + member in functions or any(fnmatch.fnmatchcase(row, pattern) for pattern in patterns)
+
+
+# ------------------------------------------------------------------------------------------------- the pictures
+
+
+class Pictures:
+    """Runs the program for what docs/families.json asks. @NAME is a picture made before, @frames six of them."""
+
+    def __init__(self, program, folder):
+        self.program = Path(program).resolve()
+        self.folder = Path(folder)
+        self.folder.mkdir(parents=True, exist_ok=True)
+
+    def words(self, command, out):
+        for word in command:
+            if word == "@frames":
+                yield from (str(self.folder / f"street-{frame}.png") for frame in range(6))
+            elif word == "@teach":
+                yield from 5 * [str(self.folder / f"empty-{frame}.png") for frame in range(6)]
+            elif word.startswith("@"):
+                yield str(self.folder / f"{word[1:]}.png")
+            else:
+                yield word.replace("{out}", str(out)).replace("{folder}", str(self.folder))
+
+    def run(self, command, out=""):
+        words = [str(self.program), *self.words(command, out)]
+        done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+        if done.returncode != 0:
+            fail([f"{' '.join(words)}: {done.stdout}"])
+        return done.stdout
+
+    def scratches(self, name, width, height):
+        """A mask of slanted scratches: white where the picture is lost."""
+        row = lambda y: bytes(255 if (x - y // 3) % (width // 6) < 4 else 0 for x in range(width))
+        (self.folder / f"{name}.png").with_suffix(".pgm").write_bytes(
+            b"P5 %d %d 255\n" % (width, height) + b"".join(row(y) for y in range(height)))
+
+    def make(self):
+        table = json.loads(TABLE.read_text())
+        self.scratches("scratches", 480, 360)
+        for name, command in table["pictures"].items():
+            self.run(command, self.folder / f"{name}.png")
+        for group, entry in table["families"].items():
+            if "from" in entry:
+                self.run(entry["picture"], self.folder / group)
+                shutil.copy(self.folder / group / entry["from"], self.folder / after(group, entry))
+            elif "picture" in entry:
+                self.run(entry["picture"], self.folder / after(group, entry))
+            elif "output" in entry:
+                (self.folder / f"{group}.txt").write_text(self.run(entry["output"]))
+
+
+# ---------------------------------------------------------------------------------------------------- the pages
+
+
+def after(group, entry):
+    return group + entry.get("suffix", ".png")
+
+
+def shown(command):
+    """A command of the table as a user would type it."""
+    words = " ".join(command).replace("{out}", "out.png").replace("{folder}/", "")
+    return "rvxcv " + re.sub(r"@([\w-]+)", r"\1.png", words.replace("@frames", "street-*.png").replace("@teach", "empty-*.png"))
+
+
+def picture(group, entry):
+    if "no_picture" in entry:
+        return f"<p class=\"nopicture\">No picture: {entry['no_picture']}</p>\n"
+    shots = []
+    if "picture" in entry or "before" in entry:
+        shots += [("before" if "picture" in entry else "of", f"{entry.get('before', 'street-0')}.png")]
+    if "picture" in entry:
+        shots += [(f"after: {entry['caption']}", after(group, entry))]
+    lines = [f"<div><span class=\"label\">{label}</span>\n@image html {name}\n</div>" for label, name in shots]
+    lines += [f"<div class=\"command\"><code>{shown(entry.get('picture') or entry['output'])}</code></div>"]
+    if "output" in entry:
+        lines += [f"@verbinclude {group}.txt"]
+    # No empty line: it would end the block.
+    return "<div class=\"pictures\">" + "\n".join(lines) + "</div>\n"
+
+
+def members(headers, group):
+    """Operations and their variants, each with a link."""
+    rows = {}
+    for name in headers.functions(group):
+        match = NAME.match(name)
+        operation, variant = (match["operation"], match["variant"]) if match else (name.removeprefix("rvxi"), "")
+        rows.setdefault(operation, []).append((name, variant))
+    table = "\n".join(
+        f"| @ref {some[0][0]} \"{operation}\" | |" if not some[0][1]
+        else f"| %{operation} | {', '.join(f'@ref {name} {chr(34)}{variant}{chr(34)}' for name, variant in some)} |"
+        for operation, some in rows.items())
+    count = sum(len(some) for some in rows.values())
+    said = f"{count} functions, declared" if count > 1 else "One function, declared"
+    return f"<h2>Members</h2>\n\n{said} in `{headers.header(group)}`.\n\n| Operation | Variants |\n|---|---|\n{table}\n"
+
+
+def statuses(headers, group):
+    named = headers.statuses(group)
+    if not named:
+        return ""
+    rows = "\n".join(f"| #{name} | {meaning} |" for name, meaning in named)
+    return f"<h2>Statuses</h2>\n\n#StatusOk, or\n\n| Status | Meaning |\n|---|---|\n{rows}\n"
+
+
+def cost(rows, group):
+    if not rows:
+        return ""
+    text = [f"<h2>Cost</h2>\n"]
+    for unit, meaning in (("copies", "In copies of a 32f image of the same size"), ("ns a pixel", "In nanoseconds a pixel")):
+        some = [row for row in rows if row[3] == unit]
+        if some:
+            text += [f"{meaning} ([how it was measured](docs/performance.md)):\n", "| Row | 640x480 | 1920x1080 |", "|---|---:|---:|"]
+            text += [f"| `{name}` | {small} | {large} |" for name, small, large, _ in some]
+            text += [""]
+    return "\n".join(text)
+
+
+def examples(group, entry):
+    text = []
+    c_files = [f"families/{group}.c"] + [f"{name}.c" for name in entry.get("examples", [])]
+    python_files = [f"{name}.py" for name in [group] + entry.get("python", [])]
+    for language, folder, files in (("C", "examples", c_files), ("Python", "python/examples", python_files)):
+        present = [name for name in files if Path(folder, name).exists()]
+        if present:
+            text += [f"<h2>Example in {language}</h2>\n"]
+            text += [f"`{folder}/{name}`\n\n@include {folder}/{name}\n" for name in present]
+    return "\n".join(text)
+
+
+def gallery(headers, families):
+    """The page of all families: cards with the pictures that they make."""
+    cards = ["/** @page families Families in pictures", "", "What the library does, family by family."]
+    parent = ""
+    for group, entry in families.entries.items():
+        around = headers.parents.get(group, group)
+        if around != parent:
+            cards += ["</div>" if parent else "", f"<h2>{headers.title(around)}</h2>", "<div class=\"cards\">"]
+            parent = around
+        picture_of = [f"@image html {after(group, entry)}"] if "picture" in entry else ["<div class=\"blank\"></div>"]
+        title = f"<div class=\"title\">@ref {group} \"{headers.title(group)}\"</div>"
+        cards += ["<div class=\"card\">", *picture_of, title, f"<div class=\"brief\">{html.escape(headers.brief(group), quote=False)}</div></div>"]
+    return "\n".join(cards + ["</div>", "*/"])
+
+
+def pages(folder, out):
+    headers = Headers(folder)
+    families = Families(headers)
+    costs = Costs()
+    out = Path(out)
+    for part in ("before", "after"):
+        (out / part).mkdir(parents=True, exist_ok=True)
+    unclaimed = set(row[0] for row in costs.rows)
+    complaints = []
+    for group, entry in families.entries.items():
+        functions = set(headers.functions(group))
+        rows = [row for row in costs.rows if Costs.belongs(row[0], functions, entry.get("bench", []))]
+        for pattern in entry.get("bench", []):
+            if not any(fnmatch.fnmatchcase(row[0], pattern) for row in costs.rows):
+                complaints.append(f"{TABLE}: {group}: no row of {PERFORMANCE} is like {pattern}")
+        unclaimed -= {row[0] for row in rows}
+        head = picture(group, entry)
+        parts = [members(headers, group), statuses(headers, group), cost(rows, group), examples(group, entry)]
+        (out / "before" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{head}\n*/\n")
+        (out / "after" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{chr(10).join(parts)}\n*/\n")
+    complaints += [f"{PERFORMANCE}: no family has the row {name}" for name in sorted(unclaimed)]
+    (out / "before" / "families.dox").write_text(gallery(headers, families))
+    fail(complaints)
+
+
+def main():
+    match sys.argv[1:]:
+        case ["check", folder]:
+            check(folder)
+        case ["pictures", program, out]:
+            Pictures(program, out).make()
+        case ["pages", folder, out]:
+            pages(folder, out)
+        case _:
+            sys.exit(__doc__)
+
+
+if __name__ == "__main__":
+    main()
