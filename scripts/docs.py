@@ -6,10 +6,11 @@
     docs.py pages XML OUT          the pages for doxygen: what they show beside the headers' own texts
 
 A family is a group of the headers (@defgroup) that has functions. Its members and statuses come from the headers, its
-cost from docs/performance.md, its examples from examples/families/GROUP.c, python/examples/GROUP.py and those that the
+cost from docs/performance.md, its examples from examples/families/GROUP.c and the programs and Python functions that the
 table names. Run from the project's folder by scripts/docs.sh.
 """
 
+import ast
 import fnmatch
 import html
 import json
@@ -75,23 +76,33 @@ class Headers:
         return Path(self.groups[group].find(".//memberdef[@kind='function']/location").get("file")).name
 
     def statuses(self, group):
-        """The statuses that the texts of a group name, or else those of the group around it: names and meanings."""
+        """The statuses that the texts of a group name, or else those of the group around it: which group's, and names and
+        meanings."""
+        where = group
         values = {v.findtext("name"): text_of(v, "briefdescription") for v in self.groups["types"].iter("enumvalue")}
         named = set()
         while group and not named:
             named = set(re.findall(r"Status\w+", " ".join(self.groups[group].itertext()))) & set(values)
             named -= {"StatusOk"}
+            where = group
             group = self.parents.get(group)
-        return [(name, meaning) for name, meaning in values.items() if name in named]
+        return where, [(name, meaning) for name, meaning in values.items() if name in named]
 
 
 def exported_names():
     return re.findall(r"^EXPORT\((\w+)\)", EXPORTS.read_text(), re.M)
 
 
+def repeated_names():
+    """doxygen joins the @name groups of one header that have the same name, and moves members to the first one's family."""
+    for path in sorted(Path("include").rglob("*.h")):
+        names = re.findall(r"@name (.*)", path.read_text())
+        yield from (f"{path}: two groups have the name {name}" for name in sorted(set(names)) if names.count(name) > 1)
+
+
 def check(folder):
     headers = Headers(folder)
-    complaints = list(headers.undocumented())
+    complaints = [*headers.undocumented(), *repeated_names()]
     documented = {name for group in headers.groups for name in headers.functions(group)}
     complaints += [f"{name} is exported, but no group of the headers has it" for name in exported_names() if name not in documented]
     fail(complaints)
@@ -202,7 +213,8 @@ def after(group, entry):
 def shown(command):
     """A command of the table as a user would type it."""
     words = " ".join(command).replace("{out}", "out.png").replace("{folder}/", "")
-    return "rvxcv " + re.sub(r"@([\w-]+)", r"\1.png", words.replace("@frames", "street-*.png").replace("@teach", "empty-*.png"))
+    words = words.replace("@frames", "street-*.png").replace("@teach", "empty-*.png")
+    return "rvxcv " + re.sub(r"@([\w-]+)", r"\1.png", words).replace("--", "\\--")
 
 
 def picture(group, entry):
@@ -237,12 +249,13 @@ def members(headers, group):
     return f"<h2>Members</h2>\n\n{said} in `{headers.header(group)}`.\n\n| Operation | Variants |\n|---|---|\n{table}\n"
 
 
-def statuses(headers, group):
-    named = headers.statuses(group)
+def statuses(headers, group, like):
+    where, named = headers.statuses(like)
     if not named:
         return ""
+    order = "in the text" if where == group else f"in @ref {where} \"{headers.title(where)}\""
     rows = "\n".join(f"| #{name} | {meaning} |" for name, meaning in named)
-    return f"<h2>Statuses</h2>\n\n#StatusOk, or\n\n| Status | Meaning |\n|---|---|\n{rows}\n"
+    return f"<h2>Statuses</h2>\n\n#StatusOk, or one of these; in which order things are checked is told {order}.\n\n| Status | Meaning |\n|---|---|\n{rows}\n"
 
 
 def cost(rows, group):
@@ -258,16 +271,32 @@ def cost(rows, group):
     return "\n".join(text)
 
 
-def examples(group, entry):
-    text = []
-    c_files = [f"families/{group}.c"] + [f"{name}.c" for name in entry.get("examples", [])]
-    python_files = [f"{name}.py" for name in [group] + entry.get("python", [])]
-    for language, folder, files in (("C", "examples", c_files), ("Python", "python/examples", python_files)):
-        present = [name for name in files if Path(folder, name).exists()]
-        if present:
-            text += [f"<h2>Example in {language}</h2>\n"]
-            text += [f"`{folder}/{name}`\n\n@include {folder}/{name}\n" for name in present]
-    return "\n".join(text)
+class Python:
+    """What python/ has to show: the Examples of the functions' docstrings, which doctest runs, and whole programs."""
+
+    def __init__(self):
+        self.examples = {}
+        for path in sorted(Path("python/rvxcv").glob("*.py")):
+            for item in ast.parse(path.read_text()).body:
+                if isinstance(item, (ast.FunctionDef, ast.ClassDef)):
+                    text = ast.get_docstring(item) or ""
+                    found = re.search(r"^Examples\n-+\n(.*?)(?=\n\n\w[^\n]*\n---|\Z)", text, re.M | re.S)
+                    if found:
+                        self.examples[item.name] = f"```py\n{found[1].strip()}\n```"
+
+    def example(self, name):
+        program = Path("python/examples", f"{name}.py")
+        if program.exists():
+            return f"`{program}`\n\n@include {program}\n"
+        return f"`rvxcv.{name}`\n\n{self.examples[name]}\n" if name in self.examples else None
+
+
+def examples(group, entry, python):
+    programs = [f"examples/{name}.c" for name in [f"families/{group}", *entry.get("examples", [])]]
+    shown_c = [f"`{name}`\n\n@include {name}\n" for name in programs if Path(name).exists()]
+    shown_python = [text for name in [group, *entry.get("python", [])] if (text := python.example(name))]
+    text = ["<h2>Example in C</h2>\n", *shown_c] if shown_c else []
+    return "\n".join(text + (["<h2>Example in Python</h2>\n", *shown_python] if shown_python else []))
 
 
 def gallery(headers, families):
@@ -289,6 +318,7 @@ def pages(folder, out):
     headers = Headers(folder)
     families = Families(headers)
     costs = Costs()
+    python = Python()
     out = Path(out)
     for part in ("before", "after"):
         (out / part).mkdir(parents=True, exist_ok=True)
@@ -302,7 +332,7 @@ def pages(folder, out):
                 complaints.append(f"{TABLE}: {group}: no row of {PERFORMANCE} is like {pattern}")
         unclaimed -= {row[0] for row in rows}
         head = picture(group, entry)
-        parts = [members(headers, group), statuses(headers, group), cost(rows, group), examples(group, entry)]
+        parts = [members(headers, group), statuses(headers, group, entry.get("statuses_like", group)), cost(rows, group), examples(group, entry, python)]
         (out / "before" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{head}\n*/\n")
         (out / "after" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{chr(10).join(parts)}\n*/\n")
     complaints += [f"{PERFORMANCE}: no family has the row {name}" for name in sorted(unclaimed)]

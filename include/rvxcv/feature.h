@@ -102,7 +102,7 @@ StatusCode rvxiMinEigenVal_32f_C1R(const float *src, int32_t srcStep, float *dst
                                    int32_t kernel, int32_t aperture, int32_t block, uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of the measure
  * Bytes of scratch for any kernel at this aperture and block. StatusNullPointer; StatusBadSize (width, height, aperture
  * or block, or a size that does not fit).
  * @{ */
@@ -176,7 +176,7 @@ StatusCode rvxiLineSuppression_8u_C1R(const uint8_t *src, int32_t srcStep, const
                                       uint8_t *dst, int32_t dstStep, RoiSize roi, int32_t filter, int32_t aperture,
                                       int32_t block, float ratio, uint8_t *buffer);
 
-/** @name Scratch
+/** @name Scratch of the three
  * Bytes of scratch for any kernel or filter at this aperture and block: those of the corner measure (line suppression:
  * of 8u sources). StatusNullPointer; StatusBadSize (width, height, aperture or block, or a size that does not fit).
  * @{ */
@@ -222,7 +222,7 @@ StatusCode rvxiFindPeaks3x3_32f_C1R(const float *src, int32_t srcStep, RoiSize r
                                     uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of the search
  * Bytes of scratch for an image's width: ((width + 5) >> 2) * 128 + 32. StatusNullPointer, StatusBadSize (width below 1
  * or a size that does not fit).
  * @{ */

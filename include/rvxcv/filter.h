@@ -532,7 +532,7 @@ StatusCode rvxiFilterGaussBorder_32f_C1R(const float *src, int32_t srcStep, floa
  * StatusBadArgument (norm is none of NormInf, NormL1, NormL2).
  * @{ */
 
-/** @name Members
+/** @name Magnitude
  * @{ */
 /** The magnitude of a colour gradient. */
 StatusCode rvxiGradientColorToGray_8u_C3C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,

@@ -96,7 +96,7 @@ typedef struct ForegroundGaussianState {
     int32_t reserved[21];            /**< 0 */
 } ForegroundGaussianState;
 
-/** @name Members
+/** @name Model of one Gaussian
  * @{ */
 /** The model of one Gaussian a pixel: size, start, decision, learning, background picture. */
 StatusCode rvxiForegroundGaussianGetSize_8u(RoiSize roi, int32_t channels, const ForegroundGaussianParams *params,
@@ -164,7 +164,7 @@ typedef struct FGMMState {
     int32_t reserved[18]; /**< 0 */
 } FGMMState;
 
-/** @name Members
+/** @name Model of several Gaussians
  * @{ */
 /** The mixture of Gaussians: size, start, decision, learning, background picture. */
 StatusCode rvxiFGMMGetSize_8u(RoiSize roi, int32_t channels, const FGMMParams *params, int32_t *stateSize);
@@ -225,7 +225,7 @@ typedef struct ForegroundHistogramState {
     int32_t reserved[23];             /**< 0 */
 } ForegroundHistogramState;
 
-/** @name Members
+/** @name Model of colours
  * @{ */
 /** The table of colours: size, start, decision, learning, background picture. */
 StatusCode rvxiForegroundHistogramGetSize_8u(RoiSize roi, int32_t channels, const ForegroundHistogramParams *params,

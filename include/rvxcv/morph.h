@@ -28,7 +28,7 @@ extern "C" {
  * int32_t).
  * @{ */
 
-/** @name Scratch
+/** @name Scratch of the minimum and maximum
  * @{ */
 /** Bytes of scratch. */
 StatusCode rvxiFilterMinGetBufferSize_8u_C1R(int32_t roiWidth, RoiSize maskSize, int32_t *bufferSize);
@@ -150,7 +150,7 @@ typedef struct MorphState {
     MorphSpec spec; /**< the analysed mask */
 } MorphState;
 
-/** @name Sizes
+/** @name Sizes of a flat record
  * Sizes of the record and of the work buffer in bytes; the latter also serves ..Init. Status codes, in the order of the
  * checks: StatusNullPointer, StatusBadSize (width, mask width or mask height below 1, or a size that does not fit in an
  * int32_t; then neither is written).
@@ -383,7 +383,7 @@ typedef struct GrayMorphEntry {
     } value;          /**< what is added or taken away */
 } GrayMorphEntry;
 
-/** @name Sizes
+/** @name Sizes of a grey record
  * Sizes of the record and of the buffer, in bytes. The buffer may start at any address and holds nothing between calls.
  * Status codes, in the order of the checks: StatusNullPointer, StatusBadSize (width, mask width or mask height below 1,
  * or a size that does not fit in an int32_t; then neither is written).
@@ -404,7 +404,7 @@ StatusCode rvxiGrayMorphologyInit_8u_C1R(int32_t roiWidth, const int32_t *values
 StatusCode rvxiGrayMorphologyInit_32f_C1R(int32_t roiWidth, const float *values, RoiSize maskSize, GrayMorphSpec *spec);
 /** @} */
 
-/** @name Erosion and dilation
+/** @name Grey erosion and dilation
  * Erosion and dilation. Border kinds: BorderConstant (of borderValue), BorderReplicate and BorderInMemory, with flags
  * for sides in memory; of these, only rows and columns that positions reach are read. The destination must not overlap
  * the source. Status codes, in the order of the checks: StatusNullPointer, StatusBadContext (no record, or one of the
@@ -442,7 +442,7 @@ typedef struct MorphAdvSpec {
     int32_t basicBufferBytes;  /**< of an erosion's or dilation's work buffer for roi.width */
 } MorphAdvSpec;
 
-/** @name Sizes
+/** @name Sizes of a compound record
  * Sizes in bytes of the record and of the buffer, of the initialisation and of every operation. Status codes, in the
  * order of the checks: StatusNullPointer, StatusBadSize (a side of region or mask below 1, or a size that does not fit
  * in an int32_t; then neither is written).
@@ -688,7 +688,7 @@ StatusCode rvxiMorphReconstructErode_32f_C1IR(const float *src, int32_t srcStep,
                                               RoiSize roi, NormKind norm, uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of the reconstruction
  * Bytes of scratch, which may start at any address: 5 width height + 8 width + 2304. StatusNullPointer,
  * StatusBadSize.
  * @{ */

@@ -35,7 +35,7 @@ extern "C" {
  * StatusOutOfRange (duration < 0; a NaN passes).
  * @{ */
 
-/** @name Members
+/** @name Update
  * @{ */
 /** Folds the silhouette of a frame in. */
 StatusCode rvxiUpdateMotionHistory_8u32f_C1IR(const uint8_t *silhouette, int32_t silhouetteStep, float *history,
@@ -62,7 +62,7 @@ StatusCode rvxiUpdateMotionHistory_32f_C1IR(const float *silhouette, int32_t sil
  * StatusOutOfRange (a point lies outside the region), StatusLengthOverflow (more than 2^31 - 1 pixels).
  * @{ */
 
-/** @name Members
+/** @name Samples
  * @{ */
 /** Copies the pixels on a line. */
 StatusCode rvxiSampleLine_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, uint8_t *line, Point2i first,
@@ -104,7 +104,7 @@ StatusCode rvxiSampleLine_32f_C3R(const float *src, int32_t srcStep, RoiSize roi
  * is inside; nothing is written).
  * @{ */
 
-/** @name Members
+/** @name Copies
  * @{ */
 /** Copies a patch, the whole of it or what lies inside. */
 StatusCode rvxiCopySubpix_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize srcRoi, uint8_t *dst, int32_t dstStep,

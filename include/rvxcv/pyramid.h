@@ -35,7 +35,7 @@ extern "C" {
  * the order of the checks: StatusNullPointer, StatusBadSize, StatusBadStep, StatusStepNotMultiple (32f).
  * @{ */
 
-/** @name Members
+/** @name Halving and doubling
  * @{ */
 /** Halves or doubles an image. */
 StatusCode rvxiPyrDown_Gauss5x5_8u_C1R(const uint8_t *src, int32_t srcStep, uint8_t *dst, int32_t dstStep,

@@ -136,7 +136,7 @@ typedef struct ConnectedComponent {
     Rect2i rect;     /**< the smallest rectangle around the painted pixels */
 } ConnectedComponent;
 
-/** @name Scratch
+/** @name Scratch of the fills
  * Bytes of scratch: 6 width height + 32 for plain and range fills, (width + 2) (height + 2) + 16 width height + 64 for
  * gradient fills. The buffer may start at any address. The sizes are computed in 64 bits and stored in 32: above some
  * 350 (125) million pixels the number that is returned is too small (or negative) and the caller must form it himself.
@@ -279,7 +279,7 @@ StatusCode rvxiFloodFill_Grad8Con_32f_C3IR(float *image, int32_t step, RoiSize r
  * 32s); StatusBadArgument (norm).
  * @{ */
 
-/** @name Members
+/** @name Labels
  * @{ */
 /** Labels the connected components. */
 StatusCode rvxiLabelMarkers_8u_C1IR(uint8_t *image, int32_t step, RoiSize roi, int32_t minLabel, int32_t maxLabel,
@@ -291,7 +291,7 @@ StatusCode rvxiLabelMarkers_8u32s_C1R(const uint8_t *src, int32_t srcStep, int32
                                       uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of labelling
  * Bytes of scratch: those of rvxiFloodFillGetSize. StatusNullPointer, StatusBadSize.
  * @{ */
 /** Bytes of scratch. */
@@ -367,7 +367,7 @@ StatusCode rvxiFastMarchingGetBufferSize_8u32f_C1R(RoiSize roi, int32_t *bufferS
  * (32f: srcStep, dstStep), StatusBadArgument (method), StatusOutOfRange (radius outside 1..100).
  * @{ */
 
-/** @name Members
+/** @name Repair
  * @{ */
 /** Fills the hole. */
 StatusCode rvxiInpaint_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, uint8_t *dst,
@@ -378,7 +378,7 @@ StatusCode rvxiInpaint_32f_C1MR(const float *src, int32_t srcStep, const uint8_t
                                 int32_t dstStep, RoiSize roi, int32_t radius, InpaintMethod method, uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of inpainting
  * Bytes of scratch, for both methods and all pixel types; the buffer may start at any address. With
  * Q = (width + 2 radius + 8) (height + 2 radius): 20 Q + 4 width height + 8 (2 radius + 8) (2 radius + 2) + 256.
  * StatusNullPointer, StatusBadSize, StatusOutOfRange (radius).
@@ -428,7 +428,7 @@ StatusCode rvxiInpaintGetBufferSize_32f_C1MR(RoiSize roi, int32_t radius, int32_
  * StatusBadArgument (norm), StatusBadArgument (flags: neither SegmentNoLines nor SegmentLines).
  * @{ */
 
-/** @name Members
+/** @name Segmentations
  * @{ */
 /** Divides a picture among markers. */
 StatusCode rvxiSegmentWatershed_8u32s_C1IR(const uint8_t *src, int32_t srcStep, int32_t *srcDst, int32_t srcDstStep,
@@ -441,7 +441,7 @@ StatusCode rvxiSegmentGradient_8u32s_C3C1IR(const uint8_t *src, int32_t srcStep,
                                             RoiSize roi, NormKind norm, int32_t flags, uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of the segmentations
  * Bytes of scratch, which may start at any address. With q = (width + 2) (height + 2): Watershed 9 q + 4096 for 8u and
  * 10 q + 540672 for 16u, Gradient 15 q + 4096 for one channel and 17 q + 4096 for three. StatusNullPointer,
  * StatusBadSize (also when the size does not fit in 32 bits).
@@ -466,7 +466,7 @@ StatusCode rvxiSegmentGradientGetBufferSize_8u32s_C3C1R(RoiSize roi, int32_t *si
  * (maxDiff below 0 or NaN).
  * @{ */
 
-/** @name Members
+/** @name Removal
  * @{ */
 /** Removes small patches. */
 StatusCode rvxiMarkSpeckles_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t newVal, int32_t maxSize,
@@ -479,7 +479,7 @@ StatusCode rvxiMarkSpeckles_32f_C1IR(float *srcDst, int32_t srcDstStep, RoiSize 
                                      float maxDiff, NormKind norm, uint8_t *buffer);
 /** @} */
 
-/** @name Scratch
+/** @name Scratch of speckles
  * Bytes of scratch, which may start at any address: 4 width height + 16 width + 64. StatusNullPointer, StatusBadSize.
  * @{ */
 /** Bytes of scratch. */
@@ -499,7 +499,7 @@ StatusCode rvxiMarkSpecklesGetBufferSize_32f_C1R(RoiSize roi, int32_t *size);
  * (16u, 32s); StatusBadArgument (norm other than NormInf and NormL1).
  * @{ */
 
-/** @name Members
+/** @name Outlines
  * @{ */
 /** Outlines segments. */
 StatusCode rvxiBoundSegments_8u_C1IR(uint8_t *srcDst, int32_t srcDstStep, RoiSize roi, uint8_t value, NormKind norm);

@@ -117,7 +117,7 @@ StatusCode rvxiTiltedSqrIntegral_8u32f64f_C1R(const uint8_t *src, int32_t srcSte
  * below rect.height - 1, where the left corner would lie before the first column).
  * @{ */
 
-/** @name Members
+/** @name Deviations
  * @{ */
 /** Standard deviation in a window, everywhere. */
 StatusCode rvxiRectStdDev_32f_C1R(const float *sum, int32_t sumStep, const double *sqr, int32_t sqrStep, float *dst,
@@ -340,7 +340,7 @@ StatusCode rvxiNormRel_L2_32f_C3CMR(const float *src1, int32_t src1Step, const f
  * to the bit. The relative error of var is below n * (n + 16) * 2^-54, and near 2^-50 on pictures.
  * @{ */
 
-/** @name Members
+/** @name Means
  * @{ */
 /** Mean, or mean and standard deviation. */
 StatusCode rvxiMean_8u_C1MR(const uint8_t *src, int32_t srcStep, const uint8_t *mask, int32_t maskStep, RoiSize roi,
@@ -397,7 +397,7 @@ StatusCode rvxiMean_StdDev_32f_C3CMR(const float *src, int32_t srcStep, const ui
  * channels and status codes as for norms.
  * @{ */
 
-/** @name Members
+/** @name Extrema
  * @{ */
 /** Smallest and largest pixel and their positions. */
 StatusCode rvxiMinMaxIndx_8u_C1R(const uint8_t *src, int32_t srcStep, RoiSize roi, double *min, double *max,
