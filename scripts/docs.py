@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Makes the pages of `./dev docs`: one a family, from docs/families.json and from what is written elsewhere anyway.
 
-    docs.py check XML              every exported name and every member of the headers has a text
+    docs.py check XML              every exported name and every member of the headers has a text, and the table is right
     docs.py pictures RVXCV OUT     the pictures, made by the program
     docs.py pages XML OUT          the pages for doxygen: what they show beside the headers' own texts
 
@@ -28,9 +28,11 @@ NAME = re.compile(r"rvxi(?P<operation>\w+?)_(?P<variant>(?:\d+[usf])+(?:_\w+)?)$
 
 
 def fail(complaints):
+    """Ends the run if there are any."""
     for complaint in complaints:
         print(f"docs: {complaint}", file=sys.stderr)
-    sys.exit(1 if complaints else 0)
+    if complaints:
+        sys.exit(1)
 
 
 # ------------------------------------------------------------------------------------------- what the headers say
@@ -105,27 +107,10 @@ def check(folder):
     complaints = [*headers.undocumented(), *repeated_names()]
     documented = {name for group in headers.groups for name in headers.functions(group)}
     complaints += [f"{name} is exported, but no group of the headers has it" for name in exported_names() if name not in documented]
-    fail(complaints)
+    fail(complaints + Families(headers).complaints)
 
 
 # --------------------------------------------------------------------------------------------------- the table
-
-
-class Families:
-    """docs/families.json, checked against the headers."""
-
-    def __init__(self, headers):
-        table = json.loads(TABLE.read_text())
-        self.entries = table["families"]
-        known = headers.families()
-        complaints = [f"{TABLE}: no family has the group {g}" for g in self.entries if g not in known]
-        complaints += [f"{TABLE}: the family {g} is missing" for g in known if g not in self.entries]
-        for group, entry in self.entries.items():
-            if not (("picture" in entry or "output" in entry) ^ ("no_picture" in entry)):
-                complaints.append(f"{TABLE}: {group} needs either a picture, an output or a reason")
-            complaints += [f"{TABLE}: {group}: no examples/{n}.c" for n in entry.get("examples", []) if not Path(f"examples/{n}.c").exists()]
-        if complaints:
-            fail(complaints)
 
 
 class Costs:
@@ -147,10 +132,42 @@ class Costs:
             elif unit and (row := re.match(r"\| `([^`]+)` \| *([\d.]+) *\| *([\d.]+) *\|", line)):
                 self.rows.append((*row.groups(), unit))
 
-    @staticmethod
-    def belongs(row, functions, patterns):
-        member = re.match(r"\w*?_(?:\d+[usf])+_[A-Z0-9]+[A-Za-z]*?(?=_|\b)|\w+", row).group()
-        return "rvxi" + member in functions or any(fnmatch.fnmatchcase(row, pattern) for pattern in patterns)
+    def of(self, functions, patterns):
+        """The rows that are named after one of the functions, or like one of the patterns."""
+        def belongs(row):
+            member = re.match(r"\w*?_(?:\d+[usf])+_[A-Z0-9]+[A-Za-z]*?(?=_|\b)|\w+", row).group()
+            return "rvxi" + member in functions or any(fnmatch.fnmatchcase(row, pattern) for pattern in patterns)
+        return [row for row in self.rows if belongs(row[0])]
+
+
+class Families:
+    """docs/families.json, checked against the headers, the examples and the measured costs."""
+
+    def __init__(self, headers):
+        self.entries = json.loads(TABLE.read_text())["families"]
+        known = headers.families()
+        self.complaints = [f"{TABLE}: the headers have no family {group}" for group in self.entries if group not in known]
+        self.complaints += [f"{TABLE}: the family {group} is missing" for group in known if group not in self.entries]
+        costs = Costs()
+        self.rows = {}
+        for group in set(self.entries) & set(known):
+            entry = self.entries[group]
+            if ("picture" in entry) + ("output" in entry) + ("no_picture" in entry) != 1:
+                self.complaints.append(f"{TABLE}: {group} needs a picture, an output or a reason why there is none")
+            for name in entry.get("examples", []):
+                if not Path(f"examples/{name}.c").exists():
+                    self.complaints.append(f"{TABLE}: {group}: there is no examples/{name}.c")
+            for pattern in entry.get("bench", []):
+                if not costs.of((), [pattern]):
+                    self.complaints.append(f"{TABLE}: {group}: no row of {PERFORMANCE} is like {pattern}")
+            self.rows[group] = costs.of(headers.functions(group), entry.get("bench", []))
+        claimed = {row for rows in self.rows.values() for row in rows}
+        self.complaints += [f"{PERFORMANCE}: no family has the row {row[0]}" for row in costs.rows if row not in claimed]
+        shown_examples = {f"examples/families/{group}.c" for group in self.entries}
+        shown_examples |= {f"examples/{name}.c" for entry in self.entries.values() for name in entry.get("examples", [])}
+        for path in sorted(Path("examples").rglob("*.c")):
+            if str(path) not in shown_examples:
+                self.complaints.append(f"{TABLE}: no family shows {path}")
 
 
 # ------------------------------------------------------------------------------------------------- the pictures
@@ -258,10 +275,8 @@ def statuses(headers, group, like):
     return f"<h2>Statuses</h2>\n\n#StatusOk, or one of these; in which order things are checked is told {order}.\n\n| Status | Meaning |\n|---|---|\n{rows}\n"
 
 
-def cost(rows, group):
-    if not rows:
-        return ""
-    text = [f"<h2>Cost</h2>\n"]
+def cost(rows):
+    text = ["<h2>Cost</h2>\n", "" if rows else "It has no row in [the table of costs](docs/performance.md)."]
     for unit, meaning in (("copies", "In copies of a 32f image of the same size"), ("ns a pixel", "In nanoseconds a pixel")):
         some = [row for row in rows if row[3] == unit]
         if some:
@@ -317,27 +332,17 @@ def gallery(headers, families):
 def pages(folder, out):
     headers = Headers(folder)
     families = Families(headers)
-    costs = Costs()
+    fail(families.complaints)
     python = Python()
     out = Path(out)
     for part in ("before", "after"):
         (out / part).mkdir(parents=True, exist_ok=True)
-    unclaimed = set(row[0] for row in costs.rows)
-    complaints = []
     for group, entry in families.entries.items():
-        functions = set(headers.functions(group))
-        rows = [row for row in costs.rows if Costs.belongs(row[0], functions, entry.get("bench", []))]
-        for pattern in entry.get("bench", []):
-            if not any(fnmatch.fnmatchcase(row[0], pattern) for row in costs.rows):
-                complaints.append(f"{TABLE}: {group}: no row of {PERFORMANCE} is like {pattern}")
-        unclaimed -= {row[0] for row in rows}
-        head = picture(group, entry)
-        parts = [members(headers, group), statuses(headers, group, entry.get("statuses_like", group)), cost(rows, group), examples(group, entry, python)]
-        (out / "before" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{head}\n*/\n")
+        parts = [members(headers, group), statuses(headers, group, entry.get("statuses_like", group)),
+                 cost(families.rows[group]), examples(group, entry, python)]
+        (out / "before" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{picture(group, entry)}\n*/\n")
         (out / "after" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{chr(10).join(parts)}\n*/\n")
-    complaints += [f"{PERFORMANCE}: no family has the row {name}" for name in sorted(unclaimed)]
     (out / "before" / "families.dox").write_text(gallery(headers, families))
-    fail(complaints)
 
 
 def main():

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # help:   docs            HTML pages in out/docs/html: a page a family, with pictures, members, costs and examples
-# With --check it only reads the headers: ./dev lint does that, since everything that is exported has to have a text.
+# step
+# With --check it only reads the headers and the table of families: ./dev lint does that, since all that is exported has
+# to have a text.
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 source scripts/common.sh
