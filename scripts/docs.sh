@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# help:   docs            HTML pages in out/docs/html: a page a family, with pictures, members, costs and examples
+# help:   docs            * HTML pages in out/docs/html: a page a family, with pictures, members, costs and examples
 # step
 # With --check it only reads the headers and the table of families: ./dev lint does that, since all that is exported has
 # to have a text.
@@ -36,9 +36,13 @@ configure_and_build release rvxcv >/dev/null
 rm -rf "$out/html" "$out/pictures" "$out/pages"
 scripts/docs.py pictures build/release/bin/rvxcv "$out/pictures"
 scripts/docs.py pages "$out/headers/xml" "$out/pages"
+pictures=("$out/pictures")
+if [[ -d docs/pictures ]]; then
+    pictures+=(docs/pictures)
+fi
 cat docs/doxygen/pages.conf - <<CONF | run_doxygen "$out"
 INPUT = README.md CONTRIBUTING.md CHANGELOG.md docs $out/pages/before include $out/pages/after
-IMAGE_PATH = $out/pictures docs/pictures
+IMAGE_PATH = ${pictures[*]}
 EXAMPLE_PATH += $out/pictures
 CONF
 echo "The pages begin at $out/html/index.html"
