@@ -3,8 +3,10 @@ target_sources(frame_test PRIVATE ${PROJECT_SOURCE_DIR}/src/frame/alloc.cpp)
 target_include_directories(frame_test PRIVATE ${PROJECT_SOURCE_DIR}/src)
 target_link_libraries(frame_test PRIVATE ${CMAKE_DL_LIBS})
 
-# Each public header alone, as C99 and as C++17, with the warnings that a careful user has on.
-file(GLOB public_headers ${PROJECT_SOURCE_DIR}/include/*.h ${PROJECT_SOURCE_DIR}/include/rvxcv/*.h)
+# Each public header alone, as C99 and as C++17, with the warnings that a careful user has on; and the layout of the
+# public records, which is nothing but static assertions.
+file(GLOB public_headers ${PROJECT_SOURCE_DIR}/include/*.h ${PROJECT_SOURCE_DIR}/include/rvxcv/*.h
+     ${PROJECT_SOURCE_DIR}/tests/abi/layout.c)
 set(strict -Wall -Wextra -Wpedantic -Wconversion -Werror -fsyntax-only -I${PROJECT_SOURCE_DIR}/include)
 add_test(NAME headers_c99 COMMAND ${CMAKE_C_COMPILER} -std=c99 -Wstrict-prototypes ${strict} -x c ${public_headers})
 add_test(NAME headers_cxx17 COMMAND ${CMAKE_CXX_COMPILER} -std=c++17 -Wold-style-cast ${strict} -x c++ ${public_headers})
