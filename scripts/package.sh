@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# Debian packages from the finished release build: package.sh [--step]
+#
+# help:   package         * Debian packages in out/: library, development files, program
+# step
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# shellcheck source=scripts/common.sh
+source scripts/common.sh
+
+work=build/package
+program=build/release/bin/rvxcv
+version=$(sed -n 's/^project(rvxcv VERSION \([^ ]*\).*/\1/p' CMakeLists.txt)
+
+# When the newest commit was made: two packages of one commit are the same.
+commit_time() {
+    git log -1 --format=%ct 2>/dev/null || stat -c %Y CHANGELOG.md
+}
+
+# The newest section of CHANGELOG.md in Debian's form.
+debian_changelog() {
+    printf 'rvxcv (%s) unstable; urgency=medium\n\n' "$version"
+    awk '/^## / { ++section; next } section == 1 && NF { sub(/^- /, "* "); print "  " $0 }' CHANGELOG.md |
+        fmt --tagged-paragraph --width=78
+    printf '\n -- %s  %s\n' "$(sed -n 's/^Maintainer: //p' packaging/debian/control)" \
+        "$(date --utc --rfc-email --date="@$SOURCE_DATE_EPOCH")"
+}
+
+commands() {
+    "$program" --help | sed '1,/^Subcommands:/d' | awk '{ print $1 }'
+}
+
+manual_of() {
+    help2man --no-info --version-string="$version" "$@" "$program"
+}
+
+# The manual page: what the program tells with --help, and then each of its commands.
+manual() {
+    local command
+    manual_of --include packaging/manual.h2m
+    echo '.SH COMMANDS'
+    for command in $(commands); do
+        printf '.SS "%s"\n' "$("$program" "$command" --help | sed -n 's/^Usage: //p')"
+        manual_of --help-option="$command --help" |
+            sed '1,/^\.SH DESCRIPTION/d; /^\.S[SH]/d' | sed -z 's/\.TP\n[^\n]*\\-\\-help\n[^\n]*\n//'
+    done
+}
+
+make_packages() {
+    configure_and_build release || return 1
+    rm -rf "$work"
+    rm -f out/*.deb
+    mkdir -p "$work" out
+    cp -r packaging/debian "$work/debian"
+    SOURCE_DATE_EPOCH=$(commit_time)
+    export SOURCE_DATE_EPOCH
+    debian_changelog >"$work/debian/changelog"
+    manual >"$work/debian/rvxcv.1"
+    # Debian's folder of libraries has the processor in its name; the preset sets it back.
+    cmake build/release -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" >"$work/configure.log"
+    DESTDIR=$PWD/$work/installed cmake --install build/release --prefix /usr >"$work/install.log"
+    cmake --preset release >>"$work/configure.log"
+    (cd "$work" && DEB_RULES_REQUIRES_ROOT=no debian/rules binary) >"$work/log" 2>&1 || {
+        cat "$work/log"
+        return 1
+    }
+    mv build/*_"$version"_*.deb out/
+    ls -l out/*.deb
+}
+
+# They hold what Debian asks of packages, can be installed here, and work together wherever they are unpacked.
+use_packages() {
+    local package command
+    lintian --fail-on error,warning out/*.deb
+    apt-get install --simulate --quiet=2 ./out/*.deb >/dev/null
+    rm -rf build/unpacked
+    for package in out/*.deb; do
+        dpkg-deb -x "$package" build/unpacked
+    done
+    tests/package/use_prefix.sh "$PWD/build/unpacked/usr"
+    for command in $(commands); do
+        zgrep -q "^\.SS \"rvxcv $command " build/unpacked/usr/share/man/man1/rvxcv.1.gz || {
+            echo "package: the manual page does not tell of $command" >&2
+            return 1
+        }
+    done
+}
+
+need "${build_packages[@]}" debhelper help2man
+make_packages
+if [[ ${1:-} == --step ]]; then
+    need lintian
+    use_packages
+fi
