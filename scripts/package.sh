@@ -47,6 +47,21 @@ manual() {
     done
 }
 
+# The Python package joins what is installed; objects that ./dev python has compiled are taken as they are.
+install_python() {
+    [[ -d python ]] || return 0
+    (
+        PKG_CONFIG_PATH=$(dirname "$(find "$PWD/$work/installed" -name rvxcv.pc)")
+        export PKG_CONFIG_PATH RVXCV_NO_RPATH=1
+        cd python
+        /usr/bin/python3 setup.py -q egg_info --egg-base "$OLDPWD/$work" build --build-base "$OLDPWD/build/python/base" \
+            install --root "$OLDPWD/$work/installed" --install-layout=deb
+    ) >"$work/python.log" 2>&1 || {
+        cat "$work/python.log"
+        return 1
+    }
+}
+
 make_packages() {
     configure_and_build release || return 1
     rm -rf "$work"
@@ -61,6 +76,7 @@ make_packages() {
     cmake build/release -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" >"$work/configure.log"
     DESTDIR=$PWD/$work/installed cmake --install build/release --prefix /usr >"$work/install.log"
     cmake --preset release >>"$work/configure.log"
+    install_python
     (cd "$work" && DEB_RULES_REQUIRES_ROOT=no debian/rules binary) >"$work/log" 2>&1 || {
         cat "$work/log"
         return 1
@@ -79,6 +95,14 @@ use_packages() {
         dpkg-deb -x "$package" build/unpacked
     done
     tests/package/use_prefix.sh "$PWD/build/unpacked/usr"
+    if [[ -d python ]]; then
+        LD_LIBRARY_PATH=$(dirname "$(find "$PWD/build/unpacked" -name librvxcvl9.so.8)") \
+            PYTHONPATH=$PWD/build/unpacked/usr/lib/python3/dist-packages PYTHONDONTWRITEBYTECODE=1 \
+            /usr/bin/python3 -c '
+import numpy, rvxcv
+assert rvxcv.absdiff(numpy.uint8([[10, 20]]), numpy.uint8([[11, 18]])).tolist() == [[1, 2]]
+print(rvxcv.__file__, "works")'
+    fi
     for command in $(commands); do
         zgrep -q "^\.SS \"rvxcv $command " build/unpacked/usr/share/man/man1/rvxcv.1.gz || {
             echo "package: the manual page does not tell of $command" >&2
@@ -88,6 +112,7 @@ use_packages() {
 }
 
 need "${build_packages[@]}" debhelper help2man
+[[ ! -d python ]] || need dh-python python3-dev python3-cffi python3-numpy python3-setuptools
 make_packages
 if [[ ${1:-} == --step ]]; then
     need lintian
