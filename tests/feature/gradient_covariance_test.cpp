@@ -153,9 +153,13 @@ TEST(LineSuppression, MatchesThePasses) {
         ASSERT_TRUE(imageIs(suppressed(src, std::move(map), w, ratio, salt % 2 != 0), expected))
             << "filter " << w.filter << " aperture " << w.aperture << " block " << w.block << " of 1000 " << candidates;
     };
+    int turn = 0;
     for (const Windows &w : allWindows) {
         for (const std::int64_t width : {1, 2, 7, 8, 9, 31, 32, 33, 40, 41, 255, 272, 273, 528, 529, 801}) {
             for (const int candidates : {0, 10, 40, 1000}) {
+                if (const int column = turn++; (column + column / 4) % caseStep() != 0) {
+                    continue; // of each width another number of candidates
+                }
                 ASSERT_NO_FATAL_FAILURE(run(width, 1 + width % 13, w, candidates));
             }
         }

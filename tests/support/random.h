@@ -20,6 +20,15 @@ inline std::uint64_t baseSeed() {
     return seed;
 }
 
+// Whether the library is one with sanitizers, which is not optimised and takes its time.
+inline bool sanitized() {
+    static const bool set = std::getenv("RVXCV_SANITIZED") != nullptr;
+    return set;
+}
+
+// The step in which the longest series of cases are gone through.
+inline int caseStep() { return sanitized() ? 4 : 1; }
+
 using Rng = std::mt19937_64;
 
 inline Rng makeRng(std::string_view name, std::uint64_t salt = 0) {
