@@ -1,5 +1,10 @@
 """Accumulation of frames into float32 images, and absolute differences."""
+from __future__ import annotations
+
 import numbers
+
+import numpy as np
+import numpy.typing as npt
 
 from ._array import Members, check, output, same_layout, view
 
@@ -16,18 +21,20 @@ _DIFFERENCE_C = Members("rvxiAbsDiffC_{}R")
 
 
 def _accumulate(members, images, total, mask, *parameters):
+    if total is None:
+        raise TypeError("there must be an array to change in place")
     source, step, roi, key = view(images[0], "image")
     arguments = [source, step]
     for other in images[1:]:
         arguments += same_layout(other, "second", roi, key)
     if mask is not None:
         arguments += same_layout(mask, "mask", roi, "8u_C1")
-    arguments += output(total, "total", images[0].shape[:2], "32f")[1][:2]
+    arguments += output(total, "total", roi[::-1], "32f")[1][:2]
     check(members[mask is not None][key](*arguments, roi, *parameters))
     return total
 
 
-def accumulate(image, total, mask=None):
+def accumulate(image: npt.ArrayLike, total: npt.NDArray, mask: npt.ArrayLike | None = None) -> npt.NDArray:
     """Add an image to a running sum, in place: ``total += image``.
 
     Parameters
@@ -53,7 +60,7 @@ def accumulate(image, total, mask=None):
     return _accumulate(_SUM, (image,), total, mask)
 
 
-def accumulate_square(image, total, mask=None):
+def accumulate_square(image: npt.ArrayLike, total: npt.NDArray, mask: npt.ArrayLike | None = None) -> npt.NDArray:
     """Add the square of an image to a running sum, in place: ``total += image**2``.
 
     Parameters and result as of `accumulate`; float32 images with and without a mask.
@@ -68,7 +75,8 @@ def accumulate_square(image, total, mask=None):
     return _accumulate(_SQUARE, (image,), total, mask)
 
 
-def accumulate_product(first, second, total, mask=None):
+def accumulate_product(first: npt.ArrayLike, second: npt.ArrayLike, total: npt.NDArray,
+                       mask: npt.ArrayLike | None = None) -> npt.NDArray:
     """Add the product of two images to a running sum, in place: ``total += first * second``.
 
     Parameters and result as of `accumulate`; both images have one type.
@@ -83,7 +91,8 @@ def accumulate_product(first, second, total, mask=None):
     return _accumulate(_PRODUCT, (first, second), total, mask)
 
 
-def accumulate_weighted(image, average, alpha, mask=None):
+def accumulate_weighted(image: npt.ArrayLike, average: npt.NDArray, alpha: float,
+                        mask: npt.ArrayLike | None = None) -> npt.NDArray:
     """Move a running average towards an image, in place: ``average += alpha * (image - average)``.
 
     Parameters
@@ -108,7 +117,7 @@ def accumulate_weighted(image, average, alpha, mask=None):
     return _accumulate(_WEIGHTED, (image,), average, mask, alpha)
 
 
-def blend(first, second, alpha, out=None):
+def blend(first: npt.ArrayLike, second: npt.ArrayLike, alpha: float, out: npt.NDArray | None = None) -> npt.NDArray:
     """Mix two float32 images: ``alpha * first + (1 - alpha) * second``.
 
     Examples
@@ -125,7 +134,7 @@ def blend(first, second, alpha, out=None):
     return out
 
 
-def absdiff(first, second, out=None):
+def absdiff(first: npt.ArrayLike, second: npt.ArrayLike | float, out: npt.NDArray | None = None) -> npt.NDArray:
     """Absolute difference of two images, or of an image and a number.
 
     Parameters
@@ -148,6 +157,7 @@ def absdiff(first, second, out=None):
     >>> rvxcv.absdiff(image, 25)
     array([[15,  5,  5]], dtype=uint8)
     """
+    first = np.asarray(first)
     source, step, roi, key = view(first, "first")
     if isinstance(second, numbers.Real):
         member = _DIFFERENCE_C[key]
