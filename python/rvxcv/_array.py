@@ -147,7 +147,7 @@ def _describe(array):
 
 def _describe_key(key):
     types, channels = key.rsplit("_C", 1)
-    names = [CODES.get(code, "packed bits") for code in re.findall(r"\d+[usf]", types)]
+    names = [CODES[code] for code in re.findall(r"\d+[usf]", types)]
     return f"{' to '.join(names)} with {channels} channel{'s' if channels != '1' else ''}"
 
 
@@ -252,25 +252,21 @@ def need_margin(array, name, code, left, top, right, bottom):
               right if code & lib.BorderInMemoryRight else 0, bottom if code & lib.BorderInMemoryBottom else 0]
     if not any(wanted):
         return
-    have = _room_around(array)
-    if any(there < need for there, need in zip(have, wanted)):
-        raise ValueError(f"{name}: the sides in memory need {wanted} pixels (left, top, right, bottom) around the "
-                         f"region, and the array it is a slice of has {have}")
-
-
-def _room_around(array):
-    """Pixels to the left, above, to the right and below in the array of which this one is a slice."""
-    room = [0, 0, 0, 0]
-    step, pixel = array.strides[:2]
-    address = array.__array_interface__["data"][0]
-    owner = array.base
-    while isinstance(owner, _ndarray):
-        # Rows of the same pixels, of which the slice may have left out some: every other row, for instance.
-        if owner.ndim >= 2 and owner.strides[1] == pixel and owner.strides[0] > 0 and step % owner.strides[0] == 0:
-            every = step // owner.strides[0]
-            above, rest = divmod(address - owner.__array_interface__["data"][0], owner.strides[0])
-            left = rest // pixel
-            below = owner.shape[0] - 1 - above - (array.shape[0] - 1) * every
-            room = [left, above // every, owner.shape[1] - left - array.shape[1], below // every]
+    owner = array
+    while isinstance(owner.base, _ndarray):
         owner = owner.base
-    return room
+    have = _room_around(array, owner)
+    if have is None or any(there < need for there, need in zip(have, wanted)):
+        raise ValueError(f"{name}: the sides in memory need {wanted} pixels (left, top, right, bottom) around the "
+                         f"region, and the array it is a slice of has {'none' if have is None else list(have)}")
+
+
+def _room_around(array, owner):
+    """Pixels of the owner to the left, above, to the right and below; None if its rows are not the array's."""
+    if owner.ndim != array.ndim or owner.strides != array.strides or owner.shape[2:] != array.shape[2:]:
+        return None
+    step, pixel = array.strides[:2]
+    offset = array.__array_interface__["data"][0] - owner.__array_interface__["data"][0]
+    top, rest = divmod(offset, step)
+    left = rest // pixel
+    return left, top, owner.shape[1] - left - array.shape[1], owner.shape[0] - top - array.shape[0]
