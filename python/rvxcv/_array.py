@@ -270,3 +270,27 @@ def _room_around(array, owner):
     top, rest = divmod(offset, step)
     left = rest // pixel
     return left, top, owner.shape[1] - left - array.shape[1], owner.shape[0] - top - array.shape[0]
+
+
+def choose(choices, value, name):
+    """What an option's word stands for: ``choices[value]``."""
+    try:
+        return choices[value]
+    except (KeyError, TypeError):
+        raise ValueError(f"{name} must be one of {', '.join(map(repr, choices))}, not {value!r}") from None
+
+
+NORMS = {"inf": lib.NormInf, "l1": lib.NormL1, "l2": lib.NormL2}
+_CONSTANTS = {code: ffi.typeof(f"{pointer.item.cname}[3]") for code, pointer in
+              ((code, _POINTERS[dtype]) for code, dtype in DTYPES.items())}
+
+
+def constant(value, key):
+    """A border value as the members of this key take it: a number, or an array of one element per channel."""
+    if key.endswith("C1"):
+        return value
+    if np.ndim(value) == 0:
+        value = (value,) * 3
+    elif len(value) != 3:
+        raise ValueError(f"value must be a number or 3 numbers, not {value!r}")
+    return ffi.new(_CONSTANTS[key.split("_")[0]], tuple(value))

@@ -43,14 +43,17 @@ class Call:
 
     ``images`` are the positions of the arguments that must be images, ``changes`` of those that it changes in place.
     ``name`` tells calls of one function apart; a function of the test's own may stand for the method of an object.
+    ``at_ends`` is by how much results may differ with a pixel's distance from its row's end (which decides how it is
+    rounded).
     """
 
-    def __init__(self, function, *arguments, images=(0,), changes=(), name="", **options):
+    def __init__(self, function, *arguments, images=(0,), changes=(), name="", at_ends=0, **options):
         self.function, self.arguments, self.options = function, arguments, options
         self.images = sorted({*images, *changes})
-        self.changes = changes
+        self.changes, self.at_ends = changes, at_ends
         self.name = f"{function.__name__}{'-' if name else ''}{name}"
-        self.takes_out = "out" in inspect.signature(function).parameters
+        parameters = inspect.signature(function).parameters
+        self.takes_out, self.takes_inside = "out" in parameters, "inside" in parameters
 
     def run(self, lay=np.copy, **options):
         """The result from copies of all arrays, which ``lay`` makes; those that may not change must not."""
@@ -73,6 +76,9 @@ def pytest_generate_tests(metafunc):
         metafunc.parametrize("call", calls, ids=lambda call: call.name)
     if "call_with_out" in metafunc.fixturenames:
         metafunc.parametrize("call_with_out", [call for call in calls if call.takes_out], ids=lambda call: call.name)
+    if "call_with_inside" in metafunc.fixturenames:
+        metafunc.parametrize("call_with_inside", [call for call in calls if call.takes_inside],
+                             ids=lambda call: call.name)
     if "call_and_image" in metafunc.fixturenames:
         pairs = [(call, position) for call in calls for position in call.images]
         metafunc.parametrize("call_and_image", pairs, ids=lambda pair: f"{pair[0].name}-{pair[1]}")
@@ -177,6 +183,29 @@ class CallChecks:
                 assert "share" in str(error)
             else:
                 same(result, expected)
+
+    def test_regions_with_their_surroundings_in_memory(self, call_with_inside):
+        call, depth = call_with_inside, 4
+
+        def run(top, bottom, left, right, inside):
+            arguments = [value[top:bottom, left:right] if position in call.images else value
+                         for position, value in enumerate(call.arguments)]
+            return call.function(*arguments, **{**call.options, "inside": inside})
+
+        height, width = call.arguments[0].shape[:2]
+        whole = call.run()
+        for top, left in ((depth, depth), (0, depth), (depth, 0)):
+            bottom, right = height - depth + top % depth, width - depth + left % depth
+            inside = [side for side, there in (("top", top), ("left", left), ("bottom", bottom < height),
+                                               ("right", right < width)) if there]
+            result, expected = run(top, bottom, left, right, inside), whole[top:bottom, left:right]
+            if call.at_ends:
+                np.testing.assert_allclose(result, expected, rtol=0, atol=call.at_ends)
+            else:
+                same(result, expected)
+        for side in ("top", "left", "bottom", "right"):
+            with pytest.raises(ValueError, match="around the region"):
+                run(0, height, 0, width, side)
 
     def test_images_that_cannot_be_passed(self, call_and_image):
         call, position = call_and_image
