@@ -199,6 +199,14 @@ def scratch(query, *arguments, slot=0):
     return lend(local.size[0], slot)
 
 
+def allocate(size):
+    """Memory of the caller's own, aligned to 64 bytes, which is released with the last reference to it."""
+    block = lib.rvxMalloc(size)
+    if not block:
+        raise MemoryError(f"{size} bytes")
+    return ffi.gc(ffi.cast("uint8_t *", block), lib.rvxFree, size)
+
+
 def lend(size, slot=0):
     """The thread's scratch memory, of at least this many bytes."""
     blocks = _scratch.blocks
@@ -206,10 +214,7 @@ def lend(size, slot=0):
     if kept is not None and kept[0] >= size:
         return kept[1]
     rounded = max(4096, size)
-    block = lib.rvxMalloc(rounded)
-    if not block:
-        raise MemoryError(f"{size} bytes of scratch memory")
-    block = ffi.gc(ffi.cast("uint8_t *", block), lib.rvxFree, rounded)
+    block = allocate(rounded)
     if rounded <= _KEPT_BYTES:
         blocks[slot] = rounded, block
     return block
@@ -294,3 +299,21 @@ def constant(value, key):
     elif len(value) != 3:
         raise ValueError(f"value must be a number or 3 numbers, not {value!r}")
     return ffi.new(_CONSTANTS[key.split("_")[0]], tuple(value))
+
+
+def listed(out, name, shape, code):
+    """A result that is a list of numbers, all side by side: ``out`` if it is given and fits or a new array; pointer."""
+    dtype = DTYPES[code]
+    if out is None:
+        out = np.empty(shape, dtype)
+    elif not isinstance(out, _ndarray):
+        raise TypeError(f"{name} must be a numpy array, not {type(out).__name__}")
+    elif out.dtype != dtype:
+        raise TypeError(f"{name} must have dtype {dtype}, not {out.dtype}")
+    elif out.shape != shape:
+        raise ValueError(f"{name} must have shape {shape}, not {out.shape}")
+    elif not out.flags.c_contiguous:
+        raise ValueError(f"{name} must be contiguous")
+    elif not out.flags.writeable:
+        raise ValueError(f"{name} is read-only")
+    return out, _from_buffer(_POINTERS[dtype], out.reshape(-1), True)

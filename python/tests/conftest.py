@@ -44,13 +44,13 @@ class Call:
     ``images`` are the positions of the arguments that must be images, ``changes`` of those that it changes in place.
     ``name`` tells calls of one function apart; a function of the test's own may stand for the method of an object.
     ``at_ends`` is by how much results may differ with a pixel's distance from its row's end (which decides how it is
-    rounded).
+    rounded). ``lists`` is for results that are lists of numbers, not images: their out must be contiguous.
     """
 
-    def __init__(self, function, *arguments, images=(0,), changes=(), name="", at_ends=0, **options):
+    def __init__(self, function, *arguments, images=(0,), changes=(), name="", at_ends=0, lists=False, **options):
         self.function, self.arguments, self.options = function, arguments, options
         self.images = sorted({*images, *changes})
-        self.changes, self.at_ends = changes, at_ends
+        self.changes, self.at_ends, self.lists = changes, at_ends, lists
         self.name = f"{function.__name__}{'-' if name else ''}{name}"
         parameters = inspect.signature(function).parameters
         self.takes_out, self.takes_inside = "out" in parameters, "inside" in parameters
@@ -147,6 +147,10 @@ class CallChecks:
         out = _outs(expected, lay)
         whole = [one.base for one in (out if isinstance(out, tuple) else (out,))]
         around = [np.copy(one) for one in whole if isinstance(one, np.ndarray)]
+        if call_with_out.lists and lay is in_a_larger_array:
+            with pytest.raises(ValueError, match="contiguous"):
+                call_with_out.run(out=out)
+            return
         result = call_with_out.run(out=out)
         assert _identical(result, out)
         same(result, expected)
