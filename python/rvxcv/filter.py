@@ -296,23 +296,54 @@ _ROWS_SIZE = (Members("rvxiFilterRowBorderPipelineGetBufferSize_{}R"),
 _COLUMNS = Members("rvxiFilterColumnPipeline_{}R"), Members("rvxiFilterColumnPipeline_Low_{}R")
 _COLUMNS_SIZE = (Members("rvxiFilterColumnPipelineGetBufferSize_{}R"),
                  Members("rvxiFilterColumnPipelineGetBufferSize_Low_{}R"))
-_CTYPES = {"16s": "int16_t", "16u": "uint16_t", "32f": "float"}
+_CTYPES = {"8u": "uint8_t", "8s": "int8_t", "16s": "int16_t", "16u": "uint16_t", "32f": "float"}
+_RESULTS = {dtype: code for code, dtype in DTYPES.items()}
 _STRIP_BYTES = 256 << 10  # of filtered rows that wait for the column stage: they stay in a cache
 
 
-def _taps(kernel, anchor, code, name):
+class _Stages:
+    """The two stages of one combination of types."""
+
+    def __init__(self, key, result, low):
+        code, channels = key.split("_")
+        self.between = "16s" if code == "8u" else code  # the type of the rows between the stages
+        row_key = f"{code if code == self.between else code + self.between}_{channels}"
+        column_key = f"{result if result == self.between else self.between + result}_{channels}"
+        self.row, self.row_size = _ROWS[low][row_key], _ROWS_SIZE[low][row_key]
+        self.column, self.column_size = _COLUMNS[low][column_key], _COLUMNS_SIZE[low][column_key]
+        self.pixel = DTYPES[self.between].itemsize * int(channels[1])
+        self.taps, self.rows = (ffi.typeof(f"{_CTYPES[self.between]} {kind}") for kind in ("[]", "*[]"))
+
+
+_stages = functools.lru_cache(maxsize=None)(_Stages)
+
+
+def _taps(kernel, anchor, stages, name):
     """The library's taps, how many of them lie before the pixel, and how many behind."""
     taps = np.asarray(kernel)
     if taps.ndim != 1 or not taps.size:
         raise ValueError(f"{name} must have shape (taps,), not {taps.shape}")
-    exact = np.ascontiguousarray(taps[::-1], dtype=DTYPES[code])  # the library's correlate
-    if code != "32f" and not np.array_equal(exact, taps[::-1]):
-        raise ValueError(f"{name}: the taps must be {CODES[code]} numbers")
+    exact = np.ascontiguousarray(taps[::-1], DTYPES[stages.between])  # the library's stages correlate
+    if stages.between != "32f" and exact.dtype != taps.dtype and (exact != taps[::-1]).any():
+        raise ValueError(f"{name}: the taps must be {CODES[stages.between]} numbers")
     if anchor is None:
         anchor = exact.size // 2
     if not 0 <= anchor < exact.size:
         raise ValueError(f"the anchor of {name} must lie in 0 ... {exact.size - 1}, not {anchor}")
-    return ffi.from_buffer(f"{_CTYPES[code]}[]", exact), exact.size - 1 - anchor, anchor
+    return ffi.from_buffer(stages.taps, exact), exact.size - 1 - anchor, anchor
+
+
+@functools.lru_cache(maxsize=256)
+def _slots(start, stop, first, last, lines, constant):
+    """The slots of the ring that hold rows start ... stop - 1; rows outside first ... last - 1 are the border's.
+
+    Slot ``lines``, behind the ring, holds a row of the constant.
+    """
+    rows = np.arange(start, stop)
+    slots = rows.clip(first, last - 1) % lines
+    if constant:
+        slots[(rows < first) | (rows >= last)] = lines
+    return slots.astype(np.uintp)
 
 
 def convolve_separable(image: npt.ArrayLike, kernel_x: npt.ArrayLike, kernel_y: npt.ArrayLike | None = None,
@@ -369,64 +400,55 @@ def convolve_separable(image: npt.ArrayLike, kernel_x: npt.ArrayLike, kernel_y: 
     """
     image = np.asarray(image)
     source, step, (width, height), key = view(image, "image")
-    code, channels = key.split("_")
-    wanted = DTYPES[code] if dtype is None else np.dtype(dtype)
-    result = choose({kind: one for one, kind in DTYPES.items()}, wanted, "dtype")
-    middle = "16s" if code == "8u" else code
-    row_key = code if code == middle else code + middle
-    column_key = middle if middle == result else middle + result
-    row_key, column_key = f"{row_key}_{channels}", f"{column_key}_{channels}"
-    row, row_size = _ROWS[low][row_key], _ROWS_SIZE[low][row_key]
-    column, column_size = _COLUMNS[low][column_key], _COLUMNS_SIZE[low][column_key]
-    if middle == "32f" and tuple(divisors) != (1, 1):
+    result = key.split("_")[0] if dtype is None else choose(_RESULTS, np.dtype(dtype), "dtype")
+    stages = _stages(key, result, bool(low))
+    if stages.between != "32f":
+        row_divisor, column_divisor = ((divisor,) for divisor in divisors)
+    elif tuple(divisors) == (1, 1):
+        row_divisor = column_divisor = ()
+    else:
         raise ValueError("divisors are for integer images")
-    row_divisor, column_divisor = ((), ()) if middle == "32f" else ((divisor,) for divisor in divisors)
-
-    taps_x, left, right = _taps(kernel_x, anchors[0], middle, "kernel_x")
-    taps_y, above, below = _taps(kernel_x if kernel_y is None else kernel_y, anchors[1], middle, "kernel_y")
+    taps_x, left, right = _taps(kernel_x, anchors[0], stages, "kernel_x")
+    taps_y, above, below = _taps(kernel_x if kernel_y is None else kernel_y, anchors[1], stages, "kernel_y")
     border = border_code(border, inside)
     need_margin(image, "image", border, left, above, right, below)
     out, (target, target_step, _, _) = output(out, "out", image.shape, result)
     apart(image, out, "out")
     value = constant(value, key)
 
-    # Filtered rows wait in a ring, row r in slot r % lines. Rows first ... last - 1 are those in memory.
-    pixel = DTYPES[middle].itemsize * int(channels[1])
-    pitch = -(-width * pixel // 64) * 64
+    # Rows first ... last - 1 are those in memory. Filtered, row r waits for the column stage in slot r % lines.
+    first = -above if border & lib.BorderInMemoryTop else 0
+    last = height + below if border & lib.BorderInMemoryBottom else height
+    pitch = -(-width * stages.pixel // 64) * 64
     strip = min(height, max(16, _STRIP_BYTES // pitch))
     lines = strip + above + below
     memory = lend((lines + 1) * pitch, slot=1)
     ring = int(ffi.cast("uintptr_t", memory))
-    first = -above if border & lib.BorderInMemoryTop else 0
-    last = height + below if border & lib.BorderInMemoryBottom else height
-    base = int(ffi.cast("uintptr_t", source))
-    of_rows = ffi.typeof(f"{_CTYPES[middle]} *[]")
+    base, target = int(ffi.cast("uintptr_t", source)), int(ffi.cast("uintptr_t", target))
+    pixels = ffi.typeof(source).item.cname + " *"
 
-    def filter_rows(start, start_step, addresses, kind):
-        roi = width, len(addresses)
-        check(row(ffi.cast(ffi.typeof(source).item.cname + " *", start), start_step, ffi.from_buffer(of_rows, addresses),
-                  roi, taps_x, len(taps_x), left, kind, value, *row_divisor, scratch(row_size, roi, len(taps_x))))
+    def filter_rows(start, start_step, slots, kind):
+        rows, roi = slots * pitch + ring, (width, len(slots))
+        check(stages.row(ffi.cast(pixels, start), start_step, ffi.from_buffer(stages.rows, rows), roi, taps_x,
+                         len(taps_x), left, kind, value, *row_divisor, scratch(stages.row_size, roi, len(taps_x))))
 
-    outside = ring + lines * pitch  # a row of the constant, filtered
-    if border & 15 == lib.BorderConstant and (first == 0 or last == height):
+    fixed = border & 15 == lib.BorderConstant
+    if fixed and (first == 0 or last == height):
         flat = np.empty(image.shape[1:], image.dtype)
-        flat[...] = tuple(value) if channels == "C3" else value
-        filter_rows(flat.ctypes.data, flat.nbytes, np.array([outside], np.uintp), lib.BorderConstant)
+        flat[...] = value if key.endswith("C1") else tuple(value)
+        filter_rows(flat.ctypes.data, flat.nbytes, np.array([lines], np.uintp), lib.BorderConstant)
     made = first
     for y in range(0, height, strip):
         count = min(strip, height - y)
         end = min(last, y + count + below)
         if made < end:
-            filter_rows(base + made * step, step, (ring + np.arange(made, end) % lines * pitch).astype(np.uintp), border)
+            filter_rows(base + made * step, step, _slots(made, end, first, last, lines, fixed), border)
             made = end
-        rows = np.arange(y - above, y + count + below)
-        addresses = ring + rows.clip(first, last - 1) % lines * pitch
-        if border & 15 == lib.BorderConstant:
-            addresses[(rows < first) | (rows >= last)] = outside
-        addresses = addresses.astype(np.uintp)
+        rows = _slots(y - above, y + count + below, first, last, lines, fixed) * pitch + ring
         roi = width, count
-        check(column(ffi.from_buffer(of_rows, addresses), view(out[y:y + count], "out", True)[0], target_step, roi,
-                     taps_y, len(taps_y), *column_divisor, scratch(column_size, roi, len(taps_y))))
+        check(stages.column(ffi.from_buffer(stages.rows, rows),
+                            ffi.cast(f"{_CTYPES[result]} *", target + y * target_step), target_step, roi, taps_y,
+                            len(taps_y), *column_divisor, scratch(stages.column_size, roi, len(taps_y))))
     return out
 
 

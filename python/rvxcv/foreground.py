@@ -133,8 +133,8 @@ class ForegroundGaussian(_Model):
     -----
     C. R. Wren, A. Azarbayejani, T. Darrell, A. P. Pentland, "Pfinder", IEEE PAMI 19(7), 1997.
 
-    A pixel's first sample makes its model. Threads may share a model; their calls take turns. A model can be pickled and
-    copied (`copy.deepcopy`) with all that it has learned.
+    A pixel's first sample makes its model. Threads may share a model; their calls take turns. A model can be pickled
+    and copied (`copy.deepcopy`) with all that it has learned.
 
     Examples
     --------
@@ -248,4 +248,5 @@ class ForegroundHistogram(_Model):
 
     def __init__(self, shape: tuple[int, int], channels: int = 1, *, rate: float = 0.01, entries: int = 8,
                  principal: int = 6, tolerance: int = 10, absorb: float = 0.8) -> None:
-        super().__init__(shape, channels, rate, entries=entries, principal=principal, tolerance=tolerance, absorb=absorb)
+        super().__init__(shape, channels, rate, entries=entries, principal=principal, tolerance=tolerance,
+                         absorb=absorb)

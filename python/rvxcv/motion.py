@@ -132,7 +132,8 @@ def _patch(members, scaled, image, centre, shape, out, dtype, scale, *results):
 
 
 def subpixel_patch(image: npt.ArrayLike, centre: tuple[float, float], shape: tuple[int, int],
-                   out: npt.NDArray | None = None, *, dtype: npt.DTypeLike | None = None, scale: int = 0) -> npt.NDArray:
+                   out: npt.NDArray | None = None, *, dtype: npt.DTypeLike | None = None,
+                   scale: int = 0) -> npt.NDArray:
     """A patch of an image around a point between pixels, interpolated linearly.
 
     Parameters
@@ -198,7 +199,7 @@ def subpixel_patch_inside(image: npt.ArrayLike, centre: tuple[float, float], sha
     return out, (slice(first.y, last.y + 1), slice(first.x, last.x + 1))
 
 
-# ---------------------------------------------------------------------------------------------------------- Optical flow
+# --------------------------------------------------------------------------------------------------------- Optical flow
 
 _FLOW_INIT = Members("rvxiOpticalFlowPyrLKInitAlloc_{}R")
 _FLOW_FREE = Members("rvxiOpticalFlowPyrLKFree_{}R")
@@ -291,7 +292,8 @@ def track(previous: npt.ArrayLike | Pyramid, following: npt.ArrayLike | Pyramid,
         apart(one, other, name)
     found[...] = first_guess
     if count:
+        level = min(levels, len(previous) - 1, len(following) - 1)
         check(member(previous.record, following.record, ffi.from_buffer("Point2f[]", start),
-                     ffi.cast("Point2f *", found_pointer), status_pointer, error_pointer, count, window,
-                     min(levels, len(previous) - 1, len(following) - 1), iterations, threshold, _flow_state(key, window)))
+                     ffi.cast("Point2f *", found_pointer), status_pointer, error_pointer, count, window, level,
+                     iterations, threshold, _flow_state(key, window)))
     return found, status, error

@@ -284,7 +284,8 @@ class Pyramid(Sequence):
     [(100, 201), (50, 101), (25, 51), (13, 26)]
     """
 
-    def __init__(self, image: npt.ArrayLike, levels: int = 4, *, rate: float = 2, kernel: npt.ArrayLike = _KERNEL) -> None:
+    def __init__(self, image: npt.ArrayLike, levels: int = 4, *, rate: float = 2,
+                 kernel: npt.ArrayLike = _KERNEL) -> None:
         image = np.asarray(image)
         _, _, roi, self.key = view(image, "image")
         if levels < 0:

@@ -157,7 +157,8 @@ def test_separable_refusals():
     image = picture((8, 9))
     for arguments, options, error in (
             (([0.5, 1],), {}, ValueError), (([40000],), {}, ValueError), (([[1]],), {}, ValueError),
-            (([],), {}, ValueError), (([1, 1],), {"anchors": (2, 0)}, ValueError), (([1],), {"dtype": "uint16"}, TypeError),
+            (([],), {}, ValueError), (([1, 1],), {"anchors": (2, 0)}, ValueError),
+            (([1],), {"dtype": "uint16"}, TypeError),
             (([1],), {"dtype": "complex64"}, ValueError), (([1],), {"low": True}, TypeError),
             (([1],), {"divisors": (0, 1)}, rvxcv.Error), (([1],), {"border": "wrap"}, rvxcv.Error)):
         with pytest.raises(error):
@@ -171,9 +172,11 @@ def test_colour_gradient(dtype):
     image = picture((9, 37, 3), dtype)
     wide = abs(image.astype("float64"))
     share = 1 if dtype == "float32" else 3
-    for norm, expected in (("inf", wide.max(2)), ("l1", wide.sum(2) / share), ("l2", np.sqrt((wide ** 2).sum(2) / share))):
+    for norm, expected in (("inf", wide.max(2)), ("l1", wide.sum(2) / share),
+                           ("l2", np.sqrt((wide ** 2).sum(2) / share))):
         result = rvxcv.colour_gradient(image, norm)
-        np.testing.assert_allclose(result, expected, rtol=0 if share == 3 else 1e-6, atol=8 if dtype == "uint16" else 0.6)
+        np.testing.assert_allclose(result, expected, rtol=0 if share == 3 else 1e-6,
+                                   atol=8 if dtype == "uint16" else 0.6)
 
 
 def test_filter_refusals():

@@ -46,7 +46,8 @@ def test_undistort(radial, dtype, channels):
 def test_geometry_refusals():
     image = picture(SHAPE)
     for focal in ((0, 1), (1, -0.0)):
-        for call in (lambda: rvxcv.undistort(image, focal, CENTRE, (0, 0)), lambda: rvxcv.undistort_maps(SHAPE, focal, CENTRE)):
+        for call in (lambda: rvxcv.undistort(image, focal, CENTRE, (0, 0)),
+                     lambda: rvxcv.undistort_maps(SHAPE, focal, CENTRE)):
             with pytest.raises(rvxcv.Error, match="StatusBadArgument"):
                 call()
     with pytest.raises(TypeError, match="accepted"):

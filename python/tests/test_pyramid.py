@@ -85,7 +85,8 @@ def test_layers_up(dtype, rate):
     weights = np.interp(distance, np.arange(-2, 3), KERNEL, left=0, right=0)
     weights /= weights.sum(0)
     extended = image.astype("float64")[np.ix_(*[np.where(source < 0, -source, np.minimum(source, length - 1))] * 2)]
-    np.testing.assert_allclose(result, weights.T @ extended @ weights, rtol=1e-5, atol=0.01 if dtype == "float32" else 0.6)
+    np.testing.assert_allclose(result, weights.T @ extended @ weights, rtol=1e-5,
+                               atol=0.01 if dtype == "float32" else 0.6)
 
 
 def test_pyramid():

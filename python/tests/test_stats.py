@@ -91,7 +91,8 @@ def test_numbers(shape, dtype, mask_type):
     mask = None if mask_type is None else picture(shape[:2], mask_type, seed=2)
     for channel in range(3) if len(shape) == 3 else (None,):
         selection = np.ones(shape[:2], bool) if mask is None else mask != 0
-        one, other = ((array if channel is None else array[..., channel]).astype("float64") for array in (image, second))
+        one, other = ((array if channel is None else array[..., channel]).astype("float64")
+                      for array in (image, second))
         pixels, others = one[selection], other[selection]
         options = {"mask": mask, "channel": channel}
         for kind, order in (("inf", np.inf), ("l1", 1), ("l2", 2)):
@@ -126,14 +127,16 @@ def test_stats_refusals():
                  lambda: rvxcv.norm(image, mask=image[:3]), lambda: rvxcv.norm_difference(image, image[:3]),
                  lambda: rvxcv.integral_image(image.astype("float32"), start=1),
                  lambda: rvxcv.rect_std(sums, squares[1:], (0, 0, 1, 1)),
-                 lambda: rvxcv.rect_std(sums, squares, (-1, 0, 1, 1)), lambda: rvxcv.rect_std(sums, squares, (0, 0, 0, 1)),
-                 lambda: rvxcv.rect_std(sums, squares, (0, 0, 7, 1)), lambda: rvxcv.rect_std(sums, squares, (6, 0, 1, 1)),
-                 lambda: rvxcv.rect_std(sums, squares, (0, 0, 2, 2), tilted=True),
-                 lambda: rvxcv.rect_std(sums, squares, (2, 0, 3, 3), tilted=True)):
+                 lambda: rvxcv.rect_std(sums[..., None], squares[..., None], (0, 0, 1, 1))):
         with pytest.raises(ValueError):
             call()
+    for rect, tilted in (((-1, 0, 1, 1), False), ((0, 0, 0, 1), False), ((0, 0, 7, 1), False), ((6, 0, 1, 1), False),
+                         ((0, 0, 2, 2), True), ((2, 0, 3, 3), True)):
+        with pytest.raises(ValueError):
+            rvxcv.rect_std(sums, squares, rect, tilted=tilted)
     for call in (lambda: rvxcv.norm(image.astype("int16")), lambda: rvxcv.norm(image, mask=sums[1:, 1:]),
-                 lambda: rvxcv.rect_std(squares, sums, (0, 0, 1, 1)), lambda: rvxcv.integral_image(image.astype("int16")),
+                 lambda: rvxcv.rect_std(squares, sums, (0, 0, 1, 1)),
+                 lambda: rvxcv.integral_image(image.astype("int16")),
                  lambda: rvxcv.integral_images(image, dtypes=("float32", "float32")),
                  lambda: rvxcv.integral_image(image.astype("float32"), tilted=True)):
         with pytest.raises(TypeError):
@@ -143,7 +146,8 @@ def test_stats_refusals():
             rvxcv.mean(colour, channel=channel)
 
 
-GREY, FLOAT, COLOUR, MASK = picture((21, 35)), picture((21, 35), "float32"), picture((21, 35, 3)), picture((21, 35), bool)
+GREY, FLOAT, COLOUR, MASK = (picture((21, 35)), picture((21, 35), "float32"), picture((21, 35, 3)),
+                             picture((21, 35), bool))
 UPRIGHT, TILTED = rvxcv.integral_images(GREY), rvxcv.integral_images(GREY, dtypes=("int32", "int32"), tilted=True)
 
 
