@@ -64,10 +64,18 @@ class Call:
                 np.testing.assert_array_equal(after, before, f"argument {position} has changed")
         return result
 
-    def with_argument(self, position, value):
+    def with_argument(self, position, value, **options):
         arguments = [np.copy(argument) if isinstance(argument, np.ndarray) else argument for argument in self.arguments]
         arguments[position] = value
-        return self.function(*arguments, **self.options)
+        return self.function(*arguments, **self.options, **options)
+
+
+def in_threads(function, arguments):
+    """The function of every argument from four threads at once must be what it is alone."""
+    expected = [function(argument) for argument in arguments]
+    with concurrent.futures.ThreadPoolExecutor(4) as threads:
+        for result, one in zip(threads.map(function, arguments * 4), expected * 4):
+            same(result, one)
 
 
 def pytest_generate_tests(metafunc):
@@ -172,21 +180,23 @@ class CallChecks:
                 with pytest.raises(error, match="out"):
                     call_with_out.run(out=out)
 
-    def test_out_that_is_an_input(self, call_with_out):
-        expected = call_with_out.run()
-        for position, image in enumerate(call_with_out.arguments):
-            if not isinstance(image, np.ndarray) or not isinstance(expected, np.ndarray) \
-                    or (image.shape, image.dtype) != (expected.shape, expected.dtype):
-                continue
-            arguments = list(map(np.copy, call_with_out.arguments))
-            arguments = [copy if isinstance(value, np.ndarray) else value
-                         for copy, value in zip(arguments, call_with_out.arguments)]
-            try:
-                result = call_with_out.function(*arguments, **call_with_out.options, out=arguments[position])
-            except ValueError as error:
-                assert "share" in str(error)
-            else:
-                same(result, expected)
+    def test_out_over_an_input(self, call_with_out):
+        """Refused, or as right as anywhere: an out that begins where an image begins."""
+        call, expected = call_with_out, call_with_out.run()
+        results = expected if isinstance(expected, tuple) else (expected,)
+        for position in call.images:
+            image = call.arguments[position]
+            for index, result in enumerate(results):
+                memory = np.empty(max(image.nbytes, result.nbytes), np.uint8)
+                inside, out = (memory[:array.nbytes].view(array.dtype).reshape(array.shape) for array in (image, result))
+                inside[...] = image
+                outs = (*(None,) * index, out, *(None,) * (len(results) - index - 1))
+                try:
+                    result = call.with_argument(position, inside, out=outs if isinstance(expected, tuple) else out)
+                except ValueError as error:
+                    assert "share" in str(error)
+                else:
+                    same(result, expected)
 
     def test_regions_with_their_surroundings_in_memory(self, call_with_inside):
         call, depth = call_with_inside, 4

@@ -4,7 +4,7 @@ import pytest
 from scipy import ndimage
 
 import rvxcv
-from conftest import Call, CallChecks, picture
+from conftest import Call, CallChecks, in_threads, picture
 from rvxcv import filter as module
 
 MODES = {"replicate": "nearest", "constant": "constant", "wrap": "wrap", "mirror": "mirror", "reflect": "reflect"}
@@ -191,6 +191,12 @@ def test_filter_refusals():
     for call in (lambda: rvxcv.sobel(picture((8, 9), "int16")), lambda: rvxcv.uniform_filter(picture((8, 9, 3)))):
         with pytest.raises(TypeError, match="accepted: .*uint8"):
             call()
+
+
+def test_threads_have_scratch_of_their_own():
+    images = [picture((300, 400), "float32", seed) for seed in range(8)]
+    in_threads(lambda image: rvxcv.gaussian(image, 5), images)
+    in_threads(lambda image: rvxcv.convolve_separable(image, np.arange(31)), images)
 
 
 GREY, FLOAT, COLOUR = picture((24, 45)), picture((24, 45), "float32"), picture((24, 45, 3))

@@ -5,7 +5,7 @@ from scipy import ndimage
 from skimage.draw import line
 
 import rvxcv
-from conftest import Call, CallChecks, picture
+from conftest import Call, CallChecks, in_threads, picture
 
 TYPES = ["uint8", "uint16", "float32"]
 
@@ -135,6 +135,12 @@ def test_tracking_refusals():
                         (lambda: rvxcv.track(frame, frame, POINTS, (None, None, POINTS[:, :1])), ValueError)):
         with pytest.raises(error):
             call()
+
+
+def test_threads_share_pyramids():
+    before, after = rvxcv.Pyramid(texture(), 3), rvxcv.Pyramid(texture(moved=(3, 2)), 3)
+    in_threads(lambda motion: rvxcv.track(before, after, np.tile(POINTS, (50, 1)), guess=np.tile(POINTS + motion, (50, 1))),
+               [np.float32(one) for one in range(8)])
 
 
 GREY, COLOUR, FLOAT = picture((30, 44)), picture((30, 44, 3)), picture((30, 44), "float32")

@@ -4,7 +4,7 @@ import pytest
 from scipy import ndimage
 
 import rvxcv
-from conftest import Call, CallChecks, picture
+from conftest import Call, CallChecks, in_threads, picture
 
 KERNEL = np.array([1, 4, 6, 4, 1])
 SHAPES = [(1, 1), (2, 3), (7, 38), (16, 33)]
@@ -131,6 +131,12 @@ def test_states_of_many_sizes():
     for _ in range(2):
         for length in range(1, 40):
             assert (reduce(np.full((length, 7), 9, np.uint8)) == 9).all()
+
+
+def test_threads_share_states():
+    images = [picture((200, 300), seed=seed) for seed in range(8)]
+    in_threads(rvxcv.PyramidReducer(1.5), images)
+    in_threads(rvxcv.PyramidExpander(1.5), images)
 
 
 REDUCE, EXPAND = rvxcv.PyramidReducer(1.7), rvxcv.PyramidExpander(1.7)
