@@ -142,6 +142,16 @@ def apart(first, second, name):
         raise ValueError(f"{name} must not share memory with the input")
 
 
+def apart_or_same(first, second, name):
+    """Refuses an output that shares a part of its memory with an input, for functions that work in place."""
+    if first is second or first.base is None and second.base is None:
+        return
+    if first.strides == second.strides and first.dtype == second.dtype and \
+            first.__array_interface__["data"][0] == second.__array_interface__["data"][0]:
+        return
+    apart(first, second, name)
+
+
 def _describe(array):
     channels = array.shape[2] if array.ndim == 3 else 1
     return f"{array.dtype} with {channels} channel{'s' if channels != 1 else ''}"

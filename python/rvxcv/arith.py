@@ -6,7 +6,7 @@ import numbers
 import numpy as np
 import numpy.typing as npt
 
-from ._array import Members, check, output, same_layout, view
+from ._array import Members, apart_or_same, check, output, same_layout, view
 
 __all__ = ["absdiff", "accumulate", "accumulate_product", "accumulate_square", "accumulate_weighted", "blend"]
 
@@ -29,7 +29,10 @@ def _accumulate(members, images, total, mask, *parameters):
         arguments += same_layout(other, "second", roi, key)
     if mask is not None:
         arguments += same_layout(mask, "mask", roi, "8u_C1")
-    arguments += output(total, "total", roi[::-1], "32f")[1][:2]
+    total, (target, target_step, _, _) = output(total, "total", roi[::-1], "32f")
+    for image in images if mask is None else (*images, mask):
+        apart_or_same(np.asarray(image), total, "total")
+    arguments += target, target_step
     check(members[mask is not None][key](*arguments, roi, *parameters))
     return total
 
@@ -126,10 +129,13 @@ def blend(first: npt.ArrayLike, second: npt.ArrayLike, alpha: float, out: npt.ND
     >>> rvxcv.blend(np.ones((1, 2), np.float32), np.zeros((1, 2), np.float32), 0.75)
     array([[0.75, 0.75]], dtype=float32)
     """
+    first, second = np.asarray(first), np.asarray(second)
     source, step, roi, key = view(first, "first")
     member = _BLEND[key]
     other, other_step = same_layout(second, "second", roi, key)
     out, (target, target_step, _, _) = output(out, "out", roi[::-1], "32f")
+    apart_or_same(first, out, "out")
+    apart_or_same(second, out, "out")
     check(member(source, step, other, other_step, target, target_step, roi, alpha))
     return out
 
@@ -162,10 +168,14 @@ def absdiff(first: npt.ArrayLike, second: npt.ArrayLike | float, out: npt.NDArra
     if isinstance(second, numbers.Real):
         member = _DIFFERENCE_C[key]
         out, (target, target_step, _, _) = output(out, "out", first.shape, key.split("_")[0])
+        apart_or_same(first, out, "out")
         check(member(source, step, target, target_step, roi, second))
         return out
+    second = np.asarray(second)
     member = _DIFFERENCE[key]
     other, other_step = same_layout(second, "second", roi, key)
     out, (target, target_step, _, _) = output(out, "out", first.shape, key.split("_")[0])
+    apart_or_same(first, out, "out")
+    apart_or_same(second, out, "out")
     check(member(source, step, other, other_step, target, target_step, roi))
     return out

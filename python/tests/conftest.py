@@ -137,6 +137,25 @@ def _identical(result, out):
     return result is out
 
 
+def _one_array(image, result):
+    """The image as out, where it can be one."""
+    image = image.copy()
+    return image, image if (image.shape, image.dtype) == (result.shape, result.dtype) else None
+
+
+def _same_start(image, result, distance=0):
+    """An out that begins where the image begins, or behind that."""
+    distance -= distance % 8
+    memory = np.empty(max(image.nbytes, distance + result.nbytes), np.uint8)
+    copy = memory[:image.nbytes].view(image.dtype).reshape(image.shape)
+    copy[...] = image
+    return copy, memory[distance:distance + result.nbytes].view(result.dtype).reshape(result.shape)
+
+
+def _halfway(image, result):
+    return _same_start(image, result, image.nbytes // 2)
+
+
 LAYS = [in_a_larger_array, before_a_guard_page, behind_a_guard_page]
 
 
@@ -180,19 +199,17 @@ class CallChecks:
                 with pytest.raises(error, match="out"):
                     call_with_out.run(out=out)
 
-    def test_out_over_an_input(self, call_with_out):
-        """Refused, or as right as anywhere: an out that begins where an image begins."""
+    @pytest.mark.parametrize("overlap", [_one_array, _same_start, _halfway])
+    def test_out_over_an_input(self, call_with_out, overlap):
+        """Refused, or as right as anywhere."""
         call, expected = call_with_out, call_with_out.run()
         results = expected if isinstance(expected, tuple) else (expected,)
         for position in call.images:
-            image = call.arguments[position]
             for index, result in enumerate(results):
-                memory = np.empty(max(image.nbytes, result.nbytes), np.uint8)
-                inside, out = (memory[:array.nbytes].view(array.dtype).reshape(array.shape) for array in (image, result))
-                inside[...] = image
+                image, out = overlap(call.arguments[position], result)
                 outs = (*(None,) * index, out, *(None,) * (len(results) - index - 1))
                 try:
-                    result = call.with_argument(position, inside, out=outs if isinstance(expected, tuple) else out)
+                    result = call.with_argument(position, image, out=outs if isinstance(expected, tuple) else out)
                 except ValueError as error:
                     assert "share" in str(error)
                 else:

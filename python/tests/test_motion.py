@@ -154,7 +154,7 @@ class TestCalls(CallChecks):
     calls = [
         Call(rvxcv.update_motion_history, GREY, FLOAT, 3, 500, changes=[1]),
         Call(rvxcv.sample_line, COLOUR, (0, 29), (43, 0), lists=True),
-        Call(rvxcv.subpixel_patch, FLOAT, (40.3, 20.1), (9, 12)),
+        Call(rvxcv.subpixel_patch, FLOAT, (20.3, 15.1), (27, 42)),
         Call(patch_inside, GREY, (40.3, 20.1), (9, 12)),
         Call(rvxcv.track, texture("uint8"), texture("uint8", (2, 1)), POINTS, images=[0, 1], lists=True),
     ]

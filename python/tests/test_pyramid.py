@@ -134,7 +134,7 @@ def test_states_of_many_sizes():
 
 
 def test_threads_share_states():
-    images = [picture((200, 300), seed=seed) for seed in range(8)]
+    images = [picture((500, 700), "float32", seed) for seed in range(8)]
     in_threads(rvxcv.PyramidReducer(1.5), images)
     in_threads(rvxcv.PyramidExpander(1.5), images)
 
