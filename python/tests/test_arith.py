@@ -69,6 +69,15 @@ def test_what_is_not_supported_is_said():
         rvxcv.accumulate(picture((2, 3)), np.zeros((3, 2), np.float32))
 
 
+def test_a_sum_of_itself():
+    rows = picture((9, 37), "float32")
+    expected = rows + rows * rows
+    np.testing.assert_allclose(rvxcv.accumulate_square(rows, rows), expected, rtol=1e-6)
+    for image, mask in ((rows[1:], None), (picture((8, 37)), rows.view(np.uint8)[:8, :37])):
+        with pytest.raises(ValueError, match="share"):
+            rvxcv.accumulate_square(image, rows[:-1], mask)
+
+
 GREY, TOTAL, MASK = picture((21, 33)), picture((21, 33), "float32", 1), picture((21, 33), bool, 2)
 
 

@@ -163,6 +163,8 @@ def test_separable_refusals():
             (([1],), {"divisors": (0, 1)}, rvxcv.Error), (([1],), {"border": "wrap"}, rvxcv.Error)):
         with pytest.raises(error):
             rvxcv.convolve_separable(image, *arguments, **options)
+    with pytest.raises(ValueError, match="share"):
+        rvxcv.convolve_separable(image, [1], out=image)
     with pytest.raises(ValueError, match="divisors"):
         rvxcv.convolve_separable(picture((8, 9), "float32"), [1], divisors=(2, 1))
 
