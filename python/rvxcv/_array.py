@@ -136,7 +136,8 @@ def same_layout(array, name, roi, key):
 
 def apart(first, second, name):
     """Refuses an output that shares memory with an input, for functions that do not work in place."""
-    if first is not second and first.base is None and second.base is None:
+    if isinstance(first, _ndarray) and isinstance(second, _ndarray) and first is not second and first.base is None \
+            and second.base is None:
         return  # both own their memory; the usual case without numpy's search
     if np.may_share_memory(first, second) and np.shares_memory(first, second, max_work=1000):
         raise ValueError(f"{name} must not share memory with the input")
