@@ -275,9 +275,9 @@ def track(previous: npt.ArrayLike | Pyramid, following: npt.ArrayLike | Pyramid,
     """
     previous, following = (frame if isinstance(frame, Pyramid) else Pyramid(frame, levels)
                            for frame in (previous, following))
-    key = previous.key
+    key = previous._key
     member = _FLOW[key]
-    if following.key != key:
+    if following._key != key:
         raise TypeError(f"the frames must be of one type, not {previous[0].dtype} and {following[0].dtype}")
     start = _points(points, "points")
     first_guess = start if guess is None else _points(guess, "guess")
@@ -293,7 +293,7 @@ def track(previous: npt.ArrayLike | Pyramid, following: npt.ArrayLike | Pyramid,
     found[...] = first_guess
     if count:
         level = min(levels, len(previous) - 1, len(following) - 1)
-        check(member(previous.record, following.record, ffi.from_buffer("Point2f[]", start),
+        check(member(previous._record, following._record, ffi.from_buffer("Point2f[]", start),
                      ffi.cast("Point2f *", found_pointer), status_pointer, error_pointer, count, window, level,
                      iterations, threshold, _flow_state(key, window)))
     return found, status, error

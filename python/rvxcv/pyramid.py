@@ -287,26 +287,26 @@ class Pyramid(Sequence):
     def __init__(self, image: npt.ArrayLike, levels: int = 4, *, rate: float = 2,
                  kernel: npt.ArrayLike = _KERNEL) -> None:
         image = np.asarray(image)
-        _, _, roi, self.key = view(image, "image")
+        _, _, roi, self._key = view(image, "image")
         if levels < 0:
             raise ValueError(f"levels must not be negative, but is {levels}")
         made = ffi.new("PyramidRecord **")
         check(lib.rvxiPyramidInitAlloc(made, max(levels, 1), roi, rate))
-        self.record = ffi.gc(made[0], lib.rvxiPyramidFree)
-        halving = rate == 2 and self.key in _DOWN and np.array_equal(kernel, _KERNEL)
+        self._record = ffi.gc(made[0], lib.rvxiPyramidFree)
+        halving = rate == 2 and self._key in _DOWN and np.array_equal(kernel, _KERNEL)
         reduce = pyramid_reduce if halving else PyramidReducer(rate, kernel)
         images = [image]
-        for _ in range(min(levels, self.record.levelCount)):
+        for _ in range(min(levels, self._record.levelCount)):
             images.append(reduce(images[-1]))
         self._levels = tuple(images)
         self._views = [view(level, "image") for level in images]
         for index, (pointer, step, size, _) in enumerate(self._views):
-            expected = self.record.roiSizes[index]
+            expected = self._record.roiSizes[index]
             if size != (expected.width, expected.height):
                 raise RuntimeError(f"level {index} has an unexpected size")  # others would read what is not there
-            self.record.images[index] = pointer
-            self.record.steps[index] = step
-        self.scales = tuple(self.record.scales[index] for index in range(len(images)))
+            self._record.images[index] = pointer
+            self._record.steps[index] = step
+        self.scales = tuple(self._record.scales[index] for index in range(len(images)))
 
     def __len__(self) -> int:
         return len(self._levels)
