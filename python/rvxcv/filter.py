@@ -46,13 +46,16 @@ class _Fixed:
 _MASKS = {3: lib.Mask3x3, 5: lib.Mask5x5}
 _DERIVATIVES = {("8u_C1", False): ("8u16s_C1", "16s"), ("8u_C1", True): ("8u8s_C1", "8s")}
 _MEANS = {("8u_C1", False): ("8u_C1", "8u")}
-_SOBEL = {(1, 1, False): _Fixed("SobelNegVert"), (1, 1, True): _Fixed("SobelVert"), (0, 1, False): _Fixed("SobelHoriz"),
-          (1, 2, False): _Fixed("SobelVertSecond"), (0, 2, False): _Fixed("SobelHorizSecond"),
-          ((0, 1), 1, False): _Fixed("SobelCross")}
-_SCHARR = {1: _Fixed("ScharrVert", sizes=False), 0: _Fixed("ScharrHoriz", sizes=False)}
+_ACROSS, _DOWN = (1, -1), (0, -2)  # the names of the axes
+_BOTH = [pair for one in _ACROSS for other in _DOWN for pair in ((one, other), (other, one))]
+_SOBEL = {(axis, order, negated): chosen for axes, order, negated, chosen in (
+    (_ACROSS, 1, False, _Fixed("SobelNegVert")), (_ACROSS, 1, True, _Fixed("SobelVert")),
+    (_DOWN, 1, False, _Fixed("SobelHoriz")), (_BOTH, 1, False, _Fixed("SobelCross")),
+    (_ACROSS, 2, False, _Fixed("SobelVertSecond")), (_DOWN, 2, False, _Fixed("SobelHorizSecond"))) for axis in axes}
+_SCHARR = {axis: chosen for axes, chosen in ((_DOWN, _Fixed("ScharrHoriz", sizes=False)),
+                                             (_ACROSS, _Fixed("ScharrVert", sizes=False))) for axis in axes}
 _LAPLACIAN = _Fixed("Laplacian")
 _MEAN = _Fixed("Lowpass")
-_AXES = {0: 0, 1: 1, -1: 1, -2: 0}
 
 
 def sobel(image: npt.ArrayLike, axis: int | tuple[int, int] = 1, out: npt.NDArray | None = None, *, order: int = 1,
@@ -102,9 +105,6 @@ def sobel(image: npt.ArrayLike, axis: int | tuple[int, int] = 1, out: npt.NDArra
     >>> rvxcv.sobel(image, divisor=4)[1]
     array([0, 9, 9, 0], dtype=int8)
     """
-    axis = _AXES.get(axis, axis)
-    if isinstance(axis, (tuple, list)) and len(axis) == 2:
-        axis = tuple(sorted(_AXES.get(one, one) for one in axis))
     try:
         chosen = _SOBEL[axis, order, negated]
     except (KeyError, TypeError):
@@ -125,7 +125,7 @@ def scharr(image: npt.ArrayLike, axis: int = 1, out: npt.NDArray | None = None, 
     >>> rvxcv.scharr(np.array([[0, 0, 9, 9]] * 3, np.uint8))[1]
     array([  0, 144, 144,   0], dtype=int16)
     """
-    chosen = choose(_SCHARR, _AXES.get(axis, axis), "axis")
+    chosen = choose(_SCHARR, axis, "axis")
     return chosen(image, out, 3, divisor, border, value, inside, _DERIVATIVES)
 
 
