@@ -298,7 +298,7 @@ _COLUMNS_SIZE = (Members("rvxiFilterColumnPipelineGetBufferSize_{}R"),
                  Members("rvxiFilterColumnPipelineGetBufferSize_Low_{}R"))
 _CTYPES = {"8u": "uint8_t", "8s": "int8_t", "16s": "int16_t", "16u": "uint16_t", "32f": "float"}
 _RESULTS = {dtype: code for code, dtype in DTYPES.items()}
-_STRIP_BYTES = 256 << 10  # of filtered rows that wait for the column stage: they stay in a cache
+_STRIP_BYTES = 512 << 10  # of filtered rows that wait for the column stage: they stay in a cache
 
 
 class _Stages:
