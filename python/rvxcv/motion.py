@@ -6,7 +6,7 @@ import threading
 import numpy as np
 import numpy.typing as npt
 
-from ._array import DTYPES, Members, apart, check, choose, ffi, lib, listed, output, view
+from ._array import DTYPES, Members, apart, check, choose, ffi, listed, output, view
 from .pyramid import Pyramid
 
 __all__ = ["sample_line", "subpixel_patch", "subpixel_patch_inside", "track", "update_motion_history"]
