@@ -160,8 +160,11 @@ def _describe(array):
 
 def _describe_key(key):
     types, channels = key.rsplit("_C", 1)
-    names = [CODES[code] for code in re.findall(r"\d+[usf]", types)]
+    names = ["packed bits" if code == "1u" else CODES[code] for code in re.findall(r"\d+[usf]", types)]
     return f"{' to '.join(names)} with {channels} channel{'s' if channels != '1' else ''}"
+
+
+REACHED = set()  # the functions of all tables: tests compare them with the library's list
 
 
 class Members(dict):
@@ -184,6 +187,7 @@ class Members(dict):
                 if key in self:
                     raise LookupError(f"{pattern}: more than one member for {key}")
                 self[key] = getattr(lib, name)
+                REACHED.add(name)
         if not self:
             raise LookupError(f"{pattern}: no such function")
 
