@@ -6,6 +6,7 @@ Every function of the package is built from these pieces:
 * ``output`` does the same for ``out=``, or makes the array;
 * ``Members`` finds the functions of one family by key;
 * ``scratch`` asks a size query and lends this thread's scratch memory;
+* ``working_copy`` makes what a function shall change in place;
 * ``check`` turns a status into an exception or a warning;
 * ``border_code`` and ``need_margin`` serve ``border=`` and ``inside=``.
 """
@@ -124,6 +125,16 @@ def output(out, name, shape, code):
     return out, view(out, name, True)
 
 
+def working_copy(image, out):
+    """The array that a function shall change, which holds the image, and its view: ``out`` or a new one."""
+    image = np.asarray(image)
+    key = view(image, "image")[3]
+    out, seen = output(out, "out", image.shape, key[:key.index("_")])
+    if out is not image:
+        np.copyto(out, image)
+    return out, seen
+
+
 def same_layout(array, name, roi, key):
     """Pointer and step of a second image that must have the size and the type of the first."""
     pointer, step, other, other_key = view(array, name)
@@ -237,6 +248,16 @@ def lend(size, slot=0):
     return block
 
 
+_NEIGHBOURS = {8: lib.NormInf, 4: lib.NormL1}
+
+
+def neighbours(connectivity):
+    """The library's norm for the pixels that count as neighbours: 8, or only the 4 that share a side."""
+    if connectivity not in _NEIGHBOURS:
+        raise ValueError(f"connectivity must be 8 or 4, not {connectivity!r}")
+    return _NEIGHBOURS[connectivity]
+
+
 _BORDERS = {"constant": lib.BorderConstant, "replicate": lib.BorderReplicate, "wrap": lib.BorderWrap,
             "mirror": lib.BorderMirror, "reflect": lib.BorderMirrorRepeat}
 _SIDES = {"top": lib.BorderInMemoryTop, "bottom": lib.BorderInMemoryBottom, "left": lib.BorderInMemoryLeft,
@@ -288,6 +309,8 @@ def _room_around(array, owner):
     if owner.ndim != array.ndim or owner.strides != array.strides or owner.shape[2:] != array.shape[2:]:
         return None
     step, pixel = array.strides[:2]
+    if pixel < array.itemsize * int(np.prod(array.shape[2:])) or step < owner.shape[1] * pixel:
+        return None  # pixels or rows of the owner share memory
     offset = array.__array_interface__["data"][0] - owner.__array_interface__["data"][0]
     top, rest = divmod(offset, step)
     left = rest // pixel
