@@ -248,16 +248,6 @@ def lend(size, slot=0):
     return block
 
 
-_NEIGHBOURS = {8: lib.NormInf, 4: lib.NormL1}
-
-
-def neighbours(connectivity):
-    """The library's norm for the pixels that count as neighbours: 8, or only the 4 that share a side."""
-    if connectivity not in _NEIGHBOURS:
-        raise ValueError(f"connectivity must be 8 or 4, not {connectivity!r}")
-    return _NEIGHBOURS[connectivity]
-
-
 _BORDERS = {"constant": lib.BorderConstant, "replicate": lib.BorderReplicate, "wrap": lib.BorderWrap,
             "mirror": lib.BorderMirror, "reflect": lib.BorderMirrorRepeat}
 _SIDES = {"top": lib.BorderInMemoryTop, "bottom": lib.BorderInMemoryBottom, "left": lib.BorderInMemoryLeft,
@@ -357,3 +347,11 @@ def listed(out, name, shape, code):
     elif not out.flags.writeable:
         raise ValueError(f"{name} is read-only")
     return out, _from_buffer(_POINTERS[dtype], out.reshape(-1), True)
+
+
+_NEIGHBOURS = {8: lib.NormInf, 4: lib.NormL1}
+
+
+def neighbours(connectivity):
+    """The library's norm for the pixels that count as neighbours: 8, or only the 4 that share a side."""
+    return choose(_NEIGHBOURS, connectivity, "connectivity")

@@ -7,7 +7,7 @@ from collections.abc import Sequence
 import numpy as np
 import numpy.typing as npt
 
-from ._array import (Members, apart, border_code, check, ffi, lend, neighbours, need_margin, output, same_layout,
+from ._array import (Members, apart, border_code, check, choose, ffi, lend, neighbours, need_margin, output, same_layout,
                      scratch, view, working_copy)
 
 __all__ = ["grey_dilate", "grey_erode", "reconstruct"]
@@ -20,33 +20,16 @@ _RECONSTRUCT = {"dilation": Members("rvxiMorphReconstructDilate_{}IR"),
                 "erosion": Members("rvxiMorphReconstructErode_{}IR")}
 _RECONSTRUCT_SIZE = Members("rvxiMorphReconstructGetBufferSize_{}R")
 
-_TABLES = {"8u": ("int32_t[]", np.dtype(np.int32)), "32f": ("float[]", np.dtype(np.float32))}
+_TABLES = {"8u": "int32_t[]", "32f": "float[]"}
 _NO_PART = -2**31
 
 
-class _Record:
-    """An analysed surface. Read-only, so that threads share it."""
-
-    def __init__(self, key, roi_width, values, size):
-        sizes = ffi.new("int32_t[2]")
-        check(_GET_SIZE[key](roi_width, size, sizes, sizes + 1))
-        self.memory = ffi.new("uint8_t[]", sizes[0])
-        self.spec = ffi.cast("GrayMorphSpec *", self.memory)
-        self.buffer_size = sizes[1]
-        check(_INIT[key](roi_width, ffi.from_buffer(_TABLES[key[:-3]][0], values), size, self.spec))
-
-
-_record = functools.lru_cache(maxsize=64)(_Record)
-
-
 def _table(surface, footprint, code):
-    """The library's table of a surface: rows, and what marks positions that are not part of it."""
-    surface = np.asarray(surface)
+    """The library's table of a surface: levels, and what marks positions that are not part of it."""
     if surface.ndim != 2 or not surface.size:
         raise ValueError(f"surface must have shape (height, width), not {surface.shape}")
-    part = surface > -np.inf
+    part = surface != -np.inf
     if footprint is not None:
-        footprint = np.asarray(footprint)
         if footprint.shape != surface.shape:
             raise ValueError(f"footprint must have the surface's shape {surface.shape}, not {footprint.shape}")
         part &= footprint != 0
@@ -58,19 +41,41 @@ def _table(surface, footprint, code):
     return np.where(part, np.clip(values, -255, 255), _NO_PART).astype(np.int32)  # as the library limits them
 
 
+class _Record:
+    """An analysed surface. Read-only, so that threads share it."""
+
+    def __init__(self, key, roi_width, *contents):
+        arrays = [part and np.frombuffer(part[2], part[1]).reshape(part[0]) for part in contents]
+        table = _table(*arrays, key[:-3])
+        height, width = table.shape
+        sizes = ffi.new("int32_t[2]")
+        check(_GET_SIZE[key](roi_width, (width, height), sizes, sizes + 1))
+        self.memory = ffi.new("uint8_t[]", sizes[0])
+        self.spec = ffi.cast("GrayMorphSpec *", self.memory)
+        self.buffer_size = sizes[1]
+        self.margin = (width - 1) >> 1, (height - 1) >> 1, width >> 1, height >> 1
+        check(_INIT[key](roi_width, ffi.from_buffer(_TABLES[key[:-3]], table), (width, height), self.spec))
+
+
+_record = functools.lru_cache(maxsize=64)(_Record)
+
+
+def _contents(array):
+    """An array as something to look its record up by."""
+    array = np.asarray(array)
+    return array.shape, array.dtype, array.tobytes()
+
+
 def _apply(members, image, surface, out, footprint, border, value, inside):
     image = np.asarray(image)
     source, step, roi, key = view(image, "image")
     member = members[key]
     code = border_code(border, inside)
-    table = _table(surface, footprint, key[:-3])
-    height, width = table.shape
+    record = _record(key, roi[0], _contents(surface), None if footprint is None else _contents(footprint))
     if inside:
-        left, above = (width - 1) >> 1, (height - 1) >> 1
-        need_margin(image, "image", code, left, above, width - 1 - left, height - 1 - above)
+        need_margin(image, "image", code, *record.margin)
     out, (target, target_step, _, _) = output(out, "out", image.shape, key[:-3])
     apart(image, out, "out")
-    record = _record(key, roi[0], table.tobytes(), (width, height))
     check(member(source, step, target, target_step, roi, code, value, record.spec, lend(record.buffer_size)))
     return out
 
@@ -170,11 +175,10 @@ def reconstruct(marker: npt.ArrayLike, mask: npt.ArrayLike, out: npt.NDArray | N
     >>> rvxcv.reconstruct(marker, mask)
     array([[5, 6, 0, 0, 0]], dtype=uint8)
     """
-    if method not in _RECONSTRUCT:
-        raise ValueError(f"method must be one of {', '.join(_RECONSTRUCT)}, not {method!r}")
+    members = choose(_RECONSTRUCT, method, "method")
     marker, mask = np.asarray(marker), np.asarray(mask)
     _, _, roi, key = view(marker, "marker")
-    member = _RECONSTRUCT[method][key]
+    member = members[key]
     limit, limit_step = same_layout(mask, "mask", roi, key)
     norm = neighbours(connectivity)
     if out is not None:

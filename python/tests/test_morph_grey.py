@@ -73,7 +73,7 @@ def test_what_is_refused():
         rvxcv.grey_erode(image, BALL, footprint=[[1]])
     with pytest.raises(rvxcv.Error, match="OutOfRange"):
         rvxcv.grey_erode(image.astype("float32"), [[np.inf]])
-    with pytest.raises(ValueError, match="connectivity must be 8 or 4"):
+    with pytest.raises(ValueError, match="connectivity must be one of 8, 4"):
         rvxcv.reconstruct(image, image, connectivity=2)
     with pytest.raises(ValueError, match="method"):
         rvxcv.reconstruct(image, image, method="dilate")
