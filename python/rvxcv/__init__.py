@@ -5,9 +5,11 @@ Images have shape (height, width) or (height, width, channels); slices are image
 refuses raises `rvxcv.Error`. Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the
 C library under their own names.
 """
-from . import arith, filter, foreground, geometry, morph, morph_bits, morph_grey, motion, pyramid, stats
+from . import (arith, distance, filter, foreground, geometry, morph, morph_bits, morph_grey, motion, pyramid, segment,
+               stats)
 from ._array import Error, Warning
 from .arith import *
+from .distance import *
 from .filter import *
 from .foreground import *
 from .geometry import *
@@ -16,8 +18,9 @@ from .morph_bits import *
 from .morph_grey import *
 from .motion import *
 from .pyramid import *
+from .segment import *
 from .stats import *
 
-__all__ = ["Error", "Warning", *arith.__all__, *filter.__all__, *foreground.__all__, *geometry.__all__,
-           *morph.__all__, *morph_bits.__all__, *morph_grey.__all__, *motion.__all__, *pyramid.__all__,
-           *stats.__all__]
+__all__ = ["Error", "Warning", *arith.__all__, *distance.__all__, *filter.__all__, *foreground.__all__,
+           *geometry.__all__, *morph.__all__, *morph_bits.__all__, *morph_grey.__all__, *motion.__all__,
+           *pyramid.__all__, *segment.__all__, *stats.__all__]

@@ -355,3 +355,13 @@ _NEIGHBOURS = {8: lib.NormInf, 4: lib.NormL1}
 def neighbours(connectivity):
     """The library's norm for the pixels that count as neighbours: 8, or only the 4 that share a side."""
     return choose(_NEIGHBOURS, connectivity, "connectivity")
+
+
+def expect(array, name, key, roi=None):
+    """Pointer, step and region of an image that must have one layout (and size), such as a mask."""
+    pointer, step, own, own_key = view(array, name)
+    if own_key != key:
+        raise TypeError(f"{name} must be {_describe_key(key)}, not {_describe(np.asarray(array))}")
+    if roi is not None and own != roi:
+        raise ValueError(f"{name} must be {roi[0]} x {roi[1]} (width x height), not {own[0]} x {own[1]}")
+    return pointer, step, own

@@ -7,8 +7,8 @@ from collections.abc import Sequence
 import numpy as np
 import numpy.typing as npt
 
-from ._array import (Members, apart, border_code, check, choose, ffi, lend, neighbours, need_margin, output, same_layout,
-                     scratch, view, working_copy)
+from ._array import (Members, apart, border_code, check, choose, ffi, lend, neighbours, need_margin, output,
+                     same_layout, scratch, view, working_copy)
 
 __all__ = ["grey_dilate", "grey_erode", "reconstruct"]
 

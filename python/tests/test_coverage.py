@@ -61,8 +61,8 @@ def test_headers_hold_the_whole_list():
 
 
 def test_public_names_stand_in_one_module_each():
-    modules = [importlib.import_module(f"rvxcv.{path.stem}") for path in pathlib.Path(rvxcv.__file__).parent.glob("*.py")
-               if not path.stem.startswith("_") and path.stem != "raw"]
+    stems = [path.stem for path in pathlib.Path(rvxcv.__file__).parent.glob("*.py")]
+    modules = [importlib.import_module(f"rvxcv.{stem}") for stem in stems if stem[0] != "_" and stem != "raw"]
     names = [name for module in modules for name in getattr(module, "__all__", [])]
     assert sorted(names) == sorted(set(names))
     assert [name for name in names if not hasattr(rvxcv, name)] == []

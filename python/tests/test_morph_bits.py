@@ -24,7 +24,8 @@ def unpack(bits, width, offset=0):
 
 
 def smooth(shape):
-    return rvxcv.morph_close(picture(shape, bool).astype("uint8") & picture(shape, bool, 4), np.ones((2, 2))).astype(bool)
+    sparse = picture(shape, bool) & picture(shape, bool, 4)
+    return rvxcv.morph_close(sparse, np.ones((2, 2))).astype(bool)
 
 
 @pytest.mark.parametrize("name", FUNCTIONS)

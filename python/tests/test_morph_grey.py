@@ -18,7 +18,8 @@ def expected(function, image, surface, footprint, **options):
         result = nd.grey_erosion(image.astype("float64"), structure=surface, footprint=footprint, **options)
     else:  # scipy's is reflected
         footprint = None if footprint is None else footprint[::-1, ::-1]
-        result = nd.grey_dilation(image.astype("float64"), structure=surface[::-1, ::-1], footprint=footprint, **options)
+        surface = surface[::-1, ::-1]
+        result = nd.grey_dilation(image.astype("float64"), structure=surface, footprint=footprint, **options)
     return np.clip(result, 0, 255).astype("uint8") if image.dtype == np.uint8 else result.astype("float32")
 
 
