@@ -5,14 +5,16 @@ Images have shape (height, width) or (height, width, channels); slices are image
 refuses raises `rvxcv.Error`. Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the
 C library under their own names.
 """
-from . import (arith, distance, filter, foreground, geometry, morph, morph_bits, morph_grey, motion, pyramid, segment,
-               stats)
+from . import (arith, distance, feature, filter, foreground, geometry, hough, morph, morph_bits, morph_grey, motion,
+               pyramid, segment, stats)
 from ._array import Error, Warning
 from .arith import *
 from .distance import *
+from .feature import *
 from .filter import *
 from .foreground import *
 from .geometry import *
+from .hough import *
 from .morph import *
 from .morph_bits import *
 from .morph_grey import *
@@ -21,6 +23,6 @@ from .pyramid import *
 from .segment import *
 from .stats import *
 
-__all__ = ["Error", "Warning", *arith.__all__, *distance.__all__, *filter.__all__, *foreground.__all__,
-           *geometry.__all__, *morph.__all__, *morph_bits.__all__, *morph_grey.__all__, *motion.__all__,
-           *pyramid.__all__, *segment.__all__, *stats.__all__]
+__all__ = ["Error", "Warning", *arith.__all__, *distance.__all__, *feature.__all__, *filter.__all__,
+           *foreground.__all__, *geometry.__all__, *hough.__all__, *morph.__all__, *morph_bits.__all__,
+           *morph_grey.__all__, *motion.__all__, *pyramid.__all__, *segment.__all__, *stats.__all__]
