@@ -5,10 +5,11 @@ Images have shape (height, width) or (height, width, channels); slices are image
 refuses raises `rvxcv.Error`. Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the
 C library under their own names.
 """
-from . import (arith, distance, feature, filter, foreground, geometry, hough, morph, morph_bits, morph_grey, motion,
-               pyramid, segment, stats)
+from . import (arith, detect, distance, feature, filter, foreground, geometry, hough, morph, morph_bits, morph_grey,
+               motion, pyramid, segment, stats, version)
 from ._array import Error, Warning
 from .arith import *
+from .detect import *
 from .distance import *
 from .feature import *
 from .filter import *
@@ -22,7 +23,8 @@ from .motion import *
 from .pyramid import *
 from .segment import *
 from .stats import *
+from .version import *
 
-__all__ = ["Error", "Warning", *arith.__all__, *distance.__all__, *feature.__all__, *filter.__all__,
+__all__ = ["Error", "Warning", *arith.__all__, *detect.__all__, *distance.__all__, *feature.__all__, *filter.__all__,
            *foreground.__all__, *geometry.__all__, *hough.__all__, *morph.__all__, *morph_bits.__all__,
-           *morph_grey.__all__, *motion.__all__, *pyramid.__all__, *segment.__all__, *stats.__all__]
+           *morph_grey.__all__, *motion.__all__, *pyramid.__all__, *segment.__all__, *stats.__all__, *version.__all__]

@@ -18,6 +18,8 @@ EXCEPTIONS = {
     r"rvxiMorphology(GetSize|Init|InitAlloc)_\w+|rvxiMorphologyFree": "states of the older interface",
     r"rvxiMorphAdvInitAlloc_\w+|rvxiMorphAdvFree": "records stand in memory of the layer",
     r"rvxiGetDistanceTransformMask": "the _32f one under another code",
+    r"rvxiFilterGauss(GetBufferSize|Border)_32f_C1R": "builds its kernel at each call; gaussian keeps the prepared one",
+    r"rvxiUndistortGetSize": "scratch that the functions do without",
     r"rvxiLabelMarkersGetBufferSize_\w+|rvxiFloodFillGetSize(_Grad)?":
         "32 bits do not hold the sizes for large images; the layer computes them as documented",
 }
