@@ -1,6 +1,7 @@
 """Distances to the nearest zero pixel: exact, along paths of weighted steps, and as a marching front."""
 from __future__ import annotations
 
+import functools
 from collections.abc import Sequence
 
 import numpy as np
@@ -117,6 +118,15 @@ def chamfer_costs(size: int = 5, norm: str = "l2", dtype: npt.DTypeLike = np.flo
     return costs
 
 
+def _costs(costs, cost_type):
+    return ffi.new("float[3]" if cost_type is np.float32 else "int32_t[3]", costs)
+
+
+@functools.lru_cache(maxsize=64)
+def _usual_costs(size, norm, cost_type):
+    return _costs(chamfer_costs(size, norm, cost_type).tolist(), cost_type)
+
+
 def chamfer_distance(mask: npt.ArrayLike, out: npt.NDArray | None = None, *, size: int = 5, norm: str = "l2",
                      costs: Sequence[float] | None = None, dtype: npt.DTypeLike = np.float32) -> npt.NDArray:
     """Smallest cost of a path of steps from every pixel to the nearest zero pixel.
@@ -162,10 +172,11 @@ def chamfer_distance(mask: npt.ArrayLike, out: npt.NDArray | None = None, *, siz
         raise TypeError(f"{'dtype' if out is None else 'out'} must be float32, uint16 or uint8, not {dtype}")
     key, code, cost_type = _RESULTS[dtype]
     if costs is None:
-        costs = chamfer_costs(size, norm, cost_type).tolist()
-    elif len(costs) != (size + 1) // 2:
+        costs = _usual_costs(size, norm, cost_type)
+    elif len(costs) == (size + 1) // 2:
+        costs = _costs(list(costs), cost_type)
+    else:
         raise ValueError(f"costs must be {(size + 1) // 2} numbers for size {size}, not {len(costs)}")
-    costs = ffi.new("float[3]" if code == "32f" else "int32_t[3]", list(costs))
     out, (target, target_step, _, _) = output(out, "out", mask.shape, code)
     if out is mask:
         check(_CHAMFER_IN_PLACE[size][key](target, target_step, roi, costs))

@@ -110,6 +110,10 @@ def test_what_is_refused():
     for bad in (picture((5, 9), "uint16"), picture((5, 9, 3))):
         with pytest.raises(TypeError, match="mask must be uint8 with 1 channel"):
             rvxcv.distance_transform(bad)
+    memory = np.zeros((10, 48), np.uint8)
+    for function in (rvxcv.distance_transform, rvxcv.fast_marching, rvxcv.chamfer_distance):
+        with pytest.raises(ValueError, match="share"):
+            function(memory[:, :12], memory.view(np.float32))
     with pytest.raises(TypeError, match="costs"):
         rvxcv.chamfer_costs(3, dtype="float64")
     with pytest.raises(rvxcv.Error, match="BadSize"):

@@ -240,6 +240,20 @@ def test_what_is_refused():
             call()
 
 
+def test_outputs_that_share_memory_with_inputs():
+    memory = np.zeros((10, 288), np.uint8)
+    grey, real = memory[:, :12], memory.view(np.float32)[:, :12]
+    derivative, other = memory.view(np.int16)[:, :12], np.zeros((10, 12), np.int16)
+    for call in (lambda: rvxcv.canny_from_derivatives(derivative, other, 1, 2, grey),
+                 lambda: rvxcv.canny_from_derivatives(other, derivative, 1, 2, grey),
+                 lambda: rvxcv.corner_shi_tomasi(grey, real), lambda: rvxcv.corner_harris(grey, real),
+                 lambda: rvxcv.structure_eigen(grey, memory.view(np.float32).reshape(10, 12, 6)),
+                 lambda: rvxcv.suppress_lines(grey, grey.copy(), grey),
+                 lambda: rvxcv.suppress_lines(grey[1:].copy(), grey[1:], grey[:-1])):
+        with pytest.raises(ValueError, match="share"):
+            call()
+
+
 GREY, REAL = blobs((21, 33)), picture((21, 33), "float32")
 
 

@@ -83,6 +83,19 @@ def test_sides_in_memory(function):
         function(whole, footprint, border="wrap")
 
 
+@pytest.mark.parametrize("function, depths", [(rvxcv.erode, (2, 1, 3, 2)), (rvxcv.morph_gradient, (2, 1, 3, 2)),
+                                              (rvxcv.morph_open, (5, 3, 5, 3)), (rvxcv.morph_tophat, (5, 3, 5, 3))])
+def test_how_much_must_be_in_memory(function, depths):
+    whole, footprint = picture((40, 60)), rvxcv.ellipse(6, 4)
+    for side, depth, cut in zip(("left", "top", "right", "bottom"), depths,
+                                (lambda n: np.s_[:, n:], lambda n: np.s_[n:], lambda n: np.s_[:, :-n],
+                                 lambda n: np.s_[:-n])):
+        function(whole[cut(depth)], footprint, inside=side)
+        if depth > 1:
+            with pytest.raises(ValueError, match="sides in memory"):
+                function(whole[cut(depth - 1)], footprint, inside=side)
+
+
 @pytest.mark.parametrize("shape, dtype", [case for case in LAYOUTS if case[1] in ("uint8", "float32")])
 @pytest.mark.parametrize("height, width", [(1, 1), (3, 3), (5, 9), (4, 2), (31, 1)])
 def test_rank_filters(height, width, shape, dtype):

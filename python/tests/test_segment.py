@@ -113,6 +113,9 @@ def test_labels_are_of_these_types():
     mask = picture((5, 9))
     assert rvxcv.label(mask, dtype="uint8")[0].dtype == np.uint8
     assert rvxcv.label(mask.astype("uint16"))[0].dtype == np.uint16
+    dots = np.zeros((40, 40), np.uint8)
+    dots[::2, ::2] = 1  # 400 components
+    assert rvxcv.label(dots, dtype="uint8")[0].max() == 254
     for bad, options in ((mask, {"dtype": "uint16"}), (mask.astype("uint16"), {"dtype": "int32"}),
                          (mask.astype("float32"), {}), (mask, {"out": np.zeros((5, 9), np.int64)})):
         with pytest.raises(TypeError):
@@ -278,6 +281,16 @@ def test_inpainting_refuses():
                                       (TypeError, (picture((9, 11), "uint16"), mask), {})):
         with pytest.raises(error):
             rvxcv.inpaint(*arguments, **options)
+
+
+def test_outputs_that_share_memory_with_inputs():
+    memory = np.zeros((10, 48), np.uint8)
+    mask, numbers = memory[:, :12], memory.view(np.int32)
+    for call in (lambda: rvxcv.label(mask, numbers), lambda: rvxcv.watershed(mask, numbers.copy(), numbers),
+                 lambda: rvxcv.inpaint(mask[1:], np.ones((9, 12), bool), mask[:-1]),
+                 lambda: rvxcv.inpaint(mask.copy(), mask, mask)):
+        with pytest.raises(ValueError, match="share"):
+            call()
 
 
 def labelled(mask, out=None, **options):
