@@ -7,8 +7,8 @@ from collections.abc import Sequence
 import numpy as np
 import numpy.typing as npt
 
-from ._array import (Members, apart, border_code, check, choose, expect, ffi, lib, need_margin, output, same_layout,
-                     scratch, view)
+from ._array import (Members, apart, apart_or_same, border_code, check, choose, expect, ffi, lib, need_margin, output,
+                     same_layout, scratch, view)
 
 __all__ = ["canny", "canny_from_derivatives", "corner_fast", "corner_harris", "corner_points", "corner_shi_tomasi",
            "find_peaks", "structure_eigen", "suppress_lines"]
@@ -312,8 +312,7 @@ def suppress_lines(image: npt.ArrayLike, candidates: npt.ArrayLike, out: npt.NDA
     kernel = choose(_KERNELS, kernel, "kernel")
     out, (target, target_step, _, _) = output(out, "out", image.shape, "8u")
     apart(image, out, "out")
-    if out is not candidates:
-        apart(candidates, out, "out")
+    apart_or_same(candidates, out, "out")
     buffer = scratch(lib.rvxiLineSuppressionGetBufferSize_8u_C1R, roi, aperture, block)
     check(lib.rvxiLineSuppression_8u_C1R(source, step, marks, marks_step, target, target_step, roi, kernel, aperture,
                                          block, ratio, buffer))

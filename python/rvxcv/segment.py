@@ -6,8 +6,8 @@ from typing import NamedTuple
 import numpy as np
 import numpy.typing as npt
 
-from ._array import (DTYPES, Members, apart, check, choose, constant, expect, ffi, lend, lib, neighbours, output,
-                     scratch, view, working_copy)
+from ._array import (DTYPES, Members, apart, apart_or_same, check, choose, constant, expect, ffi, lend, lib, neighbours,
+                     output, scratch, view, working_copy)
 
 __all__ = ["Region", "flood_fill", "inpaint", "label", "mark_boundaries", "remove_speckles", "segment_gradient",
            "watershed"]
@@ -364,8 +364,7 @@ def inpaint(image: npt.ArrayLike, mask: npt.ArrayLike, out: npt.NDArray | None =
     method = choose(_INPAINT_METHODS, method, "method")
     out, (target, target_step, _, _) = output(out, "out", image.shape, key.split("_")[0])
     apart(mask, out, "out")
-    if out is not image:
-        apart(image, out, "out")
+    apart_or_same(image, out, "out")
     buffer = scratch(queries[key], roi, radius)
     check(member(source, step, hole, hole_step, target, target_step, roi, radius, method, buffer))
     return out

@@ -79,6 +79,9 @@ def test_sides_in_memory(function):
     np.testing.assert_array_equal(function(at_edge, footprint, inside=("left", "bottom")), result[:30, 10:])
     with pytest.raises(ValueError, match="sides in memory"):
         function(whole[1:, 1:], footprint, inside="top")
+    overlapping = np.ndarray((10, 10), np.uint8, bytearray(19), strides=(1, 1))  # nothing lies beside its rows
+    with pytest.raises(ValueError, match="sides in memory"):
+        function(overlapping[8:9], np.ones((3, 1)), inside="all")
     with pytest.raises(rvxcv.Error, match="BadBorder"):
         function(whole, footprint, border="wrap")
 
