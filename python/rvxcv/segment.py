@@ -107,9 +107,11 @@ def flood_fill(image: npt.ArrayLike, seed: tuple[int, int], value, out: npt.NDAr
 
 def _pair(tolerance):
     """Limits below and above."""
-    if np.ndim(tolerance) == 0:
+    try:
+        count = len(tolerance)
+    except TypeError:  # a number
         return tolerance, tolerance
-    if len(tolerance) != 2:
+    if count != 2:
         raise ValueError(f"tolerance must be a number or (below, above), not {tolerance!r}")
     return tolerance
 
