@@ -229,8 +229,8 @@ def morph_gradient(image: npt.ArrayLike, footprint: npt.ArrayLike, out: npt.NDAr
 def _rank(members, image, size, out, anchor):
     image = np.asarray(image)
     source, step, roi, key = view(image, "image")
-    height, width = (size, size) if np.ndim(size) == 0 else size
-    member, query = (table[key] for table in members)
+    height, width = (size, size) if isinstance(size, int) or np.ndim(size) == 0 else size
+    member, query = members[0][key], members[1][key]
     if anchor is None:
         anchor = (width - 1) // 2, (height - 1) // 2
     out, (target, target_step, _, _) = output(out, "out", image.shape, key.split("_")[0])
