@@ -10,6 +10,7 @@ Every function of the package is built from these pieces:
 * ``check`` turns a status into an exception or a warning;
 * ``border_code`` and ``need_margin`` serve ``border=`` and ``inside=``.
 """
+import math
 import re
 import threading
 import warnings
@@ -285,26 +286,44 @@ def need_margin(array, name, code, left, top, right, bottom):
               right if code & lib.BorderInMemoryRight else 0, bottom if code & lib.BorderInMemoryBottom else 0]
     if not any(wanted):
         return
-    owner = array
-    while isinstance(owner.base, _ndarray):
-        owner = owner.base
-    have = _room_around(array, owner)
-    if have is None or any(there < need for there, need in zip(have, wanted)):
+    have = _room_around(array, wanted)
+    if any(there < need for there, need in zip(have, wanted)):
         raise ValueError(f"{name}: the sides in memory need {wanted} pixels (left, top, right, bottom) around the "
-                         f"region, and the array it is a slice of has {'none' if have is None else list(have)}")
+                         f"region, and the array it is a slice of has {have}")
 
 
-def _room_around(array, owner):
-    """Pixels of the owner to the left, above, to the right and below; None if its rows are not the array's."""
-    if owner.ndim != array.ndim or owner.strides != array.strides or owner.shape[2:] != array.shape[2:]:
-        return None
+def _room_around(array, wanted):
+    """Pixels to the left, above, to the right and below in the array of which this one is a slice.
+
+    Of memory without rows (a file, a buffer that was reshaped) all that can be told is whether it holds what is wanted.
+    """
+    room = None
+    flat = [0, 0, 0, 0]
     step, pixel = array.strides[:2]
-    if pixel < array.itemsize * int(np.prod(array.shape[2:])) or step < owner.shape[1] * pixel:
-        return None  # pixels or rows of the owner share memory
-    offset = array.__array_interface__["data"][0] - owner.__array_interface__["data"][0]
-    top, rest = divmod(offset, step)
-    left = rest // pixel
-    return left, top, owner.shape[1] - left - array.shape[1], owner.shape[0] - top - array.shape[0]
+    height, width = array.shape[:2]
+    address = _address(array)
+    owner = array.base
+    while isinstance(owner, _ndarray):
+        # Rows of the same pixels, of which the slice may have left out some: every other row, for instance. Pixels or
+        # rows that share memory have nothing beside them.
+        if owner.ndim in (2, 3) and owner.strides[1] == pixel and owner.strides[0] >= owner.shape[1] * pixel \
+                and pixel >= array.itemsize * math.prod(array.shape[2:]) and step % owner.strides[0] == 0:
+            every = step // owner.strides[0]
+            above, rest = divmod(address - _address(owner), owner.strides[0])
+            left = rest // pixel
+            below = owner.shape[0] - 1 - above - (height - 1) * every
+            room = [left, above // every, owner.shape[1] - left - width, below // every]
+        elif owner.ndim == 1 and owner.flags.c_contiguous and (wanted[0] + width + wanted[2]) * pixel <= step:
+            before = address - _address(owner)
+            last = before + (height - 1 + wanted[3]) * step + (width + wanted[2]) * pixel
+            if before >= wanted[1] * step + wanted[0] * pixel and last <= owner.nbytes:
+                flat = wanted
+        owner = owner.base
+    return room or flat
+
+
+def _address(array):
+    return array.__array_interface__["data"][0]
 
 
 def choose(choices, value, name):

@@ -58,8 +58,8 @@ def map_tiles(function: Callable, image, *, margin, dtype=None, tile: tuple[int,
     # One number an axis: the overlap is taken as wide as the wider of two margins, and no chunk may be smaller.
     depth = {0: max(top, bottom), 1: max(left, right)}
     height, width = tile or image.chunksize[:2]
-    rows = tuple(tiles.lengths(image.shape[0], max(height, depth[0]), 1, depth[0], depth[0]))
-    columns = tuple(tiles.lengths(image.shape[1], max(width, depth[1]), tiles.ALIGNMENT, depth[1], depth[1]))
+    rows = tuple(tiles.lengths(image.shape[0], max(height, depth[0] + 1), 1, depth[0], depth[0]))
+    columns = tuple(tiles.lengths(image.shape[1], max(width, depth[1] + 1), tiles.ALIGNMENT, depth[1], depth[1]))
     image = image.rechunk((rows, columns, *((size,) for size in image.shape[2:])))
     sample = function(np.zeros((1, 1) + image.shape[2:], image.dtype))
     result_chunks = (rows, columns, *((size,) for size in sample.shape[2:]))

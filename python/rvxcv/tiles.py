@@ -19,6 +19,10 @@ __all__ = ["lengths", "margins", "run", "sides", "takes_inside"]
 # multiples of 16, these pixels are the image's.
 ALIGNMENT = 16
 
+# What takes inside= and is refused all the same: edges are followed through the whole image; pixels of packed bits do not
+# begin with their bytes.
+WHOLE = frozenset({"canny", "close_bits", "blackhat_bits", "dilate_bits", "erode_bits", "gradient_bits", "open_bits", "tophat_bits"})
+
 # Functions of the package whose pixels depend on nothing but the same pixel of their inputs.
 POINTWISE = frozenset({"absdiff", "accumulate", "accumulate_product", "accumulate_square", "accumulate_weighted", "blend"})
 
@@ -54,7 +58,8 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     ------
     ValueError
         For functions whose pixels may depend on pixels at any distance (edges that are followed, distances, labels, fills,
-        sums): their tiles are not parts of the whole image's result. Also where the output would be one of the inputs.
+        sums), for ``border="wrap"``, and for packed bits: their tiles are not parts of the whole image's result. Also where
+        the output would be one of the inputs.
 
     Notes
     -----
@@ -127,29 +132,31 @@ def takes_inside(function: Callable, around: Sequence[int]) -> bool:
     while isinstance(core, functools.partial):
         core = core.func
     name = getattr(core, "__name__", type(core).__name__)
-    parameters = inspect.signature(function).parameters.values()
-    if any(each.name == "inside" or each.kind is each.VAR_KEYWORD for each in parameters):
-        return True
     ours = (getattr(core, "__module__", None) or "").split(".")[0] == __package__
-    if any(around) or (ours and name not in POINTWISE):
-        raise ValueError(f"{name} takes no inside=: a pixel of its result may depend on pixels at any distance, so that "
+    parameters = inspect.signature(function).parameters
+    inside = any(each.name == "inside" or each.kind is each.VAR_KEYWORD for each in parameters.values())
+    if ours and name in WHOLE or not inside and (any(around) or ours and name not in POINTWISE):
+        raise ValueError(f"{name} is not for tiles: a pixel of its result may depend on pixels at any distance, so that "
                          "tiles would not be parts of the whole image's result")
-    return False
+    if inside and "border" in parameters and parameters["border"].default == "wrap":
+        raise ValueError("border='wrap' is not for tiles: the other end of the image is in another tile")
+    return inside
 
 
 def lengths(total: int, wanted: int, alignment: int, before: int, after: int) -> list[int]:
     """Lengths of the parts of ``total`` pixels: the wanted one rounded up to the alignment.
 
-    A part that begins or ends nearer to the image's edge than the margin would miss pixels that no memory holds: the
-    first parts are joined until they hold ``before`` pixels, the last until they hold ``after``.
+    A part that begins or ends nearer to the image's edge than the margin would miss pixels that no memory holds, or that
+    its border mirrors: the first parts are joined until they hold more than ``before`` pixels, the last until they hold
+    more than ``after``.
     """
     if wanted < 1:
         raise ValueError(f"tiles must have at least one pixel, not {wanted}")
     length = min(total, -(-wanted // alignment) * alignment)
     parts = [length] * (total // length) + [total % length] * (total % length > 0)
-    while len(parts) > 1 and parts[0] < before:
+    while len(parts) > 1 and parts[0] <= before:
         parts[:2] = [parts[0] + parts[1]]
-    while len(parts) > 1 and parts[-1] < after:
+    while len(parts) > 1 and parts[-1] <= after:
         parts[-2:] = [parts[-2] + parts[-1]]
     return parts
 
