@@ -15,8 +15,7 @@ extern "C" {
  * Processor features, aligned memory, cache size.
  * @{ */
 
-/** @name Bits of a feature mask
- * @{ */
+/* Bits of a feature mask. */
 #define RVX_CPU_SSE2 UINT64_C(0x01)    /**< SSE2 */
 #define RVX_CPU_SSSE3 UINT64_C(0x02)   /**< SSSE3 */
 #define RVX_CPU_SSE42 UINT64_C(0x04)   /**< SSE4.2 */
@@ -25,7 +24,6 @@ extern "C" {
 #define RVX_CPU_FMA3 UINT64_C(0x20)    /**< fused multiply-add */
 #define RVX_CPU_BMI UINT64_C(0x40)     /**< BMI1 and BMI2 */
 #define RVX_CPU_AVX512F UINT64_C(0x80) /**< AVX-512 foundation */
-/** @} */
 
 /** Detects the processor's features, once per process. features receives the mask, registers the four words that cpuid
  * leaf 1 returns (eax, ebx, ecx, edx); either may be null. Always StatusOk. */

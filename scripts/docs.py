@@ -1,13 +1,13 @@
 #!/usr/bin/python3
 """Makes the pages of `./dev docs`: one a family, from docs/families.json and from what is written elsewhere anyway.
 
-    docs.py check XML              every exported name and every member of the headers has a text, and the table is right
-    docs.py pictures RVXCV OUT     the pictures, made by the program
-    docs.py pages XML OUT          the pages for doxygen: what they show beside the headers' own texts
+    docs.py check XML             all that is exported or declared in the headers has a text, and the table is right
+    docs.py pictures RVXCV OUT    the pictures, made by the program
+    docs.py pages XML OUT         the pages for doxygen: what they show beside the headers' own texts
 
 A family is a group of the headers (@defgroup) that has functions. Its members and statuses come from the headers, its
-cost from docs/performance.md, its examples from examples/families/GROUP.c and the programs and Python functions that the
-table names. Run from the project's folder by scripts/docs.sh.
+cost from docs/performance.md, its examples from examples/families/GROUP.c and the programs and Python functions that
+the table names. scripts/docs.sh runs it in the project's folder.
 """
 
 import ast
@@ -50,7 +50,9 @@ class Headers:
         self.compounds = [c for c in compounds if c is not None and c.get("kind") not in ("dir", "page")]
         self.groups = {c.findtext("compoundname"): c for c in self.compounds if c.get("kind") == "group"}
         by_id = {c.get("id"): name for name, c in self.groups.items()}
-        self.parents = {by_id[inner.get("refid")]: name for name, c in self.groups.items() for inner in c.findall("innergroup")}
+        self.parents = {}
+        for name, compound in self.groups.items():
+            self.parents.update((by_id[inner.get("refid")], name) for inner in compound.findall("innergroup"))
 
     def undocumented(self):
         for compound in self.compounds:
@@ -78,8 +80,8 @@ class Headers:
         return Path(self.groups[group].find(".//memberdef[@kind='function']/location").get("file")).name
 
     def statuses(self, group):
-        """The statuses that the texts of a group name, or else those of the group around it: which group's, and names and
-        meanings."""
+        """The statuses that the texts of a group name, or else those of the group around it: that group, and each with
+        its meaning."""
         where = group
         values = {v.findtext("name"): text_of(v, "briefdescription") for v in self.groups["types"].iter("enumvalue")}
         named = set()
@@ -96,7 +98,7 @@ def exported_names():
 
 
 def repeated_names():
-    """doxygen joins the @name groups of one header that have the same name, and moves members to the first one's family."""
+    """doxygen joins @name groups of one header that have the same name, even across families."""
     for path in sorted(Path("include").rglob("*.h")):
         names = re.findall(r"@name (.*)", path.read_text())
         yield from (f"{path}: two groups have the name {name}" for name in sorted(set(names)) if names.count(name) > 1)
@@ -106,7 +108,8 @@ def check(folder):
     headers = Headers(folder)
     complaints = [*headers.undocumented(), *repeated_names()]
     documented = {name for group in headers.groups for name in headers.functions(group)}
-    complaints += [f"{name} is exported, but no group of the headers has it" for name in exported_names() if name not in documented]
+    missing = [name for name in exported_names() if name not in documented]
+    complaints += [f"{name} is exported, but no group of the headers has it" for name in missing]
     fail(complaints + Families(headers).complaints)
 
 
@@ -146,35 +149,39 @@ class Families:
     def __init__(self, headers):
         self.entries = json.loads(TABLE.read_text())["families"]
         known = headers.families()
-        self.complaints = [f"{TABLE}: the headers have no family {group}" for group in self.entries if group not in known]
-        self.complaints += [f"{TABLE}: the family {group} is missing" for group in known if group not in self.entries]
+        self.complaints = [f"{TABLE}: the headers have no family {name}" for name in self.entries if name not in known]
+        self.complaints += [f"{TABLE}: the family {name} is missing" for name in known if name not in self.entries]
         costs = Costs()
+        programs = {str(path) for path in Path("examples").rglob("*.c")}
         self.rows = {}
-        for group in set(self.entries) & set(known):
+        self.programs = {}
+        for group in self.entries.keys() & set(known):
             entry = self.entries[group]
             if ("picture" in entry) + ("output" in entry) + ("no_picture" in entry) != 1:
                 self.complaints.append(f"{TABLE}: {group} needs a picture, an output or a reason why there is none")
-            for name in entry.get("examples", []):
-                if not Path(f"examples/{name}.c").exists():
-                    self.complaints.append(f"{TABLE}: {group}: there is no examples/{name}.c")
             for pattern in entry.get("bench", []):
                 if not costs.of((), [pattern]):
                     self.complaints.append(f"{TABLE}: {group}: no row of {PERFORMANCE} is like {pattern}")
             self.rows[group] = costs.of(headers.functions(group), entry.get("bench", []))
+            named = [f"examples/{name}.c" for name in entry.get("examples", [])]
+            self.complaints += [f"{TABLE}: {group}: there is no {path}" for path in named if path not in programs]
+            self.programs[group] = sorted({f"examples/families/{group}.c"} & programs) + named
+            if not self.programs[group]:
+                self.complaints.append(f"{TABLE}: {group} has no example: write examples/families/{group}.c")
         claimed = {row for rows in self.rows.values() for row in rows}
-        self.complaints += [f"{PERFORMANCE}: no family has the row {row[0]}" for row in costs.rows if row not in claimed]
-        shown_examples = {f"examples/families/{group}.c" for group in self.entries}
-        shown_examples |= {f"examples/{name}.c" for entry in self.entries.values() for name in entry.get("examples", [])}
-        for path in sorted(Path("examples").rglob("*.c")):
-            if str(path) not in shown_examples:
-                self.complaints.append(f"{TABLE}: no family shows {path}")
+        unclaimed = [row[0] for row in costs.rows if row not in claimed]
+        self.complaints += [f"{PERFORMANCE}: no family has the row {name}" for name in unclaimed]
+        seen = {path for paths in self.programs.values() for path in paths}
+        self.complaints += [f"{TABLE}: no family shows {path}" for path in sorted(programs - seen)]
 
 
 # ------------------------------------------------------------------------------------------------- the pictures
 
 
 class Pictures:
-    """Runs the program for what docs/families.json asks. @NAME is a picture made before, @frames six of them."""
+    """Runs the program for what docs/families.json asks. @NAME is a picture made before, @NAME-* a film's frames."""
+
+    FRAMES = range(6)
 
     def __init__(self, program, folder):
         self.program = Path(program).resolve()
@@ -183,10 +190,8 @@ class Pictures:
 
     def words(self, command, out):
         for word in command:
-            if word == "@frames":
-                yield from (str(self.folder / f"street-{frame}.png") for frame in range(6))
-            elif word == "@teach":
-                yield from 5 * [str(self.folder / f"empty-{frame}.png") for frame in range(6)]
+            if word.startswith("@") and word.endswith("-*"):
+                yield from (str(self.folder / f"{word[1:-1]}{frame}.png") for frame in self.FRAMES)
             elif word.startswith("@"):
                 yield str(self.folder / f"{word[1:]}.png")
             else:
@@ -201,13 +206,15 @@ class Pictures:
 
     def scratches(self, name, width, height):
         """A mask of slanted scratches: white where the picture is lost."""
-        row = lambda y: bytes(255 if (x - y // 3) % (width // 6) < 4 else 0 for x in range(width))
-        (self.folder / f"{name}.png").with_suffix(".pgm").write_bytes(
-            b"P5 %d %d 255\n" % (width, height) + b"".join(row(y) for y in range(height)))
+        pixels = bytes(255 * ((x - y // 3) % (width // 6) < 4) for y in range(height) for x in range(width))
+        (self.folder / f"{name}.pgm").write_bytes(b"P5 %d %d 255\n" % (width, height) + pixels)
 
     def make(self):
         table = json.loads(TABLE.read_text())
         self.scratches("scratches", 480, 360)
+        for film, command in table["films"].items():
+            for frame in self.FRAMES:
+                self.run([*command, "--frame", str(frame)], self.folder / f"{film}-{frame}.png")
         for name, command in table["pictures"].items():
             self.run(command, self.folder / f"{name}.png")
         for group, entry in table["families"].items():
@@ -227,11 +234,11 @@ def after(group, entry):
     return group + entry.get("suffix", ".png")
 
 
-def shown(command):
+def shown(entry):
     """A command of the table as a user would type it."""
-    words = " ".join(command).replace("{out}", "out.png").replace("{folder}/", "")
-    words = words.replace("@frames", "street-*.png").replace("@teach", "empty-*.png")
-    return "rvxcv " + re.sub(r"@([\w-]+)", r"\1.png", words).replace("--", "\\--")
+    out = "out" if "from" in entry else "out" + entry.get("suffix", ".png")
+    words = " ".join(entry.get("picture") or entry["output"]).replace("{out}", out).replace("{folder}/", "")
+    return "rvxcv " + re.sub(r"@([\w*-]+)", r"\1.png", words).replace("--", "\\--")
 
 
 def picture(group, entry):
@@ -239,79 +246,94 @@ def picture(group, entry):
         return f"<p class=\"nopicture\">No picture: {entry['no_picture']}</p>\n"
     shots = []
     if "picture" in entry or "before" in entry:
-        shots += [("before" if "picture" in entry else "of", f"{entry.get('before', 'street-0')}.png")]
+        shots += [("before" if "picture" in entry else "of this picture", f"{entry.get('before', 'street-0')}.png")]
     if "picture" in entry:
         shots += [(f"after: {entry['caption']}", after(group, entry))]
     lines = [f"<div><span class=\"label\">{label}</span>\n@image html {name}\n</div>" for label, name in shots]
-    lines += [f"<div class=\"command\"><code>{shown(entry.get('picture') or entry['output'])}</code></div>"]
+    lines += [f"<div class=\"command\"><code>{shown(entry)}</code></div>"]
     if "output" in entry:
         lines += [f"@verbinclude {group}.txt"]
     # No empty line: it would end the block.
     return "<div class=\"pictures\">" + "\n".join(lines) + "</div>\n"
 
 
+def table_of(head, rows):
+    """A table; a head that ends with a colon is one of numbers."""
+    rule = ["---:" if name.endswith(":") else "---" for name in head]
+    lines = [[name.rstrip(":") for name in head], rule, *rows]
+    return "".join("| " + " | ".join(cells) + " |\n" for cells in lines)
+
+
 def members(headers, group):
     """Operations and their variants, each with a link."""
-    rows = {}
-    for name in headers.functions(group):
+    operations = {}
+    names = headers.functions(group)
+    for name in names:
         match = NAME.match(name)
-        operation, variant = (match["operation"], match["variant"]) if match else (name.removeprefix("rvxi"), "")
-        rows.setdefault(operation, []).append((name, variant))
-    table = "\n".join(
-        f"| @ref {some[0][0]} \"{operation}\" | |" if not some[0][1]
-        else f"| %{operation} | {', '.join(f'@ref {name} {chr(34)}{variant}{chr(34)}' for name, variant in some)} |"
-        for operation, some in rows.items())
-    count = sum(len(some) for some in rows.values())
-    said = f"{count} functions, declared" if count > 1 else "One function, declared"
-    return f"<h2>Members</h2>\n\n{said} in `{headers.header(group)}`.\n\n| Operation | Variants |\n|---|---|\n{table}\n"
+        operation, variant = match.group("operation", "variant") if match else (name.removeprefix("rvxi"), "")
+        operations.setdefault(operation, []).append((name, variant))
+    rows = []
+    for operation, some in operations.items():
+        links = ", ".join(f'@ref {name} "{variant}"' for name, variant in some if variant)
+        rows.append([f"%{operation}" if links else f'@ref {some[0][0]} "{operation}"', links])
+    said = f"{len(names)} functions, declared" if len(names) > 1 else "One function, declared"
+    return f"<h2>Members</h2>\n\n{said} in `{headers.header(group)}`.\n\n" + table_of(["Operation", "Variants"], rows)
 
 
 def statuses(headers, group, like):
     where, named = headers.statuses(like)
     if not named:
         return ""
-    order = "in the text" if where == group else f"in @ref {where} \"{headers.title(where)}\""
-    rows = "\n".join(f"| #{name} | {meaning} |" for name, meaning in named)
-    return f"<h2>Statuses</h2>\n\n#StatusOk, or one of these; in which order things are checked is told {order}.\n\n| Status | Meaning |\n|---|---|\n{rows}\n"
+    order = "in the text" if where == group else f'in @ref {where} "{headers.title(where)}"'
+    said = f"#StatusOk, or one of these; in which order things are checked is told {order}."
+    rows = [[f"#{name}", meaning] for name, meaning in named]
+    return f"<h2>Statuses</h2>\n\n{said}\n\n" + table_of(["Status", "Meaning"], rows)
 
 
 def cost(rows):
     text = ["<h2>Cost</h2>\n", "" if rows else "It has no row in [the table of costs](docs/performance.md)."]
-    for unit, meaning in (("copies", "In copies of a 32f image of the same size"), ("ns a pixel", "In nanoseconds a pixel")):
-        some = [row for row in rows if row[3] == unit]
+    units = {"copies": "In copies of a 32f image of the same size", "ns a pixel": "In nanoseconds a pixel"}
+    for unit, said in units.items():
+        some = [[f"`{name}`", small, large] for name, small, large, its in rows if its == unit]
         if some:
-            text += [f"{meaning} ([how it was measured](docs/performance.md)):\n", "| Row | 640x480 | 1920x1080 |", "|---|---:|---:|"]
-            text += [f"| `{name}` | {small} | {large} |" for name, small, large, _ in some]
-            text += [""]
+            text += [f"{said} ([how it was measured](docs/performance.md)):\n"]
+            text += [table_of(["Row", "640x480:", "1920x1080:"], some)]
     return "\n".join(text)
 
 
 class Python:
-    """What python/ has to show: the Examples of the functions' docstrings, which doctest runs, and whole programs."""
+    """What python/ has to show: the Examples in docstrings, which doctest runs, named MODULE.FUNCTION in the table; and
+    programs, named like their files in python/examples."""
+
+    PACKAGE = Path("python/rvxcv")
 
     def __init__(self):
         self.examples = {}
-        for path in sorted(Path("python/rvxcv").glob("*.py")):
+        for path in sorted(self.PACKAGE.glob("*.py")):
             for item in ast.parse(path.read_text()).body:
                 if isinstance(item, (ast.FunctionDef, ast.ClassDef)):
                     text = ast.get_docstring(item) or ""
-                    found = re.search(r"^Examples\n-+\n(.*?)(?=\n\n\w[^\n]*\n---|\Z)", text, re.M | re.S)
-                    if found:
-                        self.examples[item.name] = f"```py\n{found[1].strip()}\n```"
+                    if found := re.search(r"^Examples\n-+\n(.*?)(?=\n\n\w[^\n]*\n---|\Z)", text, re.M | re.S):
+                        code = f"`rvxcv.{item.name}`\n\n```py\n{found[1].strip()}\n```\n"
+                        self.examples[f"{path.stem}.{item.name}"] = code
 
     def example(self, name):
         program = Path("python/examples", f"{name}.py")
-        if program.exists():
-            return f"`{program}`\n\n@include {program}\n"
-        return f"`rvxcv.{name}`\n\n{self.examples[name]}\n" if name in self.examples else None
+        return f"`{program}`\n\n@include {program}\n" if program.exists() else self.examples.get(name)
+
+    def missing(self, families):
+        """What the table names and is not there, where the package has such a module at all."""
+        for group, entry in families.entries.items():
+            for name in entry.get("python", []):
+                if (self.PACKAGE / f"{name.partition('.')[0]}.py").exists() and not self.example(name):
+                    yield f"{TABLE}: {group}: there is no example of {name} in python/"
 
 
-def examples(group, entry, python):
-    programs = [f"examples/{name}.c" for name in [f"families/{group}", *entry.get("examples", [])]]
-    shown_c = [f"`{name}`\n\n@include {name}\n" for name in programs if Path(name).exists()]
-    shown_python = [text for name in [group, *entry.get("python", [])] if (text := python.example(name))]
-    text = ["<h2>Example in C</h2>\n", *shown_c] if shown_c else []
-    return "\n".join(text + (["<h2>Example in Python</h2>\n", *shown_python] if shown_python else []))
+def examples(programs, entry, python):
+    in_c = [f"`{path}`\n\n@include {path}\n" for path in programs]
+    in_python = [text for name in entry.get("python", []) if (text := python.example(name))]
+    parts = (("C", in_c), ("Python", in_python))
+    return "\n".join(f"<h2>Example in {language}</h2>\n\n" + "\n".join(texts) for language, texts in parts if texts)
 
 
 def gallery(headers, families):
@@ -324,22 +346,23 @@ def gallery(headers, families):
             cards += ["</div>" if parent else "", f"<h2>{headers.title(around)}</h2>", "<div class=\"cards\">"]
             parent = around
         picture_of = [f"@image html {after(group, entry)}"] if "picture" in entry else ["<div class=\"blank\"></div>"]
-        title = f"<div class=\"title\">@ref {group} \"{headers.title(group)}\"</div>"
-        cards += ["<div class=\"card\">", *picture_of, title, f"<div class=\"brief\">{html.escape(headers.brief(group), quote=False)}</div></div>"]
+        title = f'<div class="title">@ref {group} "{headers.title(group)}"</div>'
+        brief = f'<div class="brief">{html.escape(headers.brief(group), quote=False)}</div>'
+        cards += ["<div class=\"card\">", *picture_of, title, brief, "</div>"]
     return "\n".join(cards + ["</div>", "*/"])
 
 
 def pages(folder, out):
     headers = Headers(folder)
     families = Families(headers)
-    fail(families.complaints)
     python = Python()
+    fail([*families.complaints, *python.missing(families)])
     out = Path(out)
     for part in ("before", "after"):
         (out / part).mkdir(parents=True, exist_ok=True)
     for group, entry in families.entries.items():
         parts = [members(headers, group), statuses(headers, group, entry.get("statuses_like", group)),
-                 cost(families.rows[group]), examples(group, entry, python)]
+                 cost(families.rows[group]), examples(families.programs[group], entry, python)]
         (out / "before" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{picture(group, entry)}\n*/\n")
         (out / "after" / f"{group}.dox").write_text(f"/** @addtogroup {group}\n\n{chr(10).join(parts)}\n*/\n")
     (out / "before" / "families.dox").write_text(gallery(headers, families))

@@ -6,8 +6,10 @@ enum { Width = 12, Height = 10 };
 
 int main(void) {
     float image[Height][Width], patch[3][3];
-    for (int i = 0; i < Width * Height; ++i) {
-        image[i / Width][i % Width] = 4.0F * (float)(i % Width) + 8.0F * (float)(i / Width);
+    for (int y = 0; y < Height; ++y) {
+        for (int x = 0; x < Width; ++x) {
+            image[y][x] = 4.0F * (float)x + 8.0F * (float)y;
+        }
     }
     const RoiSize roi = {Width, Height}, patchSize = {3, 3};
     const Point2f centre = {5.25F, 4.5F};
