@@ -6,8 +6,8 @@ and types that cannot be used raise ValueError or TypeError, and what the librar
 Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the C library under their own
 names.
 """
-from . import (arith, dask_tiles, detect, distance, feature, filter, foreground, geometry, hough, morph, morph_bits, morph_grey,
-               motion, pyramid, segment, stats, tiles, version)
+from . import (arith, dask_tiles, detect, distance, feature, filter, foreground, geometry, hough, morph, morph_bits,
+               morph_grey, motion, pyramid, segment, stats, tiles, version)
 from ._array import Error, Warning
 from .arith import *
 from .detect import *

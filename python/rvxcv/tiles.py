@@ -19,12 +19,14 @@ __all__ = ["lengths", "margins", "run", "sides", "takes_inside"]
 # multiples of 16, these pixels are the image's.
 ALIGNMENT = 16
 
-# What takes inside= and is refused all the same: edges are followed through the whole image; pixels of packed bits do not
-# begin with their bytes.
-WHOLE = frozenset({"canny", "close_bits", "blackhat_bits", "dilate_bits", "erode_bits", "gradient_bits", "open_bits", "tophat_bits"})
+# What takes inside= and is refused all the same: edges are followed through the whole image; pixels of packed bits do
+# not begin with their bytes.
+WHOLE = frozenset({"canny", "blackhat_bits", "close_bits", "dilate_bits", "erode_bits", "gradient_bits", "open_bits",
+                   "tophat_bits"})
 
 # Functions of the package whose pixels depend on nothing but the same pixel of their inputs.
-POINTWISE = frozenset({"absdiff", "accumulate", "accumulate_product", "accumulate_square", "accumulate_weighted", "blend"})
+POINTWISE = frozenset({"absdiff", "accumulate", "accumulate_product", "accumulate_square", "accumulate_weighted",
+                       "blend"})
 
 
 def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] | None = None,
@@ -34,16 +36,17 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     Parameters
     ----------
     function : callable
-        Called as ``function(*tiles, out=…, inside=…)`` for each tile; ``inside`` names the sides on which the image goes on.
-        Functions of this package that take ``inside=`` are of this kind, with their other arguments given by
+        Called as ``function(*tiles, out=…, inside=…)`` for each tile; ``inside`` names the sides on which the image goes
+        on. Functions of this package that take ``inside=`` are of this kind, with their other arguments given by
         `functools.partial`.
     *images : arrays of one height and width
         The inputs; each is cut in the same way.
     margin : int or (left, top, right, bottom)
-        Pixels around a tile that its result depends on: for a window of w x h pixels at its centre, w // 2 and h // 2 at least.
+        Pixels around a tile that its result depends on: for a window of w x h pixels around each pixel w // 2 and
+        h // 2, for an opening twice that.
     tile : (height, width), optional
-        Size of the tiles; widths are rounded up to a multiple of 16. By default bands of
-        whole rows, up to four to a worker.
+        Size of the tiles; widths are rounded up to a multiple of 16. By default bands of whole rows, up to four to a
+        worker.
     workers : int, optional
         Number of threads; by default the processors that this process may use.
     out : array, optional
