@@ -10,7 +10,8 @@ from rvxcv import tiles
 
 CASES = {
     "erosion, 15 x 15 diagonal, uint8": (functools.partial(rvxcv.erode, footprint=np.eye(15)), np.uint8, 7),
-    "erosion, ellipse 31 x 31, float32": (functools.partial(rvxcv.erode, footprint=rvxcv.ellipse(31, 31)), np.float32, 15),
+    "erosion, ellipse 31 x 31, float32": (functools.partial(rvxcv.erode, footprint=rvxcv.ellipse(31, 31)), np.float32,
+                                          15),
     "Gaussian 15, uint8": (functools.partial(rvxcv.gaussian, sigma=2.5, size=15), np.uint8, 7),
 }
 

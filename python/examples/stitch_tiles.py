@@ -1,7 +1,7 @@
 """Smooths and cleans a picture that is larger than one would like to hold, tile by tile from file to file.
 
-The picture is a file of raw bytes that is mapped, not read; tiles of it are computed on threads and go straight into the
-mapped file of the result. A reduced picture of both is written with matplotlib, the seams of the tiles drawn in.
+The picture is a file of raw bytes that is mapped, not read; tiles of it are computed on threads and go straight into
+the mapped file of the result. A reduced picture of both is written with matplotlib, the seams of the tiles drawn in.
 
     stitch_tiles.py OUT.png [WIDTH HEIGHT]
 """

@@ -1,10 +1,10 @@
 """Computer-vision primitives for 2-D images: numpy arrays in, numpy arrays out.
 
 Images have shape (height, width) or (height, width, channels); slices are images too, without a copy. Points and boxes
-are (x, y) and (x, y, width, height), sizes of arrays (height, width). Results go into ``out`` where it is given. Layouts
-and types that cannot be used raise ValueError or TypeError, and what the library refuses raises `rvxcv.Error`.
-Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the C library under their own
-names.
+are (x, y) and (x, y, width, height), sizes of arrays (height, width). Results go into ``out`` where it is given.
+Layouts and types that cannot be used raise ValueError or TypeError, and what the library refuses raises `rvxcv.Error`.
+Everything may be called from several threads at once. ``rvxcv.raw`` holds the functions of the C library under their
+own names.
 """
 from . import (arith, dask_tiles, detect, distance, feature, filter, foreground, geometry, hough, morph, morph_bits,
                morph_grey, motion, pyramid, segment, stats, tiles, version)

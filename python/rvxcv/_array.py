@@ -19,7 +19,8 @@ import numpy as np
 
 from ._raw import ffi, lib
 
-CODES = {"8u": "uint8", "8s": "int8", "16u": "uint16", "16s": "int16", "32s": "int32", "32f": "float32", "64f": "float64"}
+CODES = {"8u": "uint8", "8s": "int8", "16u": "uint16", "16s": "int16", "32s": "int32", "32f": "float32",
+         "64f": "float64"}
 DTYPES = {code: np.dtype(name) for code, name in CODES.items()}
 _CHANNELS = (1, 2, 3, 4)
 _KEYS = {dtype: [f"{code}_C{channels}" for channels in (0, *_CHANNELS)] for code, dtype in DTYPES.items()}

@@ -15,8 +15,8 @@ import numpy as np
 
 __all__ = ["lengths", "margins", "run", "sides", "takes_inside"]
 
-# The integer filters round the last (width mod 16) pixels of a row in another way than those before. Where tiles begin at
-# multiples of 16, these pixels are the image's.
+# The integer filters round the last (width mod 16) pixels of a row in another way than those before. Where tiles begin
+# at multiples of 16, these pixels are the image's.
 ALIGNMENT = 16
 
 # What takes inside= and is refused all the same: edges are followed through the whole image; pixels of packed bits do
@@ -36,8 +36,8 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     Parameters
     ----------
     function : callable
-        Called as ``function(*tiles, out=…, inside=…)`` for each tile; ``inside`` names the sides on which the image goes
-        on. Functions of this package that take ``inside=`` are of this kind, with their other arguments given by
+        Called as ``function(*tiles, out=…, inside=…)`` for each tile; ``inside`` names the sides on which the image
+        goes on. Functions of this package that take ``inside=`` are of this kind, with their other arguments given by
         `functools.partial`.
     *images : arrays of one height and width
         The inputs; each is cut in the same way.
@@ -60,9 +60,9 @@ def run(function: Callable, *images: np.ndarray, margin, tile: tuple[int, int] |
     Raises
     ------
     ValueError
-        For functions whose pixels may depend on pixels at any distance (edges that are followed, distances, labels, fills,
-        sums), for ``border="wrap"``, and for packed bits: their tiles are not parts of the whole image's result. Also where
-        the output would be one of the inputs.
+        For functions whose pixels may depend on pixels at any distance (edges that are followed, distances, labels,
+        fills, sums), for ``border="wrap"``, and for packed bits: their tiles are not parts of the whole image's
+        result. Also where the output would be one of the inputs.
 
     Notes
     -----
@@ -139,8 +139,8 @@ def takes_inside(function: Callable, around: Sequence[int]) -> bool:
     parameters = inspect.signature(function).parameters
     inside = any(each.name == "inside" or each.kind is each.VAR_KEYWORD for each in parameters.values())
     if ours and name in WHOLE or not inside and (any(around) or ours and name not in POINTWISE):
-        raise ValueError(f"{name} is not for tiles: a pixel of its result may depend on pixels at any distance, so that "
-                         "tiles would not be parts of the whole image's result")
+        raise ValueError(f"{name} is not for tiles: a pixel of its result may depend on pixels at any distance, so "
+                         "that tiles would not be parts of the whole image's result")
     if inside and "border" in parameters and parameters["border"].default == "wrap":
         raise ValueError("border='wrap' is not for tiles: the other end of the image is in another tile")
     return inside
@@ -149,8 +149,8 @@ def takes_inside(function: Callable, around: Sequence[int]) -> bool:
 def lengths(total: int, wanted: int, alignment: int, before: int, after: int) -> list[int]:
     """Lengths of the parts of ``total`` pixels: the wanted one rounded up to the alignment.
 
-    A part that begins or ends nearer to the image's edge than the margin would miss pixels that no memory holds, or that
-    its border mirrors: the first parts are joined until they hold more than ``before`` pixels, the last until they hold
+    A part that begins or ends nearer to the image's edge than the margin would miss pixels that no memory holds, or
+    that its border mirrors: the first parts are joined until they hold more than ``before`` pixels, the last until they hold
     more than ``after``.
     """
     if wanted < 1:

@@ -67,7 +67,8 @@ OWN_NAMESPACES = ("raw", "tiles", "dask_tiles")
 
 def test_public_names_stand_in_one_module_each():
     stems = [path.stem for path in pathlib.Path(rvxcv.__file__).parent.glob("*.py")]
-    modules = [importlib.import_module(f"rvxcv.{stem}") for stem in stems if stem[0] != "_" and stem not in OWN_NAMESPACES]
+    modules = [importlib.import_module(f"rvxcv.{stem}") for stem in stems
+               if stem[0] != "_" and stem not in OWN_NAMESPACES]
     names = [name for module in modules for name in getattr(module, "__all__", [])]
     assert sorted(names) == sorted(set(names))
     assert [name for name in names if not hasattr(rvxcv, name)] == []

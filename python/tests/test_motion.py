@@ -139,7 +139,8 @@ def test_tracking_refusals():
 
 def test_threads_share_pyramids():
     before, after = rvxcv.Pyramid(texture(), 3), rvxcv.Pyramid(texture(moved=(3, 2)), 3)
-    in_threads(lambda motion: rvxcv.track(before, after, np.tile(POINTS, (50, 1)), guess=np.tile(POINTS + motion, (50, 1))),
+    in_threads(lambda motion: rvxcv.track(before, after, np.tile(POINTS, (50, 1)),
+                                          guess=np.tile(POINTS + motion, (50, 1))),
                [np.float32(one) for one in range(8)])
 
 

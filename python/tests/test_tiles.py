@@ -20,7 +20,8 @@ BOX = np.ones((3, 5), np.uint8)
 CASES = [(ERODE, np.uint8, 1, (4, 2, 4, 2)), (ERODE, np.uint8, 3, 4), (ERODE, np.float32, 4, 4),
          (functools.partial(rvxcv.dilate, footprint=ONE_SIDED), np.uint16, 1, (3, 1, 3, 2)),
          (functools.partial(rvxcv.grey_erode, surface=SURFACE), np.float32, 1, 3),
-         (functools.partial(rvxcv.grey_dilate, surface=SURFACE.astype(np.int32), border="constant", value=70), np.uint8, 1, 3),
+         (functools.partial(rvxcv.grey_dilate, surface=SURFACE.astype(np.int32), border="constant", value=70), np.uint8, 1,
+          3),
          (functools.partial(rvxcv.morph_open, footprint=BOX), np.uint8, 1, 4),
          (functools.partial(rvxcv.morph_close, footprint=ONE_SIDED), np.float32, 3, 6),
          (functools.partial(rvxcv.morph_gradient, footprint=BOX), np.uint8, 3, 2),
@@ -155,6 +156,6 @@ def test_dask_on_two_processes():
     distributed = pytest.importorskip("distributed")
     image = picture(np.uint8, 3)
     lazy = dask_tiles.map_tiles(GAUSS, da.from_array(image, (64, 96, 3)), margin=3)
-    with distributed.LocalCluster(n_workers=2, threads_per_worker=1, processes=True, dashboard_address=None) as cluster, \
-            distributed.Client(cluster) as client:
+    options = {"n_workers": 2, "threads_per_worker": 1, "processes": True, "dashboard_address": None}
+    with distributed.LocalCluster(**options) as cluster, distributed.Client(cluster) as client:
         np.testing.assert_array_equal(client.compute(lazy).result(), GAUSS(image))
