@@ -29,7 +29,7 @@ def small_copies(demo, out):
 def groups(text):
     """The first table: (heading of a group, [(copies at 640x480, at 1920x1080)])."""
     found = []
-    for line in text[text.index("| Row |") :].splitlines()[2:]:
+    for line in text[text.index("| Row |"):].splitlines()[2:]:
         if not line:
             return found
         cells = [cell.strip() for cell in line.strip("|").split("|")]
@@ -42,7 +42,8 @@ def groups(text):
 
 
 def plot(text, out):
-    pyplot.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": "rvxcv", "font.family": "sans-serif", "font.size": 9})
+    pyplot.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": "rvxcv", "font.family": "sans-serif",
+                            "font.size": 9})
     table = groups(text)
     figure, axes = pyplot.subplots(figsize=(8.6, 0.27 * len(table) + 1.1), layout="constrained")
     for size, colour, shift in ((0, "#1f6fb4", -0.16), (1, "#e07b1a", 0.16)):

@@ -150,8 +150,8 @@ def lengths(total: int, wanted: int, alignment: int, before: int, after: int) ->
     """Lengths of the parts of ``total`` pixels: the wanted one rounded up to the alignment.
 
     A part that begins or ends nearer to the image's edge than the margin would miss pixels that no memory holds, or
-    that its border mirrors: the first parts are joined until they hold more than ``before`` pixels, the last until they hold
-    more than ``after``.
+    that its border mirrors: the first parts are joined until they hold more than ``before`` pixels, the last until
+    they hold more than ``after``.
     """
     if wanted < 1:
         raise ValueError(f"tiles must have at least one pixel, not {wanted}")
