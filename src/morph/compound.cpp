@@ -12,7 +12,6 @@
 #include "morph/flat_filter.h"
 #include "morph/morph_spec.h"
 #include "morph/rank_filter.h"
-#include "morph/small_window.h"
 
 #include <algorithm>
 
@@ -191,12 +190,12 @@ template <class Images> StatusCode gradient(const Call<Images> &call) {
     for (std::int64_t y0 = 0; y0 < roi.height; y0 += strip) {
         const std::int64_t y1 = std::min<std::int64_t>(y0 + strip, roi.height);
         const auto dilated = Images::intermediate(call.intermediate() - y0 * stride, stride);
-        Images::template step<Maximum>(call.src, dilated, roi, y0, y1, call.border, call.forward, call.buffer,
-                                       call.fields.basicBufferBytes);
-        if (Images::template stepAndSubtract<Minimum, OtherLessExtremum>(call.src, call.dst, roi, y0, y1, call.border,
-                                                                         call.forward, Images::readable(dilated))) {
+        if (Images::template stepAndSubtract<LeastAndMost, MostLessLeast>(call.src, call.dst, roi, y0, y1, call.border,
+                                                                          call.forward, Images::readable(dilated))) {
             continue;
         }
+        Images::template step<Maximum>(call.src, dilated, roi, y0, y1, call.border, call.forward, call.buffer,
+                                       call.fields.basicBufferBytes);
         Images::template step<Minimum>(call.src, call.dst, roi, y0, y1, call.border, call.forward, call.buffer,
                                        call.fields.basicBufferBytes);
         const auto dst = Images::moved(call.dst, 0, y0);

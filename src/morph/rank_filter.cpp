@@ -11,7 +11,6 @@
 #include "morph/rank_filter.h"
 #include "morph/row_extrema.h"
 #include "morph/row_window.h"
-#include "morph/small_window.h"
 
 namespace rvxcv {
 namespace {
@@ -48,20 +47,6 @@ void reduceRows(const MorphTask<T> &task, Window window, bool twoParts, T *lines
 }
 
 } // namespace
-
-template <class T, class Op, class Result>
-bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> other) {
-    window = trimmed(window, task.roi, task.border);
-    if (SmallWindow<T, Op, 3, Result>::applies(task, window)) {
-        SmallWindow<T, Op, 3, Result>(task, other).run();
-        return true;
-    }
-    if (SmallWindow<T, Op, 5, Result>::applies(task, window)) {
-        SmallWindow<T, Op, 5, Result>(task, other).run();
-        return true;
-    }
-    return false;
-}
 
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window) {
     window = trimmed(window, task.roi, task.border);
@@ -146,16 +131,6 @@ template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window 
     }
     return true;
 }
-
-#define INSTANTIATE(T)                                                                                                 \
-    template bool filterSmallWindow<T, Minimum, OtherLessExtremum>(const MorphTask<T> &, Window, Plane<const T>);      \
-    template bool filterSmallWindow<T, Minimum, ExtremumLessOther>(const MorphTask<T> &, Window, Plane<const T>);      \
-    template bool filterSmallWindow<T, Maximum, OtherLessExtremum>(const MorphTask<T> &, Window, Plane<const T>);
-INSTANTIATE(std::uint8_t)
-INSTANTIATE(std::uint16_t)
-INSTANTIATE(std::int16_t)
-INSTANTIATE(float)
-#undef INSTANTIATE
 
 template bool filterWindow<std::uint8_t, Minimum>(const MorphTask<std::uint8_t> &, Window);
 template bool filterWindow<std::uint8_t, Maximum>(const MorphTask<std::uint8_t> &, Window);

@@ -1,7 +1,7 @@
 // Minimum and maximum under a rectangle, for the rank filters and for erosion and dilation with solid rectangles.
 #pragma once
 
-#include "morph/row_extrema.h"
+#include "morph/window_result.h"
 
 #include "rvxcv/morph.h"
 
@@ -11,9 +11,9 @@ namespace rvxcv {
 // and rankBufferBytes of scratch for the window's size. Instances: Minimum and Maximum of 8u, 16u, 16s, 32f.
 template <class T, class Op> bool filterWindow(const MorphTask<T> &task, Window window);
 
-// The same for the window's frequent sizes alone, with a step behind it (small_window.h): false, and nothing is
+// The same for the window's frequent sizes alone, with a step behind it (small_window.cpp): false, and nothing is
 // written, for any other window. `other` has the destination's coordinates and is not the destination. Instances: the
-// results that compound operations have.
+// results that compound operations have; LeastAndMost for the difference of both.
 template <class T, class Op, class Result>
 bool filterSmallWindow(const MorphTask<T> &task, Window window, Plane<const T> other);
 

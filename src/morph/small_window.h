@@ -7,25 +7,9 @@
 // In the first and the last vector of a row, loads that would reach over the edge repeat the edge pixel by a shuffle.
 #pragma once
 
-#include "morph/edge_load.h"
-#include "morph/row_extrema.h"
+#include "morph/chain_window.h"
 
 namespace rvxcv {
-
-// What becomes of an extremum before it is stored, beside the pixel of another image: nothing, or a difference.
-struct Extremum {
-    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *) { return extremum; }
-};
-struct OtherLessExtremum {
-    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *other) {
-        return differenceOf(load<V>(other), extremum);
-    }
-};
-struct ExtremumLessOther {
-    template <class V> static RVX_INLINE V of(V extremum, const typename V::Element *other) {
-        return differenceOf(extremum, load<V>(other));
-    }
-};
 
 template <class T, class Op, int side, class Result> class SmallWindow {
     using V = Vec<T>;
@@ -135,7 +119,8 @@ private:
                 for (int i = 1; i < side - 1; ++i) {
                     common[v] = Op::of(common[v], above[i][v]);
                 }
-                store(out + v * V::lanes, Result::of(Op::of(common[v], above[0][v]), other + v * V::lanes));
+                const auto otherPixels = [&] { return load<V>(other + v * V::lanes); };
+                store(out + v * V::lanes, Result::of(Op::of(common[v], above[0][v]), otherPixels));
             }
             out = byteOffset(out, outStep);
             other = byteOffset(other, otherStep);
@@ -149,7 +134,8 @@ private:
             }
             for (int v = 0; v < vectors; ++v) {
                 const V last = alongRow(row + v * V::lanes);
-                store(out + v * V::lanes, Result::of(Op::of(common[v], last), other + v * V::lanes));
+                const auto otherPixels = [&] { return load<V>(other + v * V::lanes); };
+                store(out + v * V::lanes, Result::of(Op::of(common[v], last), otherPixels));
                 for (int i = 0; i < side - 3; ++i) {
                     above[i][v] = above[i + 2][v];
                 }
