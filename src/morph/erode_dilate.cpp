@@ -45,7 +45,7 @@ public:
         };
         for (std::int64_t j = 0; j < spec_.maskHeight; ++j) {
             for (std::int64_t i = first + spec_.anchorX; i <= last + spec_.anchorX; ++i) {
-                if (spec_.maskCopy[j * spec_.maskWidth + i] != 0) {
+                if (isSet(i, j)) {
                     places[count++] = {i - spec_.anchorX, j - spec_.anchorY};
                     if (count == mostPlaces) {
                         flush();
@@ -56,7 +56,36 @@ public:
         flush();
     }
 
+    template <class Take> void forShared(const Take &take) const {
+        SharedPlaces shared;
+        for (std::int64_t j = 0; j <= spec_.maskHeight; ++j) {
+            for (std::int64_t i = 0; i < spec_.maskWidth; ++i) {
+                const bool first = j < spec_.maskHeight && isSet(i, j), second = j > 0 && isSet(i, j - 1);
+                if (first || second) {
+                    shared.add(first && second ? SharedPlaces::both
+                               : first         ? SharedPlaces::first
+                                               : SharedPlaces::second,
+                               {i - spec_.anchorX, j - spec_.anchorY});
+                    if (shared.count() == SharedPlaces::most) {
+                        take(shared);
+                        shared = {};
+                    }
+                }
+            }
+        }
+        if (shared.count() > 0) {
+            take(shared);
+        }
+    }
+    static constexpr bool shares = true;
+    std::int64_t count() const {
+        return std::count_if(spec_.maskCopy, spec_.maskCopy + std::int64_t{spec_.maskWidth} * spec_.maskHeight,
+                             [](std::uint8_t m) { return m != 0; });
+    }
+
 private:
+    bool isSet(std::int64_t i, std::int64_t j) const { return spec_.maskCopy[j * spec_.maskWidth + i] != 0; }
+
     const MorphSpec &spec_;
 };
 

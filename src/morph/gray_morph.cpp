@@ -192,6 +192,7 @@ template <class T, class Op> class FunctionPositions {
 
 public:
     static constexpr std::int64_t most = 512;
+    static constexpr bool shares = false;
 
     // From the table, row by row. Ordering them by value, so that equal ones meet, pays where there is much to filter.
     FunctionPositions(const GrayMorphEntry *entries, std::int64_t count, bool ordered) : count_(count) {

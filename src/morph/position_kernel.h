@@ -11,6 +11,10 @@
 //                                   and what becomes of their pixels
 //
 // Terms make one vector of a group's pixels: over<Op>(pixelsAt) with pixelsAt(k) a vector of those at place k.
+//
+// Where all pixels are plain, two neighbouring output rows share the loads of what is under both, and the list has
+//
+//     forShared(take)               take(SharedPlaces), as many at a time as these hold
 #pragma once
 
 #include "kernel/scratch.h"
@@ -62,6 +66,65 @@ template <class T, class Op, class Terms, int count, bool padded> struct Positio
             return load<V>(from[k] + x);
         } else {
             return load<V>(from[k] + x, span);
+        }
+    }
+};
+
+// Where the source pixels of two neighbouring output rows are, relative to the first one: those under both rows, under
+// the first one alone, under the second one alone.
+struct SharedPlaces {
+    static constexpr int most = 128;
+    enum Under { both, first, second };
+    struct List {
+        PixelOffset places[most];
+        int count = 0;
+    };
+    List lists[3];
+
+    void add(Under under, PixelOffset place) {
+        List &list = lists[under];
+        list.places[list.count++] = place;
+    }
+    int count() const { return lists[both].count + lists[first].count + lists[second].count; }
+};
+
+// Part of two neighbouring output rows, or of one.
+template <class T, class Op> struct SharedRows {
+    using V = Vec<T>;
+    struct List {
+        const T *from[SharedPlaces::most];
+        int count;
+
+        template <int vectors> RVX_INLINE void join(V (&extremum)[vectors], std::int64_t x) const {
+            for (int k = 0; k < count; ++k) {
+                const T *pixels = from[k] + x;
+                for (int v = 0; v < vectors; ++v) {
+                    extremum[v] = Op::of(extremum[v], load<V>(pixels + v * V::lanes));
+                }
+            }
+        }
+    };
+    List lists[3];
+
+    // Neighbouring vectors from x on, to element `to` of the output rows; the second row may be null.
+    template <int vectors>
+    RVX_INLINE void run(std::int64_t x, T *row, T *next, std::int64_t to, bool proceed) const {
+        V common[vectors];
+        std::fill_n(common, vectors, V(splat(Op::template neutral<T>())));
+        lists[SharedPlaces::both].join(common, x);
+        const auto finish = [&](T *dst, const List &own) {
+            V extremum[vectors];
+            for (int v = 0; v < vectors; ++v) {
+                extremum[v] = proceed ? Op::of(common[v], load<V>(dst + v * V::lanes)) : common[v];
+            }
+            own.join(extremum, x);
+            for (int v = 0; v < vectors; ++v) {
+                store(dst + v * V::lanes, extremum[v]);
+            }
+        };
+        finish(row + to, lists[SharedPlaces::first]);
+        if (next != nullptr) {
+            finish(next + to, lists[SharedPlaces::second]);
         }
     }
 };
@@ -118,6 +181,39 @@ private:
     static constexpr std::int64_t fromFirstToLast = 3 * V::lanes;
 
     void inPlace(bool proceedAtFirst) const {
+        if constexpr (Positions::shares) {
+            if (positions_.count() <= mostPlaces) {
+                return eachRow(proceedAtFirst);
+            }
+            bool proceed = proceedAtFirst;
+            positions_.forShared([&](const SharedPlaces &shared) {
+                overTiles([&](const Tile &tile) { rowPairs(shared, tile, proceed); });
+                proceed = true;
+            });
+        } else {
+            eachRow(proceedAtFirst);
+        }
+    }
+
+    void eachRow(bool proceedAtFirst) const {
+        overTiles([&](const Tile &tile) {
+            bool proceed = proceedAtFirst;
+            positions_.forGroups(reach_.left, reach_.right, [&](const auto &places, const auto &terms) {
+                rowsInPlace(places, terms, tile, proceed);
+                proceed = true;
+            });
+        });
+    }
+
+    // Some output rows from element `begin` to `end`, the source rows from the first one in reach on, and their ends.
+    struct Tile {
+        const T *const *rows;
+        const Ends *ends;
+        std::int64_t y, rowCount, begin, end;
+        bool atLeft, atRight; // a first and a last vector lie before and behind these elements
+    };
+
+    template <class Work> void overTiles(const Work &work) const {
         const std::int64_t repeated = vectorBytes / task_.pixelBytes() * task_.channels;
         const std::int64_t repeatedBytes = repeated * static_cast<std::int64_t>(sizeof(T));
         const EdgePixels edge(task_.pixelBytes());
@@ -152,11 +248,9 @@ private:
                 }
             });
             for (std::int64_t x = begin; x < end; x += tile) {
-                bool proceed = proceedAtFirst;
-                positions_.forGroups(reach_.left, reach_.right, [&](const auto &places, const auto &terms) {
-                    rowsInPlace(places, terms, rows, ends, y, count, x, std::min(x + tile, end), proceed);
-                    proceed = true;
-                });
+                const bool last = x + tile >= end;
+                work(Tile{rows, ends, y, count, x, last ? end : x + tile, x == begin && !task_.border.left,
+                          last && !task_.border.right});
             }
         }
     }
@@ -173,21 +267,21 @@ private:
         return row - left;
     }
 
-    // From element `begin` to `end` of the rows, and what lies before and behind these in a first and a last vector.
+    static constexpr auto endsStep = static_cast<std::int64_t>(sizeof(Ends) / sizeof(T));
+
     template <class Terms, int count>
-    void rowsInPlace(const PixelOffset (&places)[count], const Terms &terms, const T *const *rows, const Ends *ends,
-                     std::int64_t y0, std::int64_t rowCount, std::int64_t begin, std::int64_t end, bool proceed) const {
-        const bool atLeft = begin == V::lanes && !task_.border.left;
-        const bool atRight = end == task_.roi.width * task_.channels - V::lanes && !task_.border.right;
+    void rowsInPlace(const PixelOffset (&places)[count], const Terms &terms, const Tile &tile, bool proceed) const {
         const T *const *rowOf[count];
         std::int64_t x[count];
         PositionRow<T, Op, Terms, count, false> inside{terms, {}, nullptr, proceed}, outside = inside;
         for (int k = 0; k < count; ++k) {
-            rowOf[k] = rows + (places[k].y - reach_.top);
+            rowOf[k] = tile.rows + (places[k].y - reach_.top);
             x[k] = places[k].x * task_.channels;
-            outside.from[k] = ends[places[k].y - reach_.top].pixels + V::lanes + x[k];
+            outside.from[k] = tile.ends[places[k].y - reach_.top].pixels + V::lanes + x[k];
         }
-        T *dst = task_.dst.row(y0);
+        const std::int64_t begin = tile.begin, end = tile.end, rowCount = tile.rowCount;
+        const bool atLeft = tile.atLeft, atRight = tile.atRight;
+        T *dst = task_.dst.row(tile.y);
         for (std::int64_t y = 0; y < rowCount; ++y, dst = byteOffset(dst, task_.dst.step)) {
             for (int k = 0; k < count; ++k) {
                 inside.from[k] = rowOf[k][y] + x[k];
@@ -200,12 +294,46 @@ private:
             for (; i < end; i += V::lanes) {
                 inside.template run<1>(std::min(i, end - V::lanes), Full{});
             }
-            constexpr auto endsStep = static_cast<std::int64_t>(sizeof(Ends) / sizeof(T));
             if (atLeft) {
                 inside.put(0, outside.at(y * endsStep, Full{}), Full{});
             }
             if (atRight) {
                 inside.put(end, outside.at(y * endsStep + fromFirstToLast, Full{}), Full{});
+            }
+        }
+    }
+
+    // Two output rows at a time, which share loads.
+    void rowPairs(const SharedPlaces &shared, const Tile &tile, bool proceed) const {
+        constexpr int together = 4;
+        SharedRows<T, Op> inside, outside;
+        for (std::int64_t y = 0; y < tile.rowCount; y += 2) {
+            T *const dst = task_.dst.row(tile.y + y);
+            T *const next = y + 1 < tile.rowCount ? byteOffset(dst, task_.dst.step) : nullptr;
+            for (int under = 0; under < (next != nullptr ? 3 : 2); ++under) {
+                const auto &places = shared.lists[under];
+                auto &insideList = inside.lists[under], &outsideList = outside.lists[under];
+                insideList.count = outsideList.count = places.count;
+                for (int k = 0; k < places.count; ++k) {
+                    const std::int64_t row = y + places.places[k].y - reach_.top;
+                    const std::int64_t x = places.places[k].x * task_.channels;
+                    insideList.from[k] = tile.rows[row] + x;
+                    outsideList.from[k] = tile.ends[row].pixels + V::lanes + x;
+                }
+            }
+            std::int64_t x = tile.begin;
+            for (; x + together * V::lanes <= tile.end; x += together * V::lanes) {
+                inside.template run<together>(x, dst, next, x, proceed);
+            }
+            for (; x < tile.end; x += V::lanes) {
+                const std::int64_t from = std::min(x, tile.end - V::lanes);
+                inside.template run<1>(from, dst, next, from, proceed);
+            }
+            if (tile.atLeft) {
+                outside.template run<1>(0, dst, next, 0, proceed);
+            }
+            if (tile.atRight) {
+                outside.template run<1>(fromFirstToLast, dst, next, tile.end, proceed);
             }
         }
     }

@@ -127,7 +127,8 @@ template <class T> double saturated(double v) {
 template <class T>
 void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize initRoi, RoiSize roi, BorderKind border,
                     Rng &rng) {
-    const auto reachX = std::int64_t{2} * mask.size.width, reachY = std::int64_t{2} * mask.size.height;
+    const std::int64_t steps = op == Op::gradient ? 1 : 2; // that read beyond the region
+    const std::int64_t reachX = steps * mask.size.width, reachY = steps * mask.size.height;
     const Sides sides = Sides::of(border);
     const int c = f.channels;
     GuardedImage<T> src(std::int64_t{roi.width} * c, roi.height,
@@ -188,10 +189,11 @@ template <class T> void checkMember(const Functions<T> &f, const char *name) {
         checkOperation(f, op, randomMask(rng, 3, 3), {67, 150}, {67, 150}, BorderReplicate, rng);
         checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {5, 4}, BorderReplicate, rng); // larger than the image
         checkOperation(f, op, randomMask(rng, 12, 9), {5, 4}, {4, 3}, BorderInMemory, rng);  // a smaller region
-        for (const int side : {3, 5}) { // differences are then part of the second step
+        for (const int side : {3, 5, 7}) { // differences are then part of the second step
             const Mask square = solidMask(side, side, {side, side});
             const auto flags = static_cast<BorderKind>(uniform(rng, 0, 15) << 4);
             checkOperation(f, op, square, {97, 81}, {97, 81}, BorderReplicate, rng);
+            checkOperation(f, op, square, {529, 5}, {529, 5}, BorderReplicate | flags, rng);
             checkOperation(f, op, square, {uniform(rng, 0, 1) != 0 ? 64 : 75, 40}, {64, 40}, BorderReplicate | flags,
                            rng);
         }

@@ -186,6 +186,23 @@ TEST(ErodeDilate, EveryBorderOnEveryShape) {
     });
 }
 
+// Windows that are filtered in registers read no byte beyond what the border gives them.
+TEST(ErodeDilate, EveryBorderOnSmallRectangles) {
+    forEveryMember([&](const auto &member) {
+        Rng rng = makeRng("small rectangles", static_cast<unsigned>(member.channels + 8 * member.typeCode));
+        for (const RoiSize size : {RoiSize{3, 3}, RoiSize{5, 5}, RoiSize{7, 7}, RoiSize{9, 1}}) {
+            const Mask mask = maskOf(size, [](auto, auto) { return true; });
+            for (std::int32_t flags = 0; flags < 256; flags += 16) {
+                const std::int32_t narrow = 16 + static_cast<std::int32_t>(uniform(rng, 0, 60));
+                const std::int32_t height = static_cast<std::int32_t>(uniform(rng, 1, 6));
+                check(member, {narrow, height}, mask, BorderReplicate | flags, Contents::random, rng);
+                check(member, {512 + narrow, height}, mask, BorderReplicate | flags, Contents::random, rng);
+            }
+            check(member, {544, 5}, mask, BorderInMemory, Contents::random, rng);
+        }
+    });
+}
+
 TEST(ErodeDilate, MasksLargerThanTheRegion) {
     forEveryMember([](const auto &member) {
         Rng rng = makeRng("large masks", static_cast<unsigned>(member.channels + 8 * member.typeCode));

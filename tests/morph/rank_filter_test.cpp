@@ -117,6 +117,24 @@ TEST(RankFilter, EveryRegionWidth) {
             const std::int32_t row = 2 + width % 16;
             check(member, {width, 3}, {row, 1}, {width * 7 % row, 0}, contentsOf[width % 4], rng);
             check(member, {width, 3}, {row, 1}, {row / 2, 0}, contentsOf[width % 4], rng);
+            check(member, {width, height % 6 + 1}, {7, 7}, {width % 7, width * 3 % 7}, contentsOf[width % 4], rng);
+        }
+    });
+}
+
+template <class T> std::int32_t pixelBytes(const Member<T> &member) {
+    return static_cast<std::int32_t>(sizeof(T)) * member.channels;
+}
+
+// Rows from which on 5x5 pixels have another kernel, with every rest behind the last whole vector.
+TEST(RankFilter, LongRowsUnderSmallMasks) {
+    forEveryMember([](const auto &member) {
+        Rng rng = makeRng("rank long rows", static_cast<unsigned>(member.channels) + 16 * member.maximum);
+        const std::int32_t bytes = pixelBytes(member), least = 512 / bytes;
+        for (std::int32_t i = -2; i < 64 / bytes + 2; ++i) {
+            const std::int32_t turn = i + 2, height = 1 + turn % 4;
+            check(member, {least + i, height}, {5, 5}, {2, 2}, contentsOf[turn % 4], rng);
+            check(member, {least + i, height}, {5, 5}, {turn % 5, turn * 2 % 5}, contentsOf[turn % 4], rng);
         }
     });
 }
