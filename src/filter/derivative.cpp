@@ -100,12 +100,12 @@ struct LaplacianSums5 : ByteFilter {
 };
 
 // Both second derivatives, each rounded by its own stages, then added.
-template <const auto &smooth, const auto &second> struct LaplacianFloats : FloatFilter<1> {
-    static constexpr int taps = smooth.taps, planes = 2;
+template <const auto &smooth, const auto &second, int vectors> struct LaplacianFloats : FloatFilter<vectors> {
+    static constexpr int taps = smooth.taps, planes = 2, parts = vectors;
 
     static RVX_INLINE void along(const float *row, F32x8 (&sums)[planes][parts]) {
-        sumAlong<second>(row, sums[0]);
-        sumAlong<smooth>(row, sums[1]);
+        LaplacianFloats::template sumAlong<second>(row, sums[0]);
+        LaplacianFloats::template sumAlong<smooth>(row, sums[1]);
     }
     template <class At> static RVX_INLINE F32x8 down(const At &at) {
         return add(chainedSum<smooth>([&](int i) { return at(0, i); }),
@@ -116,8 +116,8 @@ template <const auto &smooth, const auto &second> struct LaplacianFloats : Float
 struct Laplacian {
     using Sums3 = LaplacianSums3;
     using Sums5 = LaplacianSums5;
-    using Floats3 = LaplacianFloats<kerSobel_3_32f, kerD2x_3_32f>;
-    using Floats5 = LaplacianFloats<kerSobel_5_32f, kerD2x_5_32f>;
+    using Floats3 = LaplacianFloats<kerSobel_3_32f, kerD2x_3_32f, 2>;
+    using Floats5 = LaplacianFloats<kerSobel_5_32f, kerD2x_5_32f, 1>;
 };
 
 // ------------------------------------------------------------------------------------------------ the calls

@@ -305,7 +305,7 @@ private:
 
     // Two output rows at a time, which share loads.
     void rowPairs(const SharedPlaces &shared, const Tile &tile, bool proceed) const {
-        constexpr int together = 4;
+        constexpr int together = 6;
         SharedRows<T, Op> inside, outside;
         for (std::int64_t y = 0; y < tile.rowCount; y += 2) {
             T *const dst = task_.dst.row(tile.y + y);

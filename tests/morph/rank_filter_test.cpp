@@ -130,8 +130,8 @@ template <class T> std::int32_t pixelBytes(const Member<T> &member) {
 TEST(RankFilter, LongRowsUnderSmallMasks) {
     forEveryMember([](const auto &member) {
         Rng rng = makeRng("rank long rows", static_cast<unsigned>(member.channels) + 16 * member.maximum);
-        const std::int32_t bytes = pixelBytes(member), least = 512 / bytes;
-        for (std::int32_t i = -2; i < 64 / bytes + 2; ++i) {
+        const std::int32_t size = pixelBytes(member), least = 512 / size;
+        for (std::int32_t i = -2; i < 64 / size + 2; ++i) {
             const std::int32_t turn = i + 2, height = 1 + turn % 4;
             check(member, {least + i, height}, {5, 5}, {2, 2}, contentsOf[turn % 4], rng);
             check(member, {least + i, height}, {5, 5}, {turn % 5, turn * 2 % 5}, contentsOf[turn % 4], rng);
