@@ -122,9 +122,8 @@ template <class T, class Op, int height> struct TwoWindows {
         return extremum;
     }
     RVX_INLINE Value half(std::int64_t place) const {
-        return half([place](const T *a, const T *b) {
-            return loadHalves<V>(byteOffset(a, place), byteOffset(b, place));
-        });
+        return half(
+            [place](const T *a, const T *b) { return loadHalves<V>(byteOffset(a, place), byteOffset(b, place)); });
     }
     RVX_INLINE Value half(const RowHalves::AtEnd &at) const {
         return half([&at](const T *a, const T *b) {
@@ -168,9 +167,8 @@ public:
     }
 
     ChainWindow(const MorphTask<T> &task, Window window, Plane<const T> other)
-        : task_(task), other_(other), top_(window.top),
-          halves_(task.roi.width * pixelBytes, -window.left * pixelBytes, window.right * pixelBytes, task.border,
-                  pixelBytes) {}
+        : task_(task), other_(other), top_(window.top), halves_(task.roi.width * pixelBytes, -window.left * pixelBytes,
+                                                                window.right * pixelBytes, task.border, pixelBytes) {}
 
     void run() const {
         Rows rows;
@@ -194,9 +192,8 @@ private:
         const T *firstOther, *secondOther;
 
         RVX_INLINE void put(std::int64_t x, Value extremum) const {
-            const V result = Result::of(extremum, [this, x] {
-                return loadHalves<V>(byteOffset(firstOther, x), byteOffset(secondOther, x));
-            });
+            const V result = Result::of(
+                extremum, [this, x] { return loadHalves<V>(byteOffset(firstOther, x), byteOffset(secondOther, x)); });
             storeHalves(byteOffset(first, x), byteOffset(second, x), result);
         }
         // The first bytes of a half.

@@ -1,7 +1,7 @@
 // Erosion and dilation: the calls of both generations of the interface. The mask's shape, found at initialisation,
 // chooses the kernel; all give the definition's result:
 //
-//     rectangle   the separable filter of rank_filter.cpp; 3x3 and 5x5 at the centre: small_window.h
+//     rectangle   the separable filter of rank_filter.cpp; 3x3 to 7x7 and short rows: small_window.cpp
 //     ellipse     run_kernel.h, unless the mask is so small that its positions are fewer steps
 //     general     position_kernel.h, which also stands in where a scratch buffer is too small for the others
 //     empty       a copy
@@ -62,9 +62,9 @@ public:
             for (std::int64_t i = 0; i < spec_.maskWidth; ++i) {
                 const bool first = j < spec_.maskHeight && isSet(i, j), second = j > 0 && isSet(i, j - 1);
                 if (first || second) {
-                    shared.add(first && second ? SharedPlaces::both
-                               : first         ? SharedPlaces::first
-                                               : SharedPlaces::second,
+                    shared.add(first && second ? SharedPlaces::underBoth
+                               : first         ? SharedPlaces::underFirst
+                                               : SharedPlaces::underSecond,
                                {i - spec_.anchorX, j - spec_.anchorY});
                     if (shared.count() == SharedPlaces::most) {
                         take(shared);

@@ -12,8 +12,10 @@
 //
 // Terms make one vector of a group's pixels: over<Op>(pixelsAt) with pixelsAt(k) a vector of those at place k.
 //
-// Where all pixels are plain, two neighbouring output rows share the loads of what is under both, and the list has
+// `shares` tells that all pixels are plain. Then two neighbouring output rows share the loads of what lies under both,
+// unless there are so few positions that one group takes them, and the list has
 //
+//     count()                       how many positions
 //     forShared(take)               take(SharedPlaces), as many at a time as these hold
 #pragma once
 
@@ -74,7 +76,7 @@ template <class T, class Op, class Terms, int count, bool padded> struct Positio
 // the first one alone, under the second one alone.
 struct SharedPlaces {
     static constexpr int most = 128;
-    enum Under { both, first, second };
+    enum Under { underBoth, underFirst, underSecond };
     struct List {
         PixelOffset places[most];
         int count = 0;
@@ -85,7 +87,7 @@ struct SharedPlaces {
         List &list = lists[under];
         list.places[list.count++] = place;
     }
-    int count() const { return lists[both].count + lists[first].count + lists[second].count; }
+    int count() const { return lists[underBoth].count + lists[underFirst].count + lists[underSecond].count; }
 };
 
 // Part of two neighbouring output rows, or of one.
@@ -107,11 +109,10 @@ template <class T, class Op> struct SharedRows {
     List lists[3];
 
     // Neighbouring vectors from x on, to element `to` of the output rows; the second row may be null.
-    template <int vectors>
-    RVX_INLINE void run(std::int64_t x, T *row, T *next, std::int64_t to, bool proceed) const {
+    template <int vectors> RVX_INLINE void run(std::int64_t x, T *row, T *next, std::int64_t to, bool proceed) const {
         V common[vectors];
         std::fill_n(common, vectors, V(splat(Op::template neutral<T>())));
-        lists[SharedPlaces::both].join(common, x);
+        lists[SharedPlaces::underBoth].join(common, x);
         const auto finish = [&](T *dst, const List &own) {
             V extremum[vectors];
             for (int v = 0; v < vectors; ++v) {
@@ -122,9 +123,9 @@ template <class T, class Op> struct SharedRows {
                 store(dst + v * V::lanes, extremum[v]);
             }
         };
-        finish(row + to, lists[SharedPlaces::first]);
+        finish(row + to, lists[SharedPlaces::underFirst]);
         if (next != nullptr) {
-            finish(next + to, lists[SharedPlaces::second]);
+            finish(next + to, lists[SharedPlaces::underSecond]);
         }
     }
 };

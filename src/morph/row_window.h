@@ -1,6 +1,6 @@
-// Minimum and maximum under short windows of one row that no chain serves (chain_window.h): up to six pixels from as many
-// loads; more pixels in two steps, by way of a row of shorter extrema in scratch. In the first and the last vector of a
-// row, loads that would reach over the edge repeat the edge pixel by a shuffle.
+// Minimum and maximum under short windows of one row that no chain serves (chain_window.h): up to six pixels from as
+// many loads; more pixels in two steps, by way of a row of shorter extrema in scratch. In the first and the last vector
+// of a row, loads that would reach over the edge repeat the edge pixel by a shuffle.
 #pragma once
 
 #include "morph/edge_load.h"

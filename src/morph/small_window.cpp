@@ -1,5 +1,6 @@
 // Which kernel a small window has: a chain in registers (chain_window.h), or loads down the columns (small_window.h).
 #include "morph/small_window.h"
+#include "morph/chain_window.h"
 #include "morph/rank_filter.h"
 
 namespace rvxcv {
@@ -21,15 +22,14 @@ bool inChain(const MorphTask<T> &task, Window window, Plane<const T> other) {
 template <class T, class Op, class Result, int channels>
 bool inChains(const MorphTask<T> &task, Window window, Plane<const T> other) {
     constexpr bool both = std::is_same_v<Op, LeastAndMost>;
-    if constexpr (std::is_same_v<Result, Extremum>) {
-        constexpr int longestRow = 16;
+    if constexpr (std::is_same_v<Result, Extremum>) { // rows of 2 to 16 pixels
+        const auto pixels = static_cast<int>(std::min<std::int64_t>(window.right - window.left + 1, 17));
         bool done = false;
-        withConstant<longestRow>(static_cast<int>(std::min<std::int64_t>(window.right - window.left + 1, longestRow + 1)),
-                                 [&]<int width>(std::integral_constant<int, width>) {
-                                     if constexpr (width > 1) {
-                                         done = inChain<T, Op, Result, channels, width, 1>(task, window, other);
-                                     }
-                                 });
+        withConstant<16>(pixels, [&]<int width>(std::integral_constant<int, width>) {
+            if constexpr (width > 1) {
+                done = inChain<T, Op, Result, channels, width, 1>(task, window, other);
+            }
+        });
         if (done) {
             return true;
         }

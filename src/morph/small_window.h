@@ -1,13 +1,14 @@
-// Minimum and maximum under windows of 3x3 and 5x5 pixels, the most frequent ones, straight from the source to the
-// destination: vector by vector down the rows. A source row is combined along itself from as many loads as the window
-// has columns, and the rows above it are still in registers:
+// Minimum and maximum under windows of 3x3 pixels, and of 5x5 where rows are short or pixels wide (chain_window.h has
+// the others), straight from the source to the destination: vector by vector down the rows. A source row is combined
+// along itself from as many loads as the window has columns, and the rows above it are still in registers:
 //
 //     row k      x - 1, x, x + 1  ->  extremum along the row  ->  with those of rows k - 1 and k - 2: output row k - 1
 //
 // In the first and the last vector of a row, loads that would reach over the edge repeat the edge pixel by a shuffle.
 #pragma once
 
-#include "morph/chain_window.h"
+#include "morph/edge_load.h"
+#include "morph/window_result.h"
 
 namespace rvxcv {
 
