@@ -1,0 +1,141 @@
+// Calls every exported function on fixed arguments and prints `name hash`, a line for each, sorted by name:
+//
+//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE]
+//
+// Members whose documentation gives a bound instead of bits have their values in FILE: `name number value bound`.
+#include "contract/contract.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace {
+
+using contract::Member;
+using contract::Members;
+
+const char *const exported[] = {
+#define EXPORT(name) #name,
+#include "frame/exports.def"
+#undef EXPORT
+    // the companion library's
+    "rvxGetCpuFeatures", "rvxGetEnabledCpuFeatures", "rvxMalloc", "rvxFree", "rvxGetMaxCacheSizeB"};
+
+Members allMembers() {
+    Members members;
+    for (const auto add : {contract::addCore, contract::addArith}) {
+        add(members);
+    }
+    std::sort(members.begin(), members.end(),
+              [](const Member &a, const Member &b) { return std::strcmp(a.name, b.name) < 0; });
+    return members;
+}
+
+// Every exported name has one driver, every driver an exported name.
+bool complete(const Members &members) {
+    std::set<std::string> missing(std::begin(exported), std::end(exported));
+    bool good = true;
+    for (const Member &member : members) {
+        if (missing.erase(member.name) == 0) {
+            std::fprintf(stderr, "not exported, or listed twice: %s\n", member.name);
+            good = false;
+        }
+    }
+    for (const std::string &name : missing) {
+        std::fprintf(stderr, "no driver: %s\n", name.c_str());
+        good = false;
+    }
+    return good;
+}
+
+struct Result {
+    std::uint64_t hash = 0;
+    std::vector<contract::BoundedValue> values;
+    bool operator==(const Result &other) const {
+        const auto same = [](const contract::BoundedValue &a, const contract::BoundedValue &b) {
+            return std::memcmp(&a.value, &b.value, sizeof a.value) == 0;
+        };
+        return hash == other.hash &&
+               std::equal(values.begin(), values.end(), other.values.begin(), other.values.end(), same);
+    }
+};
+
+Result resultOf(const Member &member) {
+    contract::Run run(member.name);
+    member.run(run);
+    return {run.digest.value(), std::move(run.values)};
+}
+
+// All members, in an order of the thread's own: the thread's number is the place to start and the way to go on.
+std::vector<Result> runAll(const Members &members, unsigned thread) {
+    std::vector<Result> results(members.size());
+    const std::size_t start = members.size() * thread / 8;
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        const std::size_t step = (start + i) % members.size();
+        const std::size_t at = thread % 2 == 0 ? step : members.size() - 1 - step;
+        results[at] = resultOf(members[at]);
+    }
+    return results;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    unsigned threads = 1;
+    const char *only = "", *valuesFile = nullptr;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string option = argv[i];
+        if (option == "--threads") {
+            threads = static_cast<unsigned>(std::atoi(argv[i + 1]));
+        } else if (option == "--only") {
+            only = argv[i + 1];
+        } else if (option == "--values") {
+            valuesFile = argv[i + 1];
+        } else {
+            std::fprintf(stderr, "unknown option: %s\n", argv[i]);
+            return 2;
+        }
+    }
+    Members members = allMembers();
+    bool good = complete(members);
+    std::erase_if(members, [&](const Member &member) { return std::strstr(member.name, only) == nullptr; });
+
+    std::vector<std::vector<Result>> results(std::max(threads, 1U));
+    if (threads <= 1) {
+        results[0] = runAll(members, 0);
+    } else {
+        std::vector<std::thread> running;
+        for (unsigned t = 0; t < threads; ++t) {
+            running.emplace_back([&, t] { results[t] = runAll(members, t); });
+        }
+        for (std::thread &thread : running) {
+            thread.join();
+        }
+    }
+    std::FILE *values = valuesFile != nullptr ? std::fopen(valuesFile, "w") : nullptr;
+    if (valuesFile != nullptr && values == nullptr) {
+        std::perror(valuesFile);
+        return 1;
+    }
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        for (unsigned t = 1; t < threads; ++t) {
+            if (!(results[t][i] == results[0][i])) {
+                std::fprintf(stderr, "threads disagree: %s\n", members[i].name);
+                good = false;
+            }
+        }
+        std::printf("%s %016" PRIx64 "\n", members[i].name, results[0][i].hash);
+        for (std::size_t n = 0; values != nullptr && n < results[0][i].values.size(); ++n) {
+            const contract::BoundedValue &value = results[0][i].values[n];
+            std::fprintf(values, "%s %zu %.9g %.3g\n", members[i].name, n, value.value, value.bound);
+        }
+    }
+    if (values != nullptr) {
+        good &= std::fclose(values) == 0;
+    }
+    return good ? 0 : 1;
+}
