@@ -6,8 +6,7 @@ namespace {
 
 const std::vector<float> alphas = {0.25F, 0.7F, 0, 1, -1.5F};
 
-template <class S>
-void accumulate(Run &run, StatusCode (*f)(const S *, std::int32_t, float *, std::int32_t, RoiSize)) {
+template <class S> void accumulate(Run &run, StatusCode (*f)(const S *, std::int32_t, float *, std::int32_t, RoiSize)) {
     Sweep sweep(run);
     Image<const S> src(sweep);
     Image<float> acc(sweep);
@@ -28,8 +27,7 @@ void accumulateMasked(Run &run, StatusCode (*f)(const S *, std::int32_t, const s
 
 // Products, and absolute differences.
 template <class S, class D>
-void ofTwo(Run &run,
-           StatusCode (*f)(const S *, std::int32_t, const S *, std::int32_t, D *, std::int32_t, RoiSize),
+void ofTwo(Run &run, StatusCode (*f)(const S *, std::int32_t, const S *, std::int32_t, D *, std::int32_t, RoiSize),
            int channels = 1) {
     Sweep sweep(run);
     Image<const S> src1(sweep, {.channels = channels}), src2(sweep, {.channels = channels});

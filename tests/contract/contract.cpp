@@ -41,8 +41,8 @@ std::uint64_t Run::next() {
 namespace {
 
 std::uint64_t scramble(std::int64_t x, std::int64_t y, std::uint64_t seed) {
-    std::uint64_t z = seed + static_cast<std::uint64_t>(x) * 0x9e3779b97f4a7c15 +
-                      static_cast<std::uint64_t>(y) * 0xc2b2ae3d27d4eb4f;
+    std::uint64_t z =
+        seed + static_cast<std::uint64_t>(x) * 0x9e3779b97f4a7c15 + static_cast<std::uint64_t>(y) * 0xc2b2ae3d27d4eb4f;
     z = (z ^ (z >> 31)) * 0xbf58476d1ce4e5b9;
     return z ^ (z >> 29);
 }
@@ -122,10 +122,9 @@ Margin inMemory(BorderKind border, Margin margin) {
 std::vector<BorderKind> bordersOf(std::initializer_list<BorderKind> kinds) { return support::bordersOf(kinds); }
 
 const std::vector<RoiSize> &queryRegions() {
-    static const std::vector<RoiSize> all = {{1, 1},   {2, 3},    {5, 4},   {17, 7},         {33, 9},
-                                             {67, 5},  {130, 90}, {1, 500}, {1920, 1080},    {0, 7},
-                                             {7, 0},   {-1, 9},   {9, -5},  {0, 0},          {46341, 46341},
-                                             {1, 1 << 30}, {1 << 30, 1}, {INT32_MAX, INT32_MAX}};
+    static const std::vector<RoiSize> all = {
+        {1, 1}, {2, 3}, {5, 4},  {17, 7}, {33, 9}, {67, 5},        {130, 90},    {1, 500},     {1920, 1080},
+        {0, 7}, {7, 0}, {-1, 9}, {9, -5}, {0, 0},  {46341, 46341}, {1, 1 << 30}, {1 << 30, 1}, {INT32_MAX, INT32_MAX}};
     return all;
 }
 
@@ -186,6 +185,9 @@ void Bytes::size(std::int64_t bytes) {
 ImageBase::ImageBase(Sweep &sweep, Type type, int elementSize, ImageOptions options)
     : Slot(sweep), type_(type), elementSize_(elementSize), options_(std::move(options)),
       index_(static_cast<int>(sweep.of().next() % 64)) {
+    if (!options_.faults) {
+        return;
+    }
     if (options_.nullable) {
         fault(&data_, [this] { data_ = nullptr; });
     }
@@ -332,6 +334,7 @@ void Sweep::prepare(RoiSize roi, std::uint64_t combination) {
 
 void Sweep::conclude(StatusCode status) {
     run_.digest.number(status);
+    ++run_.statuses[faulty_ ? 1 : 0][status];
     for (const Slot *slot : slots_) {
         slot->digest(run_.digest);
     }

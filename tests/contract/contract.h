@@ -11,6 +11,7 @@
 #include <cstring>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -68,6 +69,7 @@ struct Run {
     std::uint64_t seed;
     Digest digest;
     std::vector<BoundedValue> values;
+    std::map<StatusCode, int> statuses[2]; // how often, of a sweep's legal calls and of its faulty ones
 };
 
 struct Member {
@@ -79,12 +81,13 @@ using Members = std::vector<Member>;
 // One line of a table: the exported function, its driver and the driver's further arguments.
 #define MEMBER(function, driver, ...)                                                                                  \
     contract::Member {                                                                                                 \
-        #function, [](contract::Run &run) { driver(run, function __VA_OPT__(, ) __VA_ARGS__); }                        \
+#function, [](contract::Run & run) { driver(run, function __VA_OPT__(, ) __VA_ARGS__); }                       \
     }
 
 // The tables, one per subsystem.
 void addArith(Members &members);
 void addCore(Members &members);
+void addFilter(Members &members);
 
 // What images hold. The names are those of support::Contents.
 enum Contents : unsigned {
@@ -150,7 +153,7 @@ struct Plan {
     RoiSize large = {130, 90}; // one call
     RoiSize choices = {19, 7}; // every combination of choices
     RoiSize faults = {21, 6};
-    int rounds = 4;        // calls a size
+    int rounds = 4;         // calls a size
     int combinations = 400; // at most as many of the choices'
 };
 
@@ -248,14 +251,15 @@ private:
 struct ImageOptions {
     int channels = 1;
     unsigned contents = any;
-    Picture picture = nullptr;                // instead of contents
+    Picture picture = nullptr;                 // instead of contents
     std::function<RoiSize(RoiSize)> size = {}; // of the sweep's region; the same size if empty
     std::function<Margin()> margin = {};
-    bool keepsBits = false;    // NaN count as bits
-    bool zeroSign = true;      // else the sign of a zero is not fixed
-    bool unevenSteps = true;   // steps that are no multiple of the element are faults
-    int stepChannels = 0;      // channels that a step must cover; 0: all
-    bool nullable = true;      // null is a fault
+    bool keepsBits = false;  // NaN count as bits
+    bool zeroSign = true;    // else the sign of a zero is not fixed
+    bool unevenSteps = true; // steps that are no multiple of the element are faults
+    int stepChannels = 0;    // channels that a step must cover; 0: all
+    bool nullable = true;    // null is a fault
+    bool faults = true;      // else the call receives neither pointer nor step
 };
 
 class ImageBase : public Slot {
@@ -360,7 +364,7 @@ public:
             for (std::size_t i = 0; i < values_.size(); ++i) {
                 digest.number((*this)[i]);
             }
-        } else {
+        } else if constexpr (!std::is_pointer_v<T>) {
             digest.bytes(good_, static_cast<std::int64_t>(values_.size() * sizeof(T)));
         }
     }
@@ -385,6 +389,33 @@ public:
 
 private:
     T *value_ = nullptr, *good_ = nullptr;
+};
+
+// An array of pointers to rows.
+template <class T> class Rows : public Slot {
+public:
+    explicit Rows(Sweep &sweep) : Slot(sweep), array_(sweep, std::vector<T *>(1), false) {
+        fault(this, [this] { data_ = nullptr; });
+        fault(&array_, [this] { static_cast<T **>(array_)[array_.count() - 1] = nullptr; });
+    }
+    void set(const ImageBase &image, std::int64_t count) {
+        rows_.clear();
+        for (std::int64_t y = 0; y < count; ++y) {
+            rows_.push_back(reinterpret_cast<T *>(image.element(0, y)));
+        }
+        restore();
+    }
+    operator T * const *() const { return data_; }
+    void prepare() override {}
+    void restore() override {
+        array_.assign(rows_);
+        data_ = array_;
+    }
+
+private:
+    Numbers<T *> array_;
+    std::vector<T *> rows_;
+    T *const *data_ = nullptr;
 };
 
 // Calls `visit` with every combination of the lists' values.

@@ -23,8 +23,8 @@ void enabledFeatures(Run &run, std::uint64_t (*get)()) {
 }
 
 void allocate(Run &run, void *(*get)(std::int64_t)) {
-    for (const std::int64_t bytes : {INT64_MIN, INT64_C(-1), INT64_C(0), INT64_C(1), INT64_C(63), INT64_C(64),
-                                     INT64_C(100001)}) {
+    for (const std::int64_t bytes :
+         {INT64_MIN, INT64_C(-1), INT64_C(0), INT64_C(1), INT64_C(63), INT64_C(64), INT64_C(100001)}) {
         auto *block = static_cast<std::uint8_t *>(get(bytes));
         run.digest.number(block != nullptr);
         run.digest.number(reinterpret_cast<std::uintptr_t>(block) % 64);

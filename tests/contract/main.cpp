@@ -1,8 +1,9 @@
 // Calls every exported function on fixed arguments and prints `name hash`, a line for each, sorted by name:
 //
-//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE]
+//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes]
 //
-// Members whose documentation gives a bound instead of bits have their values in FILE: `name number value bound`.
+// --statuses tells how often each status came back from legal and from faulty calls. Members whose documentation gives
+// a bound instead of bits have their values in FILE: `name number value bound`.
 #include "contract/contract.h"
 
 #include <cinttypes>
@@ -27,7 +28,7 @@ const char *const exported[] = {
 
 Members allMembers() {
     Members members;
-    for (const auto add : {contract::addCore, contract::addArith}) {
+    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter}) {
         add(members);
     }
     std::sort(members.begin(), members.end(),
@@ -54,6 +55,7 @@ bool complete(const Members &members) {
 
 struct Result {
     std::uint64_t hash = 0;
+    std::map<StatusCode, int> statuses[2];
     std::vector<contract::BoundedValue> values;
     bool operator==(const Result &other) const {
         const auto same = [](const contract::BoundedValue &a, const contract::BoundedValue &b) {
@@ -67,7 +69,7 @@ struct Result {
 Result resultOf(const Member &member) {
     contract::Run run(member.name);
     member.run(run);
-    return {run.digest.value(), std::move(run.values)};
+    return {run.digest.value(), {run.statuses[0], run.statuses[1]}, std::move(run.values)};
 }
 
 // All members, in an order of the thread's own: the thread's number is the place to start and the way to go on.
@@ -86,6 +88,7 @@ std::vector<Result> runAll(const Members &members, unsigned thread) {
 
 int main(int argc, char **argv) {
     unsigned threads = 1;
+    bool statuses = false;
     const char *only = "", *valuesFile = nullptr;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string option = argv[i];
@@ -93,6 +96,8 @@ int main(int argc, char **argv) {
             threads = static_cast<unsigned>(std::atoi(argv[i + 1]));
         } else if (option == "--only") {
             only = argv[i + 1];
+        } else if (option == "--statuses") {
+            statuses = true;
         } else if (option == "--values") {
             valuesFile = argv[i + 1];
         } else {
@@ -129,6 +134,13 @@ int main(int argc, char **argv) {
             }
         }
         std::printf("%s %016" PRIx64 "\n", members[i].name, results[0][i].hash);
+        for (int faulty = 0; statuses && faulty < 2; ++faulty) {
+            std::printf("   %s", faulty != 0 ? "faulty:" : "legal: ");
+            for (const auto &[status, count] : results[0][i].statuses[faulty]) {
+                std::printf(" %d x %d", count, status);
+            }
+            std::printf("\n");
+        }
         for (std::size_t n = 0; values != nullptr && n < results[0][i].values.size(); ++n) {
             const contract::BoundedValue &value = results[0][i].values[n];
             std::fprintf(values, "%s %zu %.9g %.3g\n", members[i].name, n, value.value, value.bound);
