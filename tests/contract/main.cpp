@@ -28,7 +28,7 @@ const char *const exported[] = {
 
 Members allMembers() {
     Members members;
-    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter}) {
+    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter, contract::addStats}) {
         add(members);
     }
     std::sort(members.begin(), members.end(),
