@@ -88,6 +88,7 @@ using Members = std::vector<Member>;
 void addArith(Members &members);
 void addCore(Members &members);
 void addFilter(Members &members);
+void addMorph(Members &members);
 void addStats(Members &members);
 
 // What images hold. The names are those of support::Contents.
