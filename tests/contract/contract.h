@@ -88,6 +88,8 @@ using Members = std::vector<Member>;
 void addArith(Members &members);
 void addCore(Members &members);
 void addFilter(Members &members);
+void addFeature(Members &members);
+void addPyramid(Members &members);
 void addMorph(Members &members);
 void addStats(Members &members);
 

@@ -28,8 +28,8 @@ const char *const exported[] = {
 
 Members allMembers() {
     Members members;
-    for (const auto add :
-         {contract::addCore, contract::addArith, contract::addFilter, contract::addMorph, contract::addStats}) {
+    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter, contract::addFeature,
+                           contract::addPyramid, contract::addMorph, contract::addStats}) {
         add(members);
     }
     std::sort(members.begin(), members.end(),
