@@ -233,7 +233,7 @@ std::uint8_t *ImageBase::element(std::int64_t x, std::int64_t y) const {
 
 void ImageBase::fill() {
     const std::uint64_t seed = sweep_.of().next();
-    if (options_.picture != nullptr) {
+    if (options_.picture != nullptr && !(options_.mixed && sweep_.turn() % 2 != 0)) {
         constexpr void (*store[])(std::uint8_t *, std::int64_t) = {
             storeAs<std::uint8_t>, storeAs<std::int8_t>, storeAs<std::uint16_t>, storeAs<std::int16_t>,
             storeAs<std::int32_t>, storeAs<float>,       storeAs<double>};
@@ -284,6 +284,9 @@ void ImageBase::fill() {
 }
 
 void ImageBase::digest(Digest &digest) const {
+    if (!options_.digested) {
+        return;
+    }
     const auto rows = [&]<class T>(T) {
         // Bytes outside the region as they are, numbers inside it.
         const std::uint8_t *at = bytes_;
@@ -373,7 +376,9 @@ void Sweep::run(const std::function<StatusCode()> &call) {
     if (plan_.large.width > 0) {
         pass(plan_.large, next(), call);
     }
-    runFaults(call);
+    if (plan_.faulty) {
+        runFaults(call);
+    }
 }
 
 void Sweep::runFaulty(std::initializer_list<std::size_t> which, const std::function<StatusCode()> &call) {

@@ -88,6 +88,8 @@ using Members = std::vector<Member>;
 void addArith(Members &members);
 void addCore(Members &members);
 void addFilter(Members &members);
+void addMotion(Members &members);
+void addSegment(Members &members);
 void addFeature(Members &members);
 void addPyramid(Members &members);
 void addMorph(Members &members);
@@ -159,6 +161,7 @@ struct Plan {
     RoiSize faults = {21, 6};
     int rounds = 4;         // calls a size
     int combinations = 400; // at most as many of the choices'
+    bool faulty = true;
 };
 
 class ChoiceBase;
@@ -256,6 +259,7 @@ struct ImageOptions {
     int channels = 1;
     unsigned contents = any;
     Picture picture = nullptr;                 // instead of contents
+    bool mixed = false;                        // the picture in half of the calls only
     std::function<RoiSize(RoiSize)> size = {}; // of the sweep's region; the same size if empty
     std::function<Margin()> margin = {};
     bool keepsBits = false;  // NaN count as bits
@@ -264,6 +268,7 @@ struct ImageOptions {
     int stepChannels = 0;    // channels that a step must cover; 0: all
     bool nullable = true;    // null is a fault
     bool faults = true;      // else the call receives neither pointer nor step
+    bool digested = true;
 };
 
 class ImageBase : public Slot {
@@ -363,7 +368,11 @@ public:
         std::memcpy(static_cast<void *>(data_), values_.data(), bytes);
     }
     void restore() override { data_ = good_; }
+    bool digested = true;
     void digest(Digest &digest) const override {
+        if (!digested) {
+            return;
+        }
         if constexpr (std::is_arithmetic_v<T>) {
             for (std::size_t i = 0; i < values_.size(); ++i) {
                 digest.number((*this)[i]);

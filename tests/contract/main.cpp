@@ -3,7 +3,7 @@
 //     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes]
 //
 // --statuses tells how often each status came back from legal and from faulty calls. Members whose documentation gives
-// a bound instead of bits have their values in FILE: `name number value bound`.
+// a bound instead of bits have their values in FILE: `name bound value...`.
 #include "contract/contract.h"
 
 #include <cinttypes>
@@ -28,8 +28,9 @@ const char *const exported[] = {
 
 Members allMembers() {
     Members members;
-    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter, contract::addFeature,
-                           contract::addPyramid, contract::addMorph, contract::addStats}) {
+    for (const auto add :
+         {contract::addCore, contract::addArith, contract::addFilter, contract::addMotion, contract::addSegment,
+          contract::addFeature, contract::addPyramid, contract::addMorph, contract::addStats}) {
         add(members);
     }
     std::sort(members.begin(), members.end(),
@@ -142,9 +143,19 @@ int main(int argc, char **argv) {
             }
             std::printf("\n");
         }
-        for (std::size_t n = 0; values != nullptr && n < results[0][i].values.size(); ++n) {
-            const contract::BoundedValue &value = results[0][i].values[n];
-            std::fprintf(values, "%s %zu %.9g %.3g\n", members[i].name, n, value.value, value.bound);
+        double bound = -1;
+        for (const contract::BoundedValue &value : results[0][i].values) {
+            if (values != nullptr && value.bound != bound) {
+                bound = value.bound;
+                std::fprintf(values, "%s%s %.3g", &value == results[0][i].values.data() ? "" : "\n", members[i].name,
+                             bound);
+            }
+            if (values != nullptr) {
+                std::fprintf(values, " %.9g", value.value);
+            }
+        }
+        if (values != nullptr && !results[0][i].values.empty()) {
+            std::fprintf(values, "\n");
         }
     }
     if (values != nullptr) {
