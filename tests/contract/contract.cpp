@@ -205,7 +205,7 @@ ImageBase::ImageBase(Sweep &sweep, Type type, int elementSize, ImageOptions opti
 void ImageBase::prepare() {
     const RoiSize roi = options_.size ? options_.size(sweep_.roi()) : sweep_.roi();
     const Margin margin = options_.margin ? options_.margin() : Margin{};
-    const std::int64_t layout = sweep_.turn() + index_;
+    const std::int64_t layout = options_.tight ? 0 : sweep_.turn() + index_;
     width_ = static_cast<std::int64_t>(roi.width) * options_.channels;
     height_ = roi.height;
     rowBytes_ = width_ * elementSize_;

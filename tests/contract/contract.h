@@ -88,6 +88,8 @@ using Members = std::vector<Member>;
 void addArith(Members &members);
 void addCore(Members &members);
 void addFilter(Members &members);
+void addGeometry(Members &members);
+void addDetect(Members &members);
 void addMotion(Members &members);
 void addSegment(Members &members);
 void addFeature(Members &members);
@@ -269,6 +271,7 @@ struct ImageOptions {
     bool nullable = true;    // null is a fault
     bool faults = true;      // else the call receives neither pointer nor step
     bool digested = true;
+    bool tight = false; // always without padding and with aligned rows
 };
 
 class ImageBase : public Slot {

@@ -28,9 +28,9 @@ const char *const exported[] = {
 
 Members allMembers() {
     Members members;
-    for (const auto add :
-         {contract::addCore, contract::addArith, contract::addFilter, contract::addMotion, contract::addSegment,
-          contract::addFeature, contract::addPyramid, contract::addMorph, contract::addStats}) {
+    for (const auto add : {contract::addCore, contract::addArith, contract::addFilter, contract::addGeometry,
+                           contract::addDetect, contract::addMotion, contract::addSegment, contract::addFeature,
+                           contract::addPyramid, contract::addMorph, contract::addStats}) {
         add(members);
     }
     std::sort(members.begin(), members.end(),
