@@ -143,16 +143,19 @@ void Slot::fault(const void *field, std::function<void()> apply) {
 
 ChoiceBase::ChoiceBase(Sweep &sweep) : Slot(sweep) { sweep.choices_.push_back(this); }
 
+bool Memory::guarded = true;
+
 Memory::Memory() = default;
 Memory::~Memory() = default;
 
 std::uint8_t *Memory::place(std::int64_t bytes, std::int64_t skew, bool guardBefore) {
-    const std::int64_t needed = bytes + skew;
-    if (!buffer_ || buffer_->size() < needed) {
-        constexpr std::int64_t unit = 1 << 14; // whole pages, so that both ends are guarded
-        buffer_ = std::make_unique<support::GuardedBuffer>((needed + unit - 1) / unit * unit + unit);
+    constexpr std::int64_t unit = 1 << 14; // whole pages, so that both ends are guarded
+    const std::int64_t needed = bytes + skew, distance = guarded ? 0 : unit;
+    if (!buffer_ || buffer_->size() < needed + 2 * distance) {
+        buffer_ = std::make_unique<support::GuardedBuffer>((needed + unit - 1) / unit * unit + unit + 2 * distance);
     }
-    std::uint8_t *start = guardBefore ? buffer_->data() + skew : buffer_->data() + (buffer_->size() - needed);
+    std::uint8_t *start =
+        guardBefore ? buffer_->data() + distance + skew : buffer_->data() + (buffer_->size() - distance - needed);
     // The pattern covers what the image may be seen to touch beside its bytes too.
     std::memset(start, 0x5b, static_cast<std::size_t>(bytes));
     return start;

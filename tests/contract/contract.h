@@ -147,6 +147,10 @@ protected:
 // Bytes before (or behind) an unmapped page; they hold a pattern at first.
 class Memory {
 public:
+    // Without guards a mapped page lies between, at the same places within a page: for emulators that read whole
+    // vectors where an instruction reads a part.
+    static bool guarded;
+
     Memory();
     ~Memory();
     std::uint8_t *place(std::int64_t bytes, std::int64_t skew, bool guardBefore);

@@ -1,8 +1,9 @@
 // Calls every exported function on fixed arguments and prints `name hash`, a line for each, sorted by name:
 //
-//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes]
+//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes] [--guards no]
 //
-// --statuses tells how often each status came back from legal and from faulty calls. Members whose documentation gives
+// --statuses tells how often each status came back from legal and from faulty calls; --guards no does without unmapped
+// pages around the images. Members whose documentation gives
 // a bound instead of bits have their values in FILE: `name bound value...`.
 #include "contract/contract.h"
 
@@ -98,6 +99,8 @@ int main(int argc, char **argv) {
             threads = static_cast<unsigned>(std::atoi(argv[i + 1]));
         } else if (option == "--only") {
             only = argv[i + 1];
+        } else if (option == "--guards") {
+            contract::Memory::guarded = std::strcmp(argv[i + 1], "no") != 0;
         } else if (option == "--statuses") {
             statuses = true;
         } else if (option == "--values") {
