@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# help: contract [--accept]  * every exported function on fixed arguments: the same bits from every build
+# step
+# Builds the contract program (tests/contract), runs it in every way below and compares what it prints: all runs with
+# each other and with tests/contract/hashes.txt; values that have a bound, in tests/contract/values.txt, within it.
+#
+#   release     gcc -O3                              threads   the same program, eight threads at once
+#   clang       clang -O3                            emulated  the same program on an emulated processor
+#   contract    gcc -O0, address and undefined-behaviour sanitizers
+#
+# --accept writes both files from the release build. --step (in ./dev test) takes the sanitized build that the tests
+# have made, which is -O1, since compiling all at -O0 takes minutes.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+# shellcheck source=scripts/common.sh
+source scripts/common.sh
+
+hashes=tests/contract/hashes.txt
+values=tests/contract/values.txt
+out=build/contract-runs
+status=0
+
+# A value and a bound a field: prints the lines in which a value is further from the accepted one than its bound.
+beyond_bounds() {
+    paste -d ' ' "$1" "$2" | awk '{
+        n = NF / 2
+        bad = NF % 2 != 0 || $1 != $(n + 1)
+        for (i = 3; i <= n && !bad; ++i) {
+            distance = $i - $(n + i)
+            bad = $i + 0 != $i && $i != $(n + i) || distance > $2 || -distance > $2
+        }
+        if (bad) print
+    }'
+}
+
+# run NAME COMMAND...: what the program prints, compared with what is accepted.
+run() {
+    local name=$1 begin=$SECONDS differing beyond
+    shift
+    if ! "$@" --values "$out/$name.values" >"$out/$name.hashes" 2>"$out/$name.errors"; then
+        echo "contract: $name: FAILED"
+        head -n 20 "$out/$name.errors"
+        status=1
+        return
+    fi
+    differing=$(diff "$hashes" "$out/$name.hashes" | sed -n 's/^[<>] \([^ ]*\) .*/\1/p' | sort -u)
+    beyond=$(beyond_bounds "$out/$name.values" "$values")
+    if [[ -n $differing || -n $beyond || $(wc -l <"$out/$name.values") != $(wc -l <"$values") ]]; then
+        echo "contract: $name: differs from $hashes and $values"
+        printf '  %s\n' ${differing:+$differing} ${beyond:+"$beyond"} | head -n 40
+        status=1
+    else
+        printf 'contract: %-9s %d members alike, %d s\n' "$name" "$(wc -l <"$out/$name.hashes")" $((SECONDS - begin))
+    fi
+}
+
+need "${build_packages[@]}" "${test_packages[@]}"
+mkdir -p "$out"
+sanitized=contract
+if [[ ${1:-} == --step ]]; then
+    sanitized=sanitize
+fi
+configure_and_build release rvxcv_contract >"$out/build.log" || {
+    cat "$out/build.log"
+    exit 1
+}
+program=build/release/bin/rvxcv_contract
+if [[ ${1:-} == --accept ]]; then
+    "$program" --values "$values" >"$hashes"
+    git --no-pager diff --stat -- "$hashes" "$values"
+    exit
+fi
+for preset in clang "$sanitized"; do
+    configure_and_build "$preset" rvxcv_contract >"$out/build.log" || {
+        cat "$out/build.log"
+        exit 1
+    }
+done
+
+run release "$program"
+run threads "$program" --threads 8
+run clang build/clang/bin/rvxcv_contract
+run "$sanitized" "build/$sanitized/bin/rvxcv_contract"
+# -cpu max: every feature that the emulator has, AVX2 and FMA among them; named models ask for some that it has not, and
+# warn. No guard pages: the emulator (7.2) reads whole vectors where masked loads and scalar fused multiply-adds read a part.
+run emulated qemu-x86_64 -cpu max "$program" --guards no
+exit "$status"
