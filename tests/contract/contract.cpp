@@ -4,6 +4,8 @@
 #include "support/guarded.h"
 
 #include <array>
+#include <cinttypes>
+#include <cstdio>
 
 namespace contract {
 
@@ -26,6 +28,8 @@ Run::Run(const char *member) : name(member), seed(0xcbf29ce484222325) {
         seed = (seed ^ static_cast<unsigned char>(*c)) * 0x100000001b3;
     }
 }
+
+bool Run::traced = false;
 
 // splitmix64
 std::uint64_t Run::next() {
@@ -345,6 +349,10 @@ void Sweep::conclude(StatusCode status) {
         slot->digest(run_.digest);
     }
     after(status);
+    if (Run::traced) {
+        std::fprintf(stderr, "%s call %d, %d x %d: %d, %016" PRIx64 "\n", run_.name, turn_, roi_.width, roi_.height,
+                     status, run_.digest.value());
+    }
     ++turn_;
 }
 

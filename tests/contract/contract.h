@@ -69,6 +69,7 @@ struct Run {
     std::uint64_t seed;
     Digest digest;
     std::vector<BoundedValue> values;
+    static bool traced; // every call and the digest after it on the standard error output, to find the one that differs
     std::map<StatusCode, int> statuses[2]; // how often, of a sweep's legal calls and of its faulty ones
 };
 

@@ -1,10 +1,10 @@
 // Calls every exported function on fixed arguments and prints `name hash`, a line for each, sorted by name:
 //
-//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes] [--guards no]
+//     rvxcv_contract [--threads N] [--only TEXT] [--values FILE] [--statuses yes] [--trace yes] [--guards no]
 //
-// --statuses tells how often each status came back from legal and from faulty calls; --guards no does without unmapped
-// pages around the images. Members whose documentation gives
-// a bound instead of bits have their values in FILE: `name bound value...`.
+// --statuses tells how often each status came back from legal and from faulty calls, --trace every call and the hash
+// after it. --guards no does without unmapped pages around the images. Members whose documentation gives a bound
+// instead of bits have their values in FILE: `name bound value...`.
 #include "contract/contract.h"
 
 #include <cinttypes>
@@ -101,6 +101,8 @@ int main(int argc, char **argv) {
             only = argv[i + 1];
         } else if (option == "--guards") {
             contract::Memory::guarded = std::strcmp(argv[i + 1], "no") != 0;
+        } else if (option == "--trace") {
+            contract::Run::traced = true;
         } else if (option == "--statuses") {
             statuses = true;
         } else if (option == "--values") {

@@ -278,7 +278,7 @@ const Model<ForegroundHistogramState, ForegroundHistogramParams> histogramModel 
 // A scene with pixels that change their mind.
 std::int64_t film(std::int64_t x, std::int64_t y, std::uint64_t frame) {
     const std::int64_t still = 40 + x * 7 % 90 + y * 5 % 60;
-    const auto n = static_cast<std::int64_t>(frame);
+    const auto n = static_cast<std::int64_t>(frame % 64);
     const std::int64_t moved = (x + 3 * n) % 16 < 5 && y % 8 < 5 ? 90 + (x + y) % 60 : 0;
     const std::int64_t shade = (x + y + n) % 13 == 0 ? -(still / 4) : (x * 3 + y * 5 + n * 7) % 5 - 2;
     return still + moved + shade;
