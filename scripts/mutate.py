@@ -121,8 +121,9 @@ class Baseline:
         for line in text_of(["ninja", "-C", BUILD, "-t", "deps"]).splitlines():
             if line and not line.startswith(" "):
                 item = line.split(":")[0]
-            elif line.strip().startswith(str(TREE)) and item in self.commands:
-                self.objects_of.setdefault(line.strip(), set()).add(item)
+            elif line.strip() and item in self.commands:
+                path = os.path.normpath(BUILD / line.strip())  # ccache may have made it a relative one
+                self.objects_of.setdefault(path, set()).add(item)
         self.links = {LIBRARY: self.link_command("rvxcvl9", LIBRARY)}
         self.programs = {}  # seconds by name, the quickest first
         for program in sorted(BUILD.glob("bin/*_test")):

@@ -355,7 +355,9 @@ TEST(BigImages, GiveWhatCloseRowsGive) {
     SAME(rvxiMinMaxIndx_8u_C3CMR, wide, marks, roi, 2, out0, out1, out2, out3);
 
     // morph: rank filters, erosion and dilation
-    SAME(rvxiFilterMinBorderReplicate_8u_C1R, a, b, roi, RoiSize{4, 3}, Point2i{1, 1}, scratch);
+    for (const RoiSize mask : {RoiSize{3, 3}, {4, 3}, {9, 9}, {1, 4}, {1, 11}}) { // a way of its own each
+        SAME(rvxiFilterMinBorderReplicate_8u_C1R, wide, b, roi, mask, Point2i{0, 1}, scratch);
+    }
     SAME(rvxiFilterMaxBorderReplicate_32f_C3R, a, b, roi, RoiSize{3, 5}, Point2i{1, 1}, scratch);
     const std::vector<U8> rectangle(9, 1), ellipse{0, 1, 0, 1, 1, 1, 0, 1, 0}, general{1, 0, 1, 0, 1, 0, 1, 0, 1};
     constexpr RoiSize maskSize{3, 3};
@@ -510,10 +512,10 @@ TEST(BigImages, GiveWhatCloseRowsGive) {
 
     // detect
     {
-        const Rect2i rects[] = {{0, 0, 4, 4}, {0, 0, 2, 4}};
+        const Rect2i rects[] = {{0, 0, 4, 9}, {0, 0, 2, 9}};
         const float weights[] = {-1, 2}, zero[] = {0}, low[] = {-1}, high[] = {1};
         const I32 weights32[] = {-1, 2}, zero32[] = {0}, low32[] = {-1}, high32[] = {1}, counts[] = {2};
-        constexpr RoiSize windows{30, 18};
+        constexpr RoiSize windows{30, 15};
         const Record selected = recordOf(std::vector<I32>{windows.width * windows.height / 2});
         HaarClassifier *stage;
         ASSERT_EQ(rvxiHaarClassifierInitAlloc_32f(&stage, rects, weights, zero, low, high, counts, 1), StatusOk);
