@@ -2,13 +2,13 @@
 """Puts small faults into the sources, one at a time, at places chosen at random with a fixed seed, and sees whether the
 tests notice.
 
-The sources are copied to build/mutate and built there once, for quick compilation and with assertions (the flags of the
-sanitized build without its sanitizers). A fault is a changed copy of one file that stands in front of it; only the objects
-that include it are compiled, room by room, and linked with the others into a library, with which the room's test program
-runs. A crash, a failed test or a program that does not end is a fault that was noticed.
+The sources are copied to build/mutate and built there once, for quick compilation and with assertions (the flags of
+the sanitized build without its sanitizers). A fault is a changed copy of one file that stands in front of it; only the
+objects that include it are compiled, room by room, and linked with the others into a library, with which the room's
+test program runs. A crash, a failed test or a program that does not end is a fault that was noticed.
 
-Not counted are faults that do not compile, and faults that change no byte of any object (a survivor is compiled once more
-as for release, before it is believed)."""
+Not counted are faults that do not compile, and faults that change no byte of any object (a survivor is compiled once
+more as for release, before it is believed)."""
 
 import argparse
 import collections
@@ -97,8 +97,8 @@ def trials(seed, pattern):
 
 
 class Baseline:
-    """The build without a fault: how every object is compiled and every program linked, what includes what, and how long
-    the test programs take."""
+    """The build without a fault: how every object is compiled and every program linked, what includes what, and how
+    long the test programs take."""
 
     def __init__(self, jobs):
         copy_tree()
@@ -171,7 +171,7 @@ def room_of(obj):
     return "pyramid" if parts[1].startswith("filter/pyramid/") else parts[1].split("/")[0]
 
 
-# ------------------------------------------------------------------------------------------------------- one fault tried
+# ------------------------------------------------------------------------------------------------------ one fault tried
 
 
 class Worker:
@@ -336,7 +336,8 @@ class Report:
             with open(OUT / "state.jsonl", "a") as state:
                 state.write(json.dumps([number, *row, *result]) + "\n")
             (OUT / "report.txt").write_text(self.text())
-            print(f"{number:4} {result.verdict:16} {trial.file}:{trial.line}  {trial.kind}  ({seconds:.0f} s)", flush=True)
+            place = f"{trial.file}:{trial.line}"
+            print(f"{number:4} {result.verdict:16} {place}  {trial.kind}  ({seconds:.0f} s)", flush=True)
 
     def text(self):
         verdicts = collections.Counter(row[-1].verdict for row in self.results.values())
@@ -344,8 +345,8 @@ class Report:
         lines = [
             f"Faults put into the sources: seed {self.title['seed']}, filter '{self.title['filter']}', "
             f"sources {self.title['sources']}",
-            f"{len(self.results)} tried, {verdicts[BROKEN]} do not compile, {verdicts[SAME]} change nothing; of the other "
-            f"{counted} (of {self.wanted} wanted) {verdicts[NOTICED]} noticed, {verdicts[SURVIVED]} survived",
+            f"{len(self.results)} tried, {verdicts[BROKEN]} do not compile, {verdicts[SAME]} change nothing; of the "
+            f"other {counted} (of {self.wanted} wanted) {verdicts[NOTICED]} noticed, {verdicts[SURVIVED]} survived",
         ]
         for verdict in (SURVIVED, NOTICED, SAME, BROKEN):
             lines += ["", f"== {verdict}: {verdicts[verdict]}"]
@@ -364,7 +365,7 @@ def sources_hash():
 
 def main():
     parser = argparse.ArgumentParser(prog="./dev mutate", description=__doc__.split("\n\n")[0])
-    parser.add_argument("count", nargs="?", type=int, default=100, help="faults that compile and change something (100)")
+    parser.add_argument("count", nargs="?", type=int, default=100, help="faults that compile and change something")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--filter", default="", help="only files with this in their path, as src/segment")
     parser.add_argument("--resume", action="store_true", help="go on where out/mutate/state.jsonl ends")

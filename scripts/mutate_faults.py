@@ -1,7 +1,7 @@
 """Small faults in C++ text, as a slip of the pen would make them: where one can be put, and what stands there then.
 
-The sources are formatted by clang-format, so that an operator between two values has a space on each side and a template's
-bracket has not. What does not compile is found by the compiler: nothing here understands types."""
+The sources are formatted by clang-format, so that an operator between two values has a space on each side and a
+template's bracket has not. What does not compile is found by the compiler: nothing here understands types."""
 
 import collections
 import re
@@ -13,8 +13,8 @@ OPENING, CLOSING = "([{", ")]}"
 
 
 def blanked(text):
-    """The same text with spaces where no fault is put: comments, strings, the preprocessor's lines, template parameters,
-    assertions. Lines and places stay what they are."""
+    """The same text with spaces where no fault is put: comments, strings, the preprocessor's lines, template
+    parameters, assertions. Lines and places stay what they are."""
 
     def spaces(match):
         return re.sub(r"[^\n]", " ", match.group())

@@ -80,7 +80,10 @@ public:
         for (U8 *&origin : origins_) {
             void *const map = mmap(nullptr, (lastRow + 2 - firstRow) * std::size_t{farStep}, PROT_READ | PROT_WRITE,
                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-            present_ = present_ && map != MAP_FAILED;
+            if (map == MAP_FAILED) {
+                present_ = false;
+                return;
+            }
             origin = static_cast<U8 *>(map) + (-firstRow * std::int64_t{farStep} + 4096) / 4096 * 4096;
         }
     }
@@ -164,7 +167,7 @@ private:
         return all;
     }
 
-    std::array<U8 *, slots> origins_;
+    std::array<U8 *, slots> origins_{};
     bool present_ = true, changed_ = false;
     std::array<I32, slots> steps_{};
     std::array<bool, slots> read_{}, written_{};
