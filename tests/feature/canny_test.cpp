@@ -103,7 +103,7 @@ GuardedBuffer scratchFor(RoiSize roi) {
     std::int32_t bytes = 0;
     EXPECT_EQ(rvxiCannyGetSize(roi, &bytes), StatusOk);
     GuardedBuffer buffer(bytes);
-    buffer.scribble();
+    buffer.spoil();
     return buffer;
 }
 
@@ -303,7 +303,7 @@ GuardedBuffer borderScratchFor(RoiSize roi, const Setting &setting) {
     std::int32_t bytes = 0;
     EXPECT_EQ(rvxiCannyBorderGetSize(roi, setting.filter, setting.mask, PixelType8u, &bytes), StatusOk);
     GuardedBuffer buffer(bytes);
-    buffer.scribble();
+    buffer.spoil();
     return buffer;
 }
 

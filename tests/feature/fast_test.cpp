@@ -76,7 +76,7 @@ void expectMap(const Image8u &image, const Detector &detector, std::int64_t padd
     const FastNSpec spec = specOf(detector);
     const std::int64_t size = 7 * ((image.width() + 2 + 31) / 32 * 32) + 64, more = image.width() % 32;
     GuardedBuffer scratch(size + more);
-    scratch.scribble();
+    scratch.spoil();
     const std::vector<std::uint8_t> behind(scratch.data() + size, scratch.data() + size + more);
     std::int32_t count = -1;
     ASSERT_EQ(rvxiFastN_8u_C1R(image.data(), image.step(), dst.data(), dst.step(), image.roi(), &count, &spec,

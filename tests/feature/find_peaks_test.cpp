@@ -72,7 +72,7 @@ void expectPeaks(const GuardedImage<T> &image, T threshold, std::int32_t neighbo
     GuardedBuffer list(capacity * static_cast<std::int64_t>(sizeof(Point2i)));
     GuardedBuffer scratch(scratchSize(image.width()));
     list.scribble();
-    scratch.scribble();
+    scratch.spoil();
     const std::vector<std::uint8_t> before(list.data(), list.data() + list.size());
     std::int32_t count = -1;
     ASSERT_EQ(findPeaks<T>(image.data(), image.step(), image.roi(), threshold, reinterpret_cast<Point2i *>(list.data()),

@@ -48,7 +48,7 @@ template <class T, class Query> GuardedBuffer scratchFor(Query query, RoiSize ro
     EXPECT_EQ(Of<T>::measureSize(roi, w.aperture, w.block, &measureSize), StatusOk);
     EXPECT_EQ(size, measureSize);
     GuardedBuffer scratch(size);
-    scratch.scribble(0xff);
+    scratch.spoil(0xff);
     return scratch;
 }
 

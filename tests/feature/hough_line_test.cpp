@@ -79,7 +79,7 @@ void expectLines(const Image &image, int threshold, HoughResolution resolution, 
     const bool truncated = want.size() > static_cast<std::size_t>(capacity);
     want.resize(std::min(want.size(), static_cast<std::size_t>(capacity)));
     GuardedBuffer lines(std::int64_t{capacity} * 8), scratch(scratchSize(image, resolution, capacity) + skew);
-    scratch.scribble();
+    scratch.spoil();
     std::int32_t count = -1;
     auto *const list = reinterpret_cast<HoughLine *>(lines.data());
     const StatusCode status =

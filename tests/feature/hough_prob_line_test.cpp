@@ -200,7 +200,7 @@ Found search(const Image &image, const Parameters &p, std::int32_t capacity, int
     std::int32_t specSize = -1, bufferSize = -1, count = -1;
     EXPECT_EQ(rvxiHoughProbLineGetSize_8u_C1R(image.roi(), p.resolution, &specSize, &bufferSize), StatusOk);
     GuardedBuffer spec(specSize + skew), scratch(bufferSize + skew), list(16 * std::int64_t{capacity});
-    scratch.scribble();
+    scratch.spoil();
     auto *const record = reinterpret_cast<HoughProbLineSpec *>(spec.data());
     EXPECT_EQ(rvxiHoughProbLineInit_8u32f_C1R(image.roi(), p.seed, record, p.resolution), StatusOk);
     const StatusCode status =

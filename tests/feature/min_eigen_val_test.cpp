@@ -55,7 +55,7 @@ template <class T> GuardedImage<float> measured(const GuardedImage<T> &src, Para
     std::int32_t size = 0;
     EXPECT_EQ(query<T>(src.roi(), p.aperture, p.block, &size), StatusOk);
     GuardedBuffer scratch(size);
-    scratch.scribble(0xff);
+    scratch.spoil(0xff);
     EXPECT_EQ(measure(src.data(), src.step(), dst.data(), dst.step(), src.roi(), p, scratch.data()), StatusOk);
     return dst;
 }

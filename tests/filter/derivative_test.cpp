@@ -103,7 +103,7 @@ template <class T, class D> void checkCase(const Member<T, D> &m, MaskCode mask,
     std::int32_t bytes = -1;
     ASSERT_EQ(m.size(dst.roi(), mask, &bytes), StatusOk);
     GuardedBuffer scratch(bytes, c.guard);
-    scratch.scribble();
+    scratch.spoil();
     ASSERT_EQ(m.run({src.data(), src.step(), dst.data(), dst.step(), dst.roi(), mask, c.border, value, c.divisor,
                      scratch.data()}),
               StatusOk);

@@ -31,7 +31,7 @@ using I32 = std::int32_t;
 
 constexpr I32 farStep = INT32_MAX / 64 * 64, closeStep = 2048;
 constexpr int slots = 4;
-constexpr std::int64_t firstRow = -3, lastRow = 25;     // of an image with its margins
+constexpr std::int64_t firstRow = -4, lastRow = 27;     // of an image with its margins
 constexpr std::int64_t firstByte = -64, endByte = 1024; // of a row with its margins
 constexpr std::int64_t farRow = 9;
 constexpr RoiSize roi{37, 24};
@@ -275,7 +275,7 @@ const float threeF[] = {1, 2, 3};
 
 TEST(BigImages, GiveWhatCloseRowsGive) {
     if (!memory().present()) {
-        GTEST_SKIP() << "no address space for 240 GiB";
+        GTEST_SKIP() << "no address space for 256 GiB";
     }
 
     // arith
@@ -391,6 +391,15 @@ TEST(BigImages, GiveWhatCloseRowsGive) {
         SAME(rvxiMorphTophatBorder_8u_C1R, wide, b, roi, BorderReplicate, 0, compound, scratch);
         SAME(rvxiMorphGradientBorder_8u_C1R, wide, b, roi, BorderReplicate, 0, compound, scratch);
         rvxiMorphAdvFree(compound);
+        // A mask of five rows reaches four rows beyond the region.
+        constexpr RoiSize tall{3, 5};
+        const std::vector<U8> column(15, 1);
+        std::vector<std::uint64_t> spec(4096);
+        const auto deep = reinterpret_cast<MorphAdvSpec *>(spec.data());
+        ASSERT_EQ(rvxiMorphAdvInit_1u_C1R(roi, column.data(), tall, deep, memory().scratch()), StatusOk);
+        SAME(rvxiMorphCloseBorder_1u_C1R, Image{0, 256, 1, 8}, 3, b, 5, roi, BorderInMemory, 0, deep, scratch);
+        ASSERT_EQ(rvxiMorphAdvInit_16u_C1R(roi, column.data(), tall, deep, memory().scratch()), StatusOk);
+        SAME(rvxiMorphCloseBorder_16u_C1R, wide, b, roi, BorderInMemory, 0, deep, scratch);
         ASSERT_EQ(rvxiMorphAdvInitAlloc_32f_C3R(&compound, roi, rectangle.data(), maskSize), StatusOk);
         SAME(rvxiMorphBlackhatBorder_32f_C3R, wide, b, roi, BorderReplicate, 0.0f, compound, scratch);
         rvxiMorphAdvFree(compound);

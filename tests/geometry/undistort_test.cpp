@@ -195,7 +195,7 @@ public:
         src.fill(rng, allContents[salt % 5]);
         const Lens lens = someLens(rng, width, height);
         GuardedBuffer buffer = reportedBuffer(dst.roi(M::channels));
-        buffer.scribble();
+        buffer.spoil();
         ASSERT_EQ(call(src.data(), src.step(), dst, salt % 4 < 2 ? buffer.data() : nullptr, lens), StatusOk);
         ASSERT_TRUE(isUndistorted(dst, src, lens))
             << lens.fx << " " << lens.fy << " " << lens.cx << " " << lens.cy << " " << lens.k1 << " " << lens.k2;

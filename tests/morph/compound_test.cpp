@@ -153,8 +153,8 @@ void checkOperation(const Functions<T> &f, Op op, const Mask &mask, RoiSize init
     GuardedBuffer spec(specSize), initBuffer(bufferSize), buffer(bufferSize, src.guard());
     auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
     ASSERT_EQ(f.init(initRoi, mask.bytes.data(), mask.size, record, initBuffer.data()), StatusOk);
-    buffer.scribble();
-    initBuffer.scribble(); // no operation needs it
+    buffer.spoil();
+    initBuffer.spoil(); // no operation needs it
     ASSERT_EQ(f.operations[static_cast<int>(op)](src.data(), src.step(), dst.data(), dst.step(), roi, border, T{},
                                                  record, buffer.data()),
               StatusOk);
@@ -319,7 +319,7 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
         auto *record = reinterpret_cast<MorphSpec *>(spec.data());
         ASSERT_EQ(rvxiMorphologyBorderInit_1u_C1R(roi.width, mask.bytes.data(), mask.size, record, buffer.data()),
                   StatusOk);
-        buffer.scribble();
+        buffer.spoil();
         const BitStep run = op == 0 ? rvxiErodeBorder_1u_C1R : rvxiDilateBorder_1u_C1R;
         ASSERT_EQ(run(src.data(), srcStep, src.bitOffset(), dst.data(), dstStep, dst.bitOffset(), roi, border, 0,
                       record, buffer.data()),
@@ -335,7 +335,7 @@ void checkBits(int op, const Mask &mask, RoiSize roi, BorderKind border, Rng &rn
         GuardedBuffer spec(specSize), buffer(bufferSize, guard);
         auto *record = reinterpret_cast<MorphAdvSpec *>(spec.data());
         ASSERT_EQ(rvxiMorphAdvInit_1u_C1R(roi, mask.bytes.data(), mask.size, record, buffer.data()), StatusOk);
-        buffer.scribble();
+        buffer.spoil();
         ASSERT_EQ(bitOperations[op - 2](src.data(), srcStep, src.bitOffset(), dst.data(), dstStep, dst.bitOffset(), roi,
                                         border, 0, record, buffer.data()),
                   StatusOk);

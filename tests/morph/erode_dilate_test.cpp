@@ -76,7 +76,7 @@ template <class T> struct Record {
     Record(const Member<T> &member, std::int32_t width, const Mask &mask)
         : spec(sizes(member, width, mask.size).first), buffer(sizes(member, width, mask.size).second) {
         spec.scribble();
-        buffer.scribble(0x11);
+        buffer.spoil(0x11);
         EXPECT_EQ(member.init(width, mask.bytes.data(), mask.size, get(), buffer.data()), StatusOk);
     }
     MorphSpec *get() { return reinterpret_cast<MorphSpec *>(spec.data()); }

@@ -88,7 +88,7 @@ template <class T> struct Record {
         : memory((sizes(member, width, function.size).width + 7) / 8 * 8),
           buffer(sizes(member, width, function.size).height + width % 2) {
         memory.scribble();
-        buffer.scribble(0x11);
+        buffer.spoil(0x11);
         EXPECT_EQ(member.init(width, function.table.data(), function.size, get()), StatusOk);
     }
     GrayMorphSpec *get() { return reinterpret_cast<GrayMorphSpec *>(memory.data()); }

@@ -81,7 +81,7 @@ void check(const Member<T> &member, RoiSize roi, RoiSize mask, Point2i anchor, C
     std::int32_t size = 0;
     ASSERT_EQ(member.query(roi.width, mask, &size), StatusOk);
     GuardedBuffer buffer(size, guard);
-    buffer.scribble();
+    buffer.spoil();
     const std::vector<T> want = plainRectangle(src, member.channels, mask, anchor, member.maximum);
     ASSERT_EQ(member.filter(src.data(), src.step(), dst.data(), dst.step(), roi, mask, anchor, buffer.data()),
               StatusOk);

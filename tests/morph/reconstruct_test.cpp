@@ -140,7 +140,7 @@ void expectReconstruction(const Images<T> &images, std::int64_t width, std::int6
     }
     const std::vector<std::uint8_t> before = mask.bytes();
     GuardedBuffer scratch(scratchBytes(width, height), salt % 3 == 0 ? Guard::before : Guard::behind);
-    scratch.scribble();
+    scratch.spoil();
     ASSERT_EQ(
         member<T>.of(rises)(mask.data(), mask.step(), marker.data(), marker.step(), marker.roi(), norm, scratch.data()),
         StatusOk);

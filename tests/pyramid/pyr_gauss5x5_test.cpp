@@ -117,7 +117,7 @@ void checkImage(const Member<T> &m, std::int64_t width, std::int64_t height, Con
     const std::int64_t bytes = plainScratch(width, m.channels, m.up);
     // Behind: the buffer ends at the guard page, wherever it starts. Before: it starts `shift` bytes into a page.
     GuardedBuffer buffer(bytes + (guard == Guard::behind ? 0 : shift), guard);
-    buffer.scribble();
+    buffer.spoil();
     std::uint8_t *scratch = buffer.data() + (guard == Guard::behind ? 0 : shift);
     ASSERT_EQ(m.step(src.data(), src.step(), dst.data(), dst.step(), src.roi(m.channels), scratch), StatusOk);
     ASSERT_TRUE(imageIs(dst, [&](auto x, auto y) { return expectedElement(m, src, x, y); }))

@@ -19,7 +19,7 @@ GuardedImage<float> times(const Picture &picture, int salt = 0) {
     }
     GuardedImage<float> dst(w, h, {.padding = 4 * (salt % 4), .guard = guard, .skew = (3 + skew) % 4});
     GuardedBuffer scratch(scratchSize(w, h) + skew, guard);
-    scratch.scribble();
+    scratch.spoil();
     EXPECT_EQ(
         rvxiFastMarching_8u32f_C1R(src.data(), src.step(), dst.data(), dst.step(), src.roi(), scratch.data() + skew),
         StatusOk);

@@ -106,7 +106,7 @@ void expectFill(const Member<T> &member, GuardedImage<T> &image, Point2i seed, c
     }
 
     GuardedBuffer scratch(scratchBytes(member.rule, width, height), guard);
-    scratch.scribble();
+    scratch.spoil();
     GuardedBuffer output(sizeof(ConnectedComponent));
     output.scribble();
     const std::vector<std::uint8_t> untouched(output.data(), output.data() + output.size());

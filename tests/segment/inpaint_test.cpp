@@ -132,7 +132,7 @@ GuardedImage<T> inpainted(GuardedImage<T> &src, const Picture &hole, std::int32_
     }
     const std::int64_t skew = guard == Guard::before ? salt % 8 : 0;
     GuardedBuffer scratch(scratchSize(hole.width, hole.height, radius) + skew, guard);
-    scratch.scribble(static_cast<std::uint8_t>(salt));
+    scratch.spoil(static_cast<std::uint8_t>(salt));
     const auto member = [&] {
         if constexpr (std::is_same_v<T, float>) {
             return rvxiInpaint_32f_C1MR;

@@ -76,7 +76,7 @@ void expectLabels(const Picture &picture, std::int32_t minLabel, std::int32_t ma
     }
     const std::vector<std::uint8_t> source = src.bytes();
     GuardedBuffer scratch(6 * width * height + 32, salt % 3 == 0 ? Guard::before : Guard::behind);
-    scratch.scribble();
+    scratch.spoil();
     std::int32_t count = -1;
     ASSERT_EQ(label(src.data(), src.step(), dst.data(), dst.step(), dst.roi(), minLabel, maxLabel, norm, &count,
                     scratch.data()),

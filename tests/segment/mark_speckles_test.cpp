@@ -67,7 +67,7 @@ void expectSpeckles(const std::vector<T> &pixels, std::int64_t width, std::int64
         image.set(i % width, i / width, pixels[static_cast<std::size_t>(i)]);
     }
     GuardedBuffer scratch(scratchBytes(width, height), salt % 3 == 0 ? Guard::before : Guard::behind);
-    scratch.scribble();
+    scratch.spoil();
     SCOPED_TRACE(testing::Message() << width << "x" << height << " new " << +newVal << " size " << maxSize << " diff "
                                     << +maxDiff);
     ASSERT_EQ(member<T>.mark(image.data(), image.step(), image.roi(), newVal, maxSize, maxDiff, NormL1, scratch.data()),

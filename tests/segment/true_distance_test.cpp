@@ -16,7 +16,7 @@ std::int64_t scratchSize(std::int64_t width, std::int64_t height) {
 GuardedImage<float> trueDistances(const GuardedImage<std::uint8_t> &src, GuardedImage<float>::Layout layout = {}) {
     GuardedImage<float> dst(src.width(), src.height(), layout);
     GuardedBuffer scratch(scratchSize(src.width(), src.height()) + layout.skew, layout.guard);
-    scratch.scribble();
+    scratch.spoil();
     EXPECT_EQ(rvxiTrueDistanceTransform_8u32f_C1R(src.data(), src.step(), dst.data(), dst.step(), src.roi(),
                                                   scratch.data() + layout.skew),
               StatusOk);
@@ -179,7 +179,7 @@ TEST(TrueDistance, StatusesInTheOrderOfTheChecks) {
     GuardedImage<std::uint8_t> src(9, 5);
     GuardedImage<float> dst(9, 5);
     GuardedBuffer buffer(scratchSize(9, 5));
-    buffer.scribble();
+    buffer.spoil();
     Faults<Call> faults;
     faults.nulls(&Call::src, &Call::dst, &Call::buffer).empty(&Call::roi);
     faults.shortSteps(9, &Call::srcStep).shortSteps(36, &Call::dstStep);

@@ -210,7 +210,7 @@ Labels segment(const Grid &grid, const Picture &picture, const Labels &markers, 
     EXPECT_EQ(bytes, M::bytes((grid.width + 2) * (grid.height + 2)));
     const int shift = salt % 3 == 0 ? salt % 4 : 0; // else it ends with its page
     GuardedBuffer scratch(bytes + shift, salt % 3 == 0 ? Guard::before : Guard::behind);
-    scratch.scribble(static_cast<std::uint8_t>(salt));
+    scratch.spoil(static_cast<std::uint8_t>(salt));
     EXPECT_EQ(M::call(src.data(), src.step(), image.data(), image.step(), image.roi(), grid.eight ? NormInf : NormL1,
                       lines ? SegmentLines : SegmentNoLines, scratch.data() + shift),
               StatusOk);

@@ -15,6 +15,12 @@
 #include <string>
 #include <vector>
 
+#if __has_include(<valgrind/memcheck.h>)
+#include <valgrind/memcheck.h>
+#else
+#define VALGRIND_MAKE_MEM_UNDEFINED(address, bytes) static_cast<void>(0)
+#endif
+
 namespace support {
 
 enum class Guard {
@@ -51,11 +57,17 @@ public:
     const std::uint8_t *data() const { return data_; }
     std::int64_t size() const { return bytes_; }
 
-    // Fills with a pattern, for scratch that must not be relied upon to be zero.
+    // Fills with a pattern that can be recognised.
     void scribble(std::uint8_t seed = 0xa5) {
         for (std::int64_t i = 0; i < bytes_; ++i) {
             data_[i] = static_cast<std::uint8_t>(seed + 31 * i);
         }
+    }
+
+    // For scratch: fills with something that is not zero, and valgrind takes it for memory that was never written.
+    void spoil(std::uint8_t seed = 0xa5) {
+        scribble(seed);
+        VALGRIND_MAKE_MEM_UNDEFINED(data_, bytes_);
     }
 
 private:
