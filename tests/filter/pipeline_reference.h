@@ -108,7 +108,7 @@ class OddScratch {
 public:
     OddScratch(std::int64_t bytes, support::Rng &rng)
         : bytes_(bytes), buffer_(bytes + std::max<std::int64_t>(0, support::uniform(rng, -33, 33))) {
-        buffer_.spoil();
+        buffer_.spoil(bytes, 0xa5);
     }
     std::uint8_t *data() { return buffer_.data(); }
     bool intactBehind() const {

@@ -64,10 +64,12 @@ public:
         }
     }
 
-    // For scratch: fills with something that is not zero, and valgrind takes it for memory that was never written.
-    void spoil(std::uint8_t seed = 0xa5) {
+    // For scratch: fills with something that is not zero, and valgrind takes it (or its first bytes, where those behind
+    // must survive) for memory that was never written.
+    void spoil(std::uint8_t seed = 0xa5) { spoil(bytes_, seed); }
+    void spoil(std::int64_t scratchBytes, std::uint8_t seed) {
         scribble(seed);
-        VALGRIND_MAKE_MEM_UNDEFINED(data_, bytes_);
+        VALGRIND_MAKE_MEM_UNDEFINED(data_, scratchBytes);
     }
 
 private:
