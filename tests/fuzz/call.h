@@ -70,6 +70,7 @@ public:
             each.memory->remember();
         }
         const StatusCode status = std::apply(function, flat);
+        nulled_ = nulled_ || nulled;
         const char *fault = judge(reinterpret_cast<const void *>(function), status, entitled, nulled);
         bool intact = true;
         for (const Watched &each : watched_) {
@@ -87,18 +88,25 @@ public:
         return status;
     }
 
-    // The size that a query tells; -1 when it fails. Gives up where that is too much.
+    // The size that a query tells, whatever else is wrong; -1 when it fails. Gives up where that is too much.
     template <class... P, class... A> std::int64_t size(StatusCode (*query)(P...), A &&...arguments) {
+        const bool refused = std::exchange(refused_, false);
         Array<std::int32_t> bytes(1);
-        return run(query, arguments..., bytes) >= 0 ? affordable(*bytes.data()) : -1;
+        const StatusCode status = run(query, arguments..., bytes);
+        refused_ = refused;
+        return status >= 0 ? affordable(*bytes.data()) : refusedSize(arguments...);
     }
     // Of queries that tell two sizes, a record's and a buffer's.
     struct Sizes {
         std::int64_t record = -1, buffer = -1;
     };
     template <class... P, class... A> Sizes sizes(StatusCode (*query)(P...), A &&...arguments) {
+        const bool refused = std::exchange(refused_, false);
         Array<std::int32_t> record(1), buffer(1);
-        if (run(query, arguments..., record, buffer) < 0) {
+        const StatusCode status = run(query, arguments..., record, buffer);
+        refused_ = refused;
+        if (status < 0) {
+            refusedSize(arguments...);
             return {};
         }
         return {affordable(*record.data()), affordable(*buffer.data())};
@@ -157,6 +165,24 @@ private:
         return bytes;
     }
 
+    // Where a query fails because of a null pointer, or because a size does not fit, there is nothing to call the function with.
+    template <class... A> std::int64_t refusedSize(const A &...arguments) const {
+        constexpr std::int32_t large = 1 << 16;
+        const auto check = [](const auto &argument) {
+            if constexpr (std::is_same_v<std::remove_cvref_t<decltype(argument)>, RoiSize>) {
+                return argument.width > large || argument.height > large;
+            } else if constexpr (std::is_same_v<std::remove_cvref_t<decltype(argument)>, std::int32_t>) {
+                return argument > large;
+            } else {
+                return false;
+            }
+        };
+        if (nulled_ || (... || check(arguments))) {
+            throw Abandon();
+        }
+        return -1;
+    }
+
     static bool tracing();
     template <class... P, class... V> static void trace(StatusCode (*function)(P...), const V &...values) {
         std::fprintf(stderr, "%s(", nameOf(function));
@@ -188,7 +214,7 @@ private:
     };
     std::vector<Watched> watched_;
     std::vector<StatusCode> more_;
-    bool nullsAllowed_ = false, failuresWrite_ = false, refused_ = false;
+    bool nullsAllowed_ = false, failuresWrite_ = false, refused_ = false, nulled_ = false;
     int null_ = -1;
 };
 

@@ -65,7 +65,7 @@ void rowStage(Call &call,
         reach = {anchor, 0, count - 1 - anchor, 0};
     }
     Image<const S> src(call.in, Shape{roi, channels, Margin::of(border, reach)});
-    Image<D> rows(call.in, roi, channels);
+    Image<D> rows(call.in, Shape{.roi = roi, .channels = channels, .unseen = true});
     const bool entitled = src.legal() && rows.legal() && inside;
     call.refuse(!entitled);
     Array<D *const> list(rowPointers(rows, roi.width < 1 ? 0 : roi.height, entitled));
@@ -91,7 +91,8 @@ void columnStage(Call &call,
     if (roi.height > 512) {
         throw Abandon();
     }
-    Image<const S> rows(call.in, RoiSize{roi.width, static_cast<std::int32_t>(rowCount)}, channels);
+    const RoiSize read = {roi.width, static_cast<std::int32_t>(rowCount)};
+    Image<const S> rows(call.in, Shape{.roi = read, .channels = channels, .unseen = true});
     const bool entitled = dst.legal() && rows.legal();
     call.refuse(!entitled);
     Array<const S *const> list(rowPointers(rows, roi.width < 1 || roi.height < 1 ? 0 : rowCount, entitled));

@@ -213,6 +213,12 @@ void Memory::layOut(Reader &in, const Shape &shape, std::int64_t elementSize) {
     step_ = std::clamp<std::int64_t>(step_, INT32_MIN, INT32_MAX);
     const auto covers = [&] { return shape.roi.width >= 1 && shape.roi.height >= 1 && step_ >= least; };
     const auto extent = [&] { return (rows_ + margin.top + margin.bottom - 1) * step_ + tight; };
+    if (shape.unseen && !(covers() && step_ >= tight && extent() <= largest)) {
+        step_ = tight;
+        if (covers() && extent() > largest) {
+            throw Abandon();
+        }
+    }
     if (covers() && extent() > largest) {
         step_ = std::min<std::int64_t>(least - 1, INT32_MAX);
     }

@@ -58,6 +58,7 @@ struct Shape {
     std::int64_t channels = 1;
     Margin margin = {};
     std::int64_t leastStep = -1; // from which on a function takes a step; -1: the bytes of a row
+    bool unseen = false;         // the function gets no step, or trusts it: it is always a good one
 };
 
 class Memory {
@@ -152,10 +153,10 @@ public:
     std::tuple<T *> arguments() const { return {data()}; }
 };
 
-// Scratch: of the size that a query tells, at any address, and of any contents.
+// Scratch: of the size that a query tells, at any address, and of any contents. Where the query fails there is none.
 class Scratch : public Array<std::uint8_t> {
 public:
-    using Array::Array;
+    Scratch(Reader &in, std::int64_t bytes) : Array(in, bytes < 0 ? 0 : bytes) {}
 };
 
 } // namespace fuzz
