@@ -66,7 +66,7 @@ public:
     }
     // Sizes of masks.
     RoiSize mask() {
-        const std::int32_t most = byte() % 4 == 3 ? 40 : 7;
+        const std::int32_t most = byte() % 8 == 7 ? 24 : 7;
         const std::int32_t width = within(1, most);
         return {width, within(1, most)};
     }
