@@ -1,5 +1,5 @@
-// One call of the library, decoded from a few bytes and judged. A driver, one per family, decodes the arguments of a member
-// and runs it:
+// One call of the library, decoded from a few bytes and judged. A driver, one per family, decodes the arguments of a
+// member and runs it:
 //
 //     template <class S, class D, class... P>
 //     void filtered(Call &call, StatusCode (*member)(const S *, int32_t, D *, int32_t, RoiSize, P...)) {
@@ -10,9 +10,9 @@
 //         call.run(member, src, dst, roi, ...);
 //     }
 //
-// run() gives images, lists and scratch the memory that the arguments entitle the function to, sometimes makes a pointer
-// null, and aborts on what no call may do: a status that is not documented, success with illegal arguments or a null
-// pointer, a changed input, an output changed by a failing call or outside its rows.
+// run() gives images, lists and scratch the memory that the arguments entitle the function to, sometimes makes a
+// pointer null, and aborts on what no call may do: a status that is not documented, success with illegal arguments or a
+// null pointer, a changed input, an output changed by a failing call or outside its rows.
 #pragma once
 
 #include "memory.h"
@@ -20,8 +20,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <utility>
 #include <string_view>
+#include <utility>
 
 namespace fuzz {
 
@@ -165,7 +165,8 @@ private:
         return bytes;
     }
 
-    // Where a query fails because of a null pointer, or because a size does not fit, there is nothing to call the function with.
+    // Where a query fails because of a null pointer, or because a size does not fit, there is nothing to call the
+    // function with.
     template <class... A> std::int64_t refusedSize(const A &...arguments) const {
         constexpr std::int32_t large = 1 << 16;
         const auto check = [](const auto &argument) {
@@ -227,7 +228,9 @@ extern const std::vector<Member> members;
 
 // A line of such a table: the family's driver, the function, and what else the driver takes.
 #define MEMBER(driver, function, ...)                                                                                  \
-    fuzz::Member{#function, [](fuzz::Call &call) { driver(call, function __VA_OPT__(, ) __VA_ARGS__); }}
+    fuzz::Member {                                                                                                     \
+#function, [](fuzz::Call & call) { driver(call, function __VA_OPT__(, ) __VA_ARGS__); }                        \
+    }
 
 // A function of sizes and parameters alone, and of pointers to single results: any numbers will do.
 template <class... P> void query(Call &call, StatusCode (*member)(P...)) {
@@ -237,7 +240,8 @@ template <class... P> void query(Call &call, StatusCode (*member)(P...)) {
         if constexpr (std::is_pointer_v<A>) {
             return Record<std::remove_pointer_t<A>>(sizeof(std::remove_pointer_t<A>));
         } else if constexpr (std::is_same_v<A, RoiSize>) {
-            return call.in.byte() < 192 ? call.in.roi() : RoiSize{call.in.any<std::int32_t>(), call.in.any<std::int32_t>()};
+            return call.in.byte() < 192 ? call.in.roi()
+                                        : RoiSize{call.in.any<std::int32_t>(), call.in.any<std::int32_t>()};
         } else if constexpr (std::is_same_v<A, std::int32_t>) {
             return call.in.oneOf<std::int32_t>({3, 1, 5, 33, 13, 7, 55, 0, 2});
         } else if constexpr (std::is_same_v<A, HoughResolution>) {

@@ -25,8 +25,8 @@ void cannyBorder(Call &call, decltype(&rvxiCannyBorder_8u_C1R) member) {
 
 // Measures of the gradient covariance: of one image into one, or with a map between them.
 using CovarianceSize = StatusCode (*)(RoiSize, std::int32_t, std::int32_t, std::int32_t *);
-constexpr std::initializer_list<StatusCode> covarianceStatuses = {StatusBadArgument, StatusBadFilterKind, StatusOutOfRange,
-                                                                  StatusInPlaceNotSupported};
+constexpr std::initializer_list<StatusCode> covarianceStatuses = {StatusBadArgument, StatusBadFilterKind,
+                                                                  StatusOutOfRange, StatusInPlaceNotSupported};
 template <class E> auto covarianceEnd(Call &call, std::int64_t scratch) {
     if constexpr (std::is_pointer_v<E>) {
         return Scratch(call.in, scratch);
@@ -37,8 +37,8 @@ template <class E> auto covarianceEnd(Call &call, std::int64_t scratch) {
 
 template <class S, class... E>
 void covariance(Call &call,
-                StatusCode (*member)(const S *, std::int32_t, float *, std::int32_t, RoiSize, std::int32_t, std::int32_t,
-                                     std::int32_t, E...),
+                StatusCode (*member)(const S *, std::int32_t, float *, std::int32_t, RoiSize, std::int32_t,
+                                     std::int32_t, std::int32_t, E...),
                 CovarianceSize sizeQuery) {
     call.documented(covarianceStatuses);
     const RoiSize roi = call.in.roi();
@@ -124,7 +124,8 @@ void fastToList(Call &call, decltype(&rvxiFastN2DToVec_8u_C1R) member) {
     call.run(member, src, roi, corners, capacity, count);
 }
 
-// ---------------------------------------------------------------------------------------------------------- Hough lines
+// ---------------------------------------------------------------------------------------------------------- Hough
+// lines
 
 // Fine angles take time in proportion, and are no other case than coarse ones.
 HoughResolution resolution(Call &call) {
@@ -140,8 +141,8 @@ constexpr std::int64_t anyStep = 1;
 
 template <class... Region>
 void houghLine(Call &call,
-               StatusCode (*member)(const std::uint8_t *, std::int32_t, RoiSize, std::int32_t, HoughLine *, std::int32_t,
-                                    std::int32_t *, std::uint8_t *, HoughResolution, Region...)) {
+               StatusCode (*member)(const std::uint8_t *, std::int32_t, RoiSize, std::int32_t, HoughLine *,
+                                    std::int32_t, std::int32_t *, std::uint8_t *, HoughResolution, Region...)) {
     call.documented({StatusBadArgument, StatusEmptyResult, StatusResultTruncated});
     call.failuresWrite(); // no line at all is told by a count of 0
     const RoiSize roi = call.in.roi();

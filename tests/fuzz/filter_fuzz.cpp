@@ -99,19 +99,19 @@ void columnStage(Call &call,
     call.watch(rows);
     Array<const K> kernel(call.in, count);
     const std::int64_t scratch = call.size(sizeQuery, roi, count);
-    [&](auto &&...end) {
-        call.run(member, list, dst, roi, kernel, count, end...);
-    }(pipelineEnd<R>(call, scratch)...);
+    [&](auto &&...end) { call.run(member, list, dst, roi, kernel, count, end...); }(pipelineEnd<R>(call, scratch)...);
 }
 
-// -------------------------------------------------------------------------------------------------------- fixed filters
+// -------------------------------------------------------------------------------------------------------- fixed
+// filters
 
-constexpr std::initializer_list<BorderKind> fixedBorders = {BorderReplicate, BorderConstant, BorderWrap, BorderMirror,
-                                                            BorderMirrorRepeat, BorderInMemory};
+constexpr std::initializer_list<BorderKind> fixedBorders = {BorderReplicate, BorderConstant,     BorderWrap,
+                                                            BorderMirror,    BorderMirrorRepeat, BorderInMemory};
 
 template <class S, class D, class V, class... R>
 void fixedFilter(Call &call,
-                 StatusCode (*member)(const S *, std::int32_t, D *, std::int32_t, RoiSize, MaskCode, BorderKind, V, R...),
+                 StatusCode (*member)(const S *, std::int32_t, D *, std::int32_t, RoiSize, MaskCode, BorderKind, V,
+                                      R...),
                  StatusCode (*sizeQuery)(RoiSize, MaskCode, std::int32_t *)) {
     call.documented({StatusBadArgument, StatusBadMaskSize});
     const RoiSize roi = call.in.roi();
@@ -138,13 +138,10 @@ void fixedFilter(Call &call,
     Image<D> dst(call.in, roi);
     const std::int64_t scratch = call.size(sizeQuery, roi);
     const V value = call.in.any<V>();
-    [&](auto &&...end) {
-        call.run(member, src, dst, roi, border, value, end...);
-    }(pipelineEnd<R>(call, scratch)...);
+    [&](auto &&...end) { call.run(member, src, dst, roi, border, value, end...); }(pipelineEnd<R>(call, scratch)...);
 }
 
-template <class T>
-void sobelKernel(Call &call, StatusCode (*member)(T *, std::int32_t, std::int32_t, std::int32_t)) {
+template <class T> void sobelKernel(Call &call, StatusCode (*member)(T *, std::int32_t, std::int32_t, std::int32_t)) {
     const std::int32_t n = 1 + 2 * call.in.within(0, 15) - call.in.byte() / 240;
     if (n > 400 && n % 2 == 1) {
         throw Abandon();
@@ -155,7 +152,8 @@ void sobelKernel(Call &call, StatusCode (*member)(T *, std::int32_t, std::int32_
     call.run(member, dst, n, order, call.in.oneOf<std::int32_t>({1, -1, 0}));
 }
 
-// ------------------------------------------------------------------------------------------------------------- Gaussian
+// -------------------------------------------------------------------------------------------------------------
+// Gaussian
 
 template <class T> constexpr PixelTypeCode typeCode() {
     return std::is_same_v<T, std::uint8_t>    ? PixelType8u

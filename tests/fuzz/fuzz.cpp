@@ -1,8 +1,9 @@
-// What every target of library calls shares: memory with exact ends, the judgement of a call, and the entry points of the
-// fuzzer. An input is a list of calls of callBytes bytes each, the first two being the member's number.
+// What every target of library calls shares: memory with exact ends, the judgement of a call, and the entry points of
+// the fuzzer. An input is a list of calls of callBytes bytes each, the first two being the member's number.
 //
-// Environment: RVXCV_FUZZ_TRACE=1 prints every call before it is made. RVXCV_FUZZ_REACHED=FILE appends, at the end, the names
-// of the functions that succeeded at least once. RVXCV_FUZZ_SEEDS=FOLDER writes seeds that let every member succeed, and ends.
+// Environment: RVXCV_FUZZ_TRACE=1 prints every call before it is made. RVXCV_FUZZ_REACHED=FILE appends, at the end, the
+// names of the functions that succeeded at least once. RVXCV_FUZZ_SEEDS=FOLDER writes seeds that let every member
+// succeed, and ends.
 #include "call.h"
 
 #include <sanitizer/asan_interface.h>
@@ -47,7 +48,8 @@ void writeReached() {
 
 // --------------------------------------------------------------------------------------------------------- guards
 
-// Areas in front of an unmapped page. What is not in use is poisoned, so that bytes in front of a block are watched too.
+// Areas in front of an unmapped page. What is not in use is poisoned, so that bytes in front of a block are watched
+// too.
 class Guards {
 public:
     static constexpr int count = 32;
@@ -56,7 +58,8 @@ public:
     Guards() {
         constexpr std::size_t page = 4096;
         for (Slot &slot : slots_) {
-            void *const map = mmap(nullptr, bytes + page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+            void *const map =
+                mmap(nullptr, bytes + page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
             if (map == MAP_FAILED || mprotect(map, bytes, PROT_READ | PROT_WRITE) != 0) {
                 std::abort();
             }
@@ -106,8 +109,12 @@ std::uint32_t nextRandom(std::uint32_t &state) {
 
 template <class T> T pixel(std::uint32_t random, std::uint8_t contents) {
     constexpr bool real = std::is_floating_point_v<T>;
-    constexpr T extremes[] = {T{0}, T{1}, std::numeric_limits<T>::max(), std::numeric_limits<T>::lowest(),
-                              static_cast<T>(-1), real ? std::numeric_limits<T>::quiet_NaN() : T{2},
+    constexpr T extremes[] = {T{0},
+                              T{1},
+                              std::numeric_limits<T>::max(),
+                              std::numeric_limits<T>::lowest(),
+                              static_cast<T>(-1),
+                              real ? std::numeric_limits<T>::quiet_NaN() : T{2},
                               real ? std::numeric_limits<T>::infinity() : T{3},
                               real ? -std::numeric_limits<T>::infinity() : T{127},
                               real ? std::numeric_limits<T>::denorm_min() : static_cast<T>(255)};
@@ -237,7 +244,8 @@ void Memory::bind(bool entitled) {
     if (!entitled) {
         bytes_ = 0;
     }
-    // A block in front of the page stands where its length puts it, so a record's has the length of a multiple of 8 bytes.
+    // A block in front of the page stands where its length puts it, so a record's has the length of a multiple of 8
+    // bytes.
     if ((guarded_ || bytes == 0) && (!aligned_ || bytes % 8 == 0)) {
         slot_ = guards().take(static_cast<std::size_t>(bytes), data_);
     }
@@ -267,7 +275,8 @@ bool Memory::intact(bool everything) const {
     std::int64_t at = 0;
     for (std::int64_t row = 0; row < rows_ && bytes_ > 0; ++row) {
         const std::int64_t begin = first_ + row * step_;
-        if (std::memcmp(&before_[static_cast<std::size_t>(at)], data_ + at, static_cast<std::size_t>(begin - at)) != 0) {
+        if (std::memcmp(&before_[static_cast<std::size_t>(at)], data_ + at, static_cast<std::size_t>(begin - at)) !=
+            0) {
             return false;
         }
         at = begin + rowBytes_;

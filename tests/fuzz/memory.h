@@ -1,5 +1,5 @@
-// Memory that ends where the last byte of an image, a list or a scratch area ends: in front of an unmapped page, or in a
-// heap block between the red zones of the address sanitizer. What arguments do not entitle a function to has no byte.
+// Memory that ends where the last byte of an image, a list or a scratch area ends: in front of an unmapped page, or in
+// a heap block between the red zones of the address sanitizer. What arguments do not entitle a function to has no byte.
 #pragma once
 
 #include "reader.h"
@@ -72,8 +72,8 @@ public:
     bool legal() const { return legal_; }
     // Takes memory of the exact size if `entitled`, else none at all, and fills it; what has memory already keeps it.
     void bind(bool entitled);
-    // Remembers the bytes; afterwards tells whether those that must not change have kept their value: all of them, or those
-    // between rows and around the region.
+    // Remembers the bytes; afterwards tells whether those that must not change have kept their value: all of them, or
+    // those between rows and around the region.
     void remember() const;
     bool intact(bool everything) const;
 
@@ -85,7 +85,7 @@ protected:
     bool guarded_ = true, aligned_ = false;
     Element element_ = Element::u8;
     std::uint8_t contents_ = 0;
-    std::int64_t bytes_ = 0;                                  // of the block
+    std::int64_t bytes_ = 0;                                      // of the block
     std::int64_t first_ = 0, rows_ = 1, rowBytes_ = 0, step_ = 0; // of the region in it
     std::uint8_t *data_ = nullptr;
 

@@ -7,9 +7,9 @@ namespace {
 
 using namespace fuzz;
 
-constexpr std::initializer_list<StatusCode> morphStatuses = {StatusBadArgument, StatusBadBorder, StatusBadContext,
-                                                             StatusBadAnchor, StatusBadMaskSize, StatusNoMemory,
-                                                             StatusOutOfRange, StatusInPlaceNotSupported};
+constexpr std::initializer_list<StatusCode> morphStatuses = {
+    StatusBadArgument, StatusBadBorder, StatusBadContext, StatusBadAnchor,
+    StatusBadMaskSize, StatusNoMemory,  StatusOutOfRange, StatusInPlaceNotSupported};
 
 // The bytes of a mask; nothing where a side is nonsense.
 std::int64_t area(RoiSize mask) {
@@ -21,7 +21,8 @@ std::int64_t area(RoiSize mask) {
 
 template <class T>
 void rankFilter(Call &call,
-                StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, RoiSize, Point2i, std::uint8_t *),
+                StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, RoiSize, Point2i,
+                                     std::uint8_t *),
                 StatusCode (*sizeQuery)(std::int32_t, RoiSize, std::int32_t *)) {
     call.documented(morphStatuses);
     const std::int32_t channels = channelsOf(member);
@@ -49,10 +50,13 @@ template <class T> Shape overlapping(RoiSize roi, std::int64_t channels, Margin 
 // The region that a record is made for: mostly the one it serves.
 std::int32_t recordWidth(Call &call, std::int32_t width) {
     const std::uint8_t choice = call.in.byte();
-    return choice < 160 ? width : choice < 240 ? std::min(width, 1 << 16) + choice % 8 - 2 : call.in.any<std::int32_t>();
+    return choice < 160   ? width
+           : choice < 240 ? std::min(width, 1 << 16) + choice % 8 - 2
+                          : call.in.any<std::int32_t>();
 }
 
-// ----------------------------------------------------------------------------------------------------- erosion, dilation
+// ----------------------------------------------------------------------------------------------------- erosion,
+// dilation
 
 using WidthSizes = StatusCode (*)(std::int32_t, RoiSize, std::int32_t *, std::int32_t *);
 using RegionSizes = StatusCode (*)(RoiSize, RoiSize, std::int32_t *, std::int32_t *);
@@ -146,7 +150,8 @@ void stateFree(Call &call, decltype(&rvxiMorphologyFree) member) {
     }
 }
 
-// ------------------------------------------------------------------------------------------------------------ compounds
+// ------------------------------------------------------------------------------------------------------------
+// compounds
 
 using AdvInit = StatusCode (*)(RoiSize, const std::uint8_t *, RoiSize, MorphAdvSpec *, std::uint8_t *);
 using AdvInitAlloc = StatusCode (*)(MorphAdvSpec **, RoiSize, const std::uint8_t *, RoiSize);
@@ -156,7 +161,9 @@ void compound(Call &call, F member, RegionSizes sizeQuery, AdvInit init, AdvInit
     call.documented(morphStatuses);
     const RoiSize roi = call.in.roi(), mask = call.in.mask();
     const std::uint8_t choice = call.in.byte();
-    const RoiSize made = choice < 160 ? roi : choice < 240 ? RoiSize{recordWidth(call, roi.width), roi.height} : call.in.roi();
+    const RoiSize made = choice < 160   ? roi
+                         : choice < 240 ? RoiSize{recordWidth(call, roi.width), roi.height}
+                                        : call.in.roi();
     Array<const std::uint8_t> maskBytes(call.in, area(mask));
     const auto sizes = call.sizes(sizeQuery, made, mask);
     Record<MorphAdvSpec> spec(sizes.record);
@@ -188,12 +195,13 @@ void advFree(Call &call, decltype(&rvxiMorphAdvFree) member) {
     }
 }
 
-// ----------------------------------------------------------------------------------------------------------------- grey
+// -----------------------------------------------------------------------------------------------------------------
+// grey
 
 template <class T, class K>
 void grey(Call &call,
-          StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, BorderKind, T, const GrayMorphSpec *,
-                               std::uint8_t *),
+          StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, BorderKind, T,
+                               const GrayMorphSpec *, std::uint8_t *),
           WidthSizes sizeQuery, StatusCode (*init)(std::int32_t, const K *, RoiSize, GrayMorphSpec *)) {
     call.documented(morphStatuses);
     const RoiSize roi = call.in.roi(), mask = call.in.mask();
@@ -284,50 +292,80 @@ const std::vector<fuzz::Member> fuzz::members = {
     MEMBER(replicated, rvxiDilateBorderReplicate_32f_C4R, rvxiMorphologyGetSize_32f_C4R, rvxiMorphologyInit_32f_C4R,
            rvxiMorphologyInitAlloc_32f_C4R),
     MEMBER(advFree, rvxiMorphAdvFree),
-    MEMBER(compound, rvxiMorphOpenBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R, rvxiMorphAdvInitAlloc_8u_C1R),
-    MEMBER(compound, rvxiMorphOpenBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R, rvxiMorphAdvInitAlloc_8u_C3R),
-    MEMBER(compound, rvxiMorphOpenBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R, rvxiMorphAdvInitAlloc_8u_C4R),
+    MEMBER(compound, rvxiMorphOpenBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R,
+           rvxiMorphAdvInitAlloc_8u_C1R),
+    MEMBER(compound, rvxiMorphOpenBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R,
+           rvxiMorphAdvInitAlloc_8u_C3R),
+    MEMBER(compound, rvxiMorphOpenBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R,
+           rvxiMorphAdvInitAlloc_8u_C4R),
     MEMBER(compound, rvxiMorphOpenBorder_16u_C1R, rvxiMorphAdvGetSize_16u_C1R, rvxiMorphAdvInit_16u_C1R),
     MEMBER(compound, rvxiMorphOpenBorder_16s_C1R, rvxiMorphAdvGetSize_16s_C1R, rvxiMorphAdvInit_16s_C1R),
-    MEMBER(compound, rvxiMorphOpenBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R, rvxiMorphAdvInitAlloc_32f_C1R),
-    MEMBER(compound, rvxiMorphOpenBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R, rvxiMorphAdvInitAlloc_32f_C3R),
-    MEMBER(compound, rvxiMorphOpenBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R, rvxiMorphAdvInitAlloc_32f_C4R),
+    MEMBER(compound, rvxiMorphOpenBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R,
+           rvxiMorphAdvInitAlloc_32f_C1R),
+    MEMBER(compound, rvxiMorphOpenBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R,
+           rvxiMorphAdvInitAlloc_32f_C3R),
+    MEMBER(compound, rvxiMorphOpenBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R,
+           rvxiMorphAdvInitAlloc_32f_C4R),
     MEMBER(compound, rvxiMorphOpenBorder_1u_C1R, rvxiMorphAdvGetSize_1u_C1R, rvxiMorphAdvInit_1u_C1R),
-    MEMBER(compound, rvxiMorphCloseBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R, rvxiMorphAdvInitAlloc_8u_C1R),
-    MEMBER(compound, rvxiMorphCloseBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R, rvxiMorphAdvInitAlloc_8u_C3R),
-    MEMBER(compound, rvxiMorphCloseBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R, rvxiMorphAdvInitAlloc_8u_C4R),
+    MEMBER(compound, rvxiMorphCloseBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R,
+           rvxiMorphAdvInitAlloc_8u_C1R),
+    MEMBER(compound, rvxiMorphCloseBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R,
+           rvxiMorphAdvInitAlloc_8u_C3R),
+    MEMBER(compound, rvxiMorphCloseBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R,
+           rvxiMorphAdvInitAlloc_8u_C4R),
     MEMBER(compound, rvxiMorphCloseBorder_16u_C1R, rvxiMorphAdvGetSize_16u_C1R, rvxiMorphAdvInit_16u_C1R),
     MEMBER(compound, rvxiMorphCloseBorder_16s_C1R, rvxiMorphAdvGetSize_16s_C1R, rvxiMorphAdvInit_16s_C1R),
-    MEMBER(compound, rvxiMorphCloseBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R, rvxiMorphAdvInitAlloc_32f_C1R),
-    MEMBER(compound, rvxiMorphCloseBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R, rvxiMorphAdvInitAlloc_32f_C3R),
-    MEMBER(compound, rvxiMorphCloseBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R, rvxiMorphAdvInitAlloc_32f_C4R),
+    MEMBER(compound, rvxiMorphCloseBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R,
+           rvxiMorphAdvInitAlloc_32f_C1R),
+    MEMBER(compound, rvxiMorphCloseBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R,
+           rvxiMorphAdvInitAlloc_32f_C3R),
+    MEMBER(compound, rvxiMorphCloseBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R,
+           rvxiMorphAdvInitAlloc_32f_C4R),
     MEMBER(compound, rvxiMorphCloseBorder_1u_C1R, rvxiMorphAdvGetSize_1u_C1R, rvxiMorphAdvInit_1u_C1R),
-    MEMBER(compound, rvxiMorphTophatBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R, rvxiMorphAdvInitAlloc_8u_C1R),
-    MEMBER(compound, rvxiMorphTophatBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R, rvxiMorphAdvInitAlloc_8u_C3R),
-    MEMBER(compound, rvxiMorphTophatBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R, rvxiMorphAdvInitAlloc_8u_C4R),
+    MEMBER(compound, rvxiMorphTophatBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R,
+           rvxiMorphAdvInitAlloc_8u_C1R),
+    MEMBER(compound, rvxiMorphTophatBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R,
+           rvxiMorphAdvInitAlloc_8u_C3R),
+    MEMBER(compound, rvxiMorphTophatBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R,
+           rvxiMorphAdvInitAlloc_8u_C4R),
     MEMBER(compound, rvxiMorphTophatBorder_16u_C1R, rvxiMorphAdvGetSize_16u_C1R, rvxiMorphAdvInit_16u_C1R),
     MEMBER(compound, rvxiMorphTophatBorder_16s_C1R, rvxiMorphAdvGetSize_16s_C1R, rvxiMorphAdvInit_16s_C1R),
-    MEMBER(compound, rvxiMorphTophatBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R, rvxiMorphAdvInitAlloc_32f_C1R),
-    MEMBER(compound, rvxiMorphTophatBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R, rvxiMorphAdvInitAlloc_32f_C3R),
-    MEMBER(compound, rvxiMorphTophatBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R, rvxiMorphAdvInitAlloc_32f_C4R),
+    MEMBER(compound, rvxiMorphTophatBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R,
+           rvxiMorphAdvInitAlloc_32f_C1R),
+    MEMBER(compound, rvxiMorphTophatBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R,
+           rvxiMorphAdvInitAlloc_32f_C3R),
+    MEMBER(compound, rvxiMorphTophatBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R,
+           rvxiMorphAdvInitAlloc_32f_C4R),
     MEMBER(compound, rvxiMorphTophatBorder_1u_C1R, rvxiMorphAdvGetSize_1u_C1R, rvxiMorphAdvInit_1u_C1R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R, rvxiMorphAdvInitAlloc_8u_C1R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R, rvxiMorphAdvInitAlloc_8u_C3R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R, rvxiMorphAdvInitAlloc_8u_C4R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R,
+           rvxiMorphAdvInitAlloc_8u_C1R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R,
+           rvxiMorphAdvInitAlloc_8u_C3R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R,
+           rvxiMorphAdvInitAlloc_8u_C4R),
     MEMBER(compound, rvxiMorphBlackhatBorder_16u_C1R, rvxiMorphAdvGetSize_16u_C1R, rvxiMorphAdvInit_16u_C1R),
     MEMBER(compound, rvxiMorphBlackhatBorder_16s_C1R, rvxiMorphAdvGetSize_16s_C1R, rvxiMorphAdvInit_16s_C1R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R, rvxiMorphAdvInitAlloc_32f_C1R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R, rvxiMorphAdvInitAlloc_32f_C3R),
-    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R, rvxiMorphAdvInitAlloc_32f_C4R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R,
+           rvxiMorphAdvInitAlloc_32f_C1R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R,
+           rvxiMorphAdvInitAlloc_32f_C3R),
+    MEMBER(compound, rvxiMorphBlackhatBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R,
+           rvxiMorphAdvInitAlloc_32f_C4R),
     MEMBER(compound, rvxiMorphBlackhatBorder_1u_C1R, rvxiMorphAdvGetSize_1u_C1R, rvxiMorphAdvInit_1u_C1R),
-    MEMBER(compound, rvxiMorphGradientBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R, rvxiMorphAdvInitAlloc_8u_C1R),
-    MEMBER(compound, rvxiMorphGradientBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R, rvxiMorphAdvInitAlloc_8u_C3R),
-    MEMBER(compound, rvxiMorphGradientBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R, rvxiMorphAdvInitAlloc_8u_C4R),
+    MEMBER(compound, rvxiMorphGradientBorder_8u_C1R, rvxiMorphAdvGetSize_8u_C1R, rvxiMorphAdvInit_8u_C1R,
+           rvxiMorphAdvInitAlloc_8u_C1R),
+    MEMBER(compound, rvxiMorphGradientBorder_8u_C3R, rvxiMorphAdvGetSize_8u_C3R, rvxiMorphAdvInit_8u_C3R,
+           rvxiMorphAdvInitAlloc_8u_C3R),
+    MEMBER(compound, rvxiMorphGradientBorder_8u_C4R, rvxiMorphAdvGetSize_8u_C4R, rvxiMorphAdvInit_8u_C4R,
+           rvxiMorphAdvInitAlloc_8u_C4R),
     MEMBER(compound, rvxiMorphGradientBorder_16u_C1R, rvxiMorphAdvGetSize_16u_C1R, rvxiMorphAdvInit_16u_C1R),
     MEMBER(compound, rvxiMorphGradientBorder_16s_C1R, rvxiMorphAdvGetSize_16s_C1R, rvxiMorphAdvInit_16s_C1R),
-    MEMBER(compound, rvxiMorphGradientBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R, rvxiMorphAdvInitAlloc_32f_C1R),
-    MEMBER(compound, rvxiMorphGradientBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R, rvxiMorphAdvInitAlloc_32f_C3R),
-    MEMBER(compound, rvxiMorphGradientBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R, rvxiMorphAdvInitAlloc_32f_C4R),
+    MEMBER(compound, rvxiMorphGradientBorder_32f_C1R, rvxiMorphAdvGetSize_32f_C1R, rvxiMorphAdvInit_32f_C1R,
+           rvxiMorphAdvInitAlloc_32f_C1R),
+    MEMBER(compound, rvxiMorphGradientBorder_32f_C3R, rvxiMorphAdvGetSize_32f_C3R, rvxiMorphAdvInit_32f_C3R,
+           rvxiMorphAdvInitAlloc_32f_C3R),
+    MEMBER(compound, rvxiMorphGradientBorder_32f_C4R, rvxiMorphAdvGetSize_32f_C4R, rvxiMorphAdvInit_32f_C4R,
+           rvxiMorphAdvInitAlloc_32f_C4R),
     MEMBER(compound, rvxiMorphGradientBorder_1u_C1R, rvxiMorphAdvGetSize_1u_C1R, rvxiMorphAdvInit_1u_C1R),
     MEMBER(grey, rvxiGrayErodeBorder_8u_C1R, rvxiGrayMorphologyGetSize_8u_C1R, rvxiGrayMorphologyInit_8u_C1R),
     MEMBER(grey, rvxiGrayErodeBorder_32f_C1R, rvxiGrayMorphologyGetSize_32f_C1R, rvxiGrayMorphologyInit_32f_C1R),

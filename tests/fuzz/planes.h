@@ -65,8 +65,7 @@ void planes(Call &call, StatusCode (*member)(A *, std::int32_t, B *, std::int32_
 }
 
 template <class A, class B, class C, class... P, class Size = NoScratch>
-void planes(Call &call,
-            StatusCode (*member)(A *, std::int32_t, B *, std::int32_t, C *, std::int32_t, RoiSize, P...),
+void planes(Call &call, StatusCode (*member)(A *, std::int32_t, B *, std::int32_t, C *, std::int32_t, RoiSize, P...),
             Size size = {}) {
     call.documented(planeStatuses);
     const RoiSize roi = call.in.roi();

@@ -12,9 +12,9 @@ RoiSize doubled(RoiSize roi) {
 }
 
 template <class T>
-void step5x5(Call &call,
-             StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, std::uint8_t *),
-             StatusCode (*sizeQuery)(std::int32_t, PixelTypeCode, std::int32_t, std::int32_t *), RoiSize (*other)(RoiSize)) {
+void step5x5(Call &call, StatusCode (*member)(const T *, std::int32_t, T *, std::int32_t, RoiSize, std::uint8_t *),
+             StatusCode (*sizeQuery)(std::int32_t, PixelTypeCode, std::int32_t, std::int32_t *),
+             RoiSize (*other)(RoiSize)) {
     const std::int32_t channels = channelsOf(member);
     const PixelTypeCode type = std::is_same_v<T, std::uint8_t>  ? PixelType8u
                                : std::is_same_v<T, std::int8_t> ? PixelType8s
@@ -60,8 +60,7 @@ void recordFree(Call &call, decltype(&rvxiPyramidFree) member) {
 }
 
 template <class T, class K, class State>
-void layer(Call &call,
-           StatusCode (*member)(const T *, std::int32_t, RoiSize, T *, std::int32_t, RoiSize, State *),
+void layer(Call &call, StatusCode (*member)(const T *, std::int32_t, RoiSize, T *, std::int32_t, RoiSize, State *),
            StatusCode (*init)(State **, RoiSize, float, const K *, std::int32_t, std::int32_t),
            StatusCode (*release)(State *)) {
     call.documented({StatusBadArgument, StatusNoMemory, StatusKernelNotSymmetric});
@@ -93,7 +92,9 @@ void layer(Call &call,
         rvxiGetPyramidUpROI(roi, &ignored, &dstRoi, rate);
     }
     const std::uint8_t choice = call.in.byte();
-    dstRoi = choice < 200 ? dstRoi : choice < 240 ? RoiSize{dstRoi.width - choice % 3, dstRoi.height + choice % 2} : call.in.roi();
+    dstRoi = choice < 200   ? dstRoi
+             : choice < 240 ? RoiSize{dstRoi.width - choice % 3, dstRoi.height + choice % 2}
+                            : call.in.roi();
     Image<const T> src(call.in, roi, channels);
     Image<T> dst(call.in, dstRoi, channels);
     call.run(member, src, roi, dst, dstRoi, *state.data());
@@ -123,10 +124,14 @@ const std::vector<fuzz::Member> fuzz::members = {
     MEMBER(recordFree, rvxiPyramidFree),
     MEMBER(layer, rvxiPyramidLayerDown_8u_C1R, rvxiPyramidLayerDownInitAlloc_8u_C1R, rvxiPyramidLayerDownFree_8u_C1R),
     MEMBER(layer, rvxiPyramidLayerDown_8u_C3R, rvxiPyramidLayerDownInitAlloc_8u_C3R, rvxiPyramidLayerDownFree_8u_C3R),
-    MEMBER(layer, rvxiPyramidLayerDown_16u_C1R, rvxiPyramidLayerDownInitAlloc_16u_C1R, rvxiPyramidLayerDownFree_16u_C1R),
-    MEMBER(layer, rvxiPyramidLayerDown_16u_C3R, rvxiPyramidLayerDownInitAlloc_16u_C3R, rvxiPyramidLayerDownFree_16u_C3R),
-    MEMBER(layer, rvxiPyramidLayerDown_32f_C1R, rvxiPyramidLayerDownInitAlloc_32f_C1R, rvxiPyramidLayerDownFree_32f_C1R),
-    MEMBER(layer, rvxiPyramidLayerDown_32f_C3R, rvxiPyramidLayerDownInitAlloc_32f_C3R, rvxiPyramidLayerDownFree_32f_C3R),
+    MEMBER(layer, rvxiPyramidLayerDown_16u_C1R, rvxiPyramidLayerDownInitAlloc_16u_C1R,
+           rvxiPyramidLayerDownFree_16u_C1R),
+    MEMBER(layer, rvxiPyramidLayerDown_16u_C3R, rvxiPyramidLayerDownInitAlloc_16u_C3R,
+           rvxiPyramidLayerDownFree_16u_C3R),
+    MEMBER(layer, rvxiPyramidLayerDown_32f_C1R, rvxiPyramidLayerDownInitAlloc_32f_C1R,
+           rvxiPyramidLayerDownFree_32f_C1R),
+    MEMBER(layer, rvxiPyramidLayerDown_32f_C3R, rvxiPyramidLayerDownInitAlloc_32f_C3R,
+           rvxiPyramidLayerDownFree_32f_C3R),
     MEMBER(layer, rvxiPyramidLayerUp_8u_C1R, rvxiPyramidLayerUpInitAlloc_8u_C1R, rvxiPyramidLayerUpFree_8u_C1R),
     MEMBER(layer, rvxiPyramidLayerUp_8u_C3R, rvxiPyramidLayerUpInitAlloc_8u_C3R, rvxiPyramidLayerUpFree_8u_C3R),
     MEMBER(layer, rvxiPyramidLayerUp_16u_C1R, rvxiPyramidLayerUpInitAlloc_16u_C1R, rvxiPyramidLayerUpFree_16u_C1R),

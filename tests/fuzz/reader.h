@@ -1,5 +1,5 @@
-// Numbers out of a fuzzer's bytes. A zero byte always means the most ordinary choice, and behind the end come zeros: short
-// inputs are sensible calls, and whatever a mutation does to a byte changes one decision alone.
+// Numbers out of a fuzzer's bytes. A zero byte always means the most ordinary choice, and behind the end come zeros:
+// short inputs are sensible calls, and whatever a mutation does to a byte changes one decision alone.
 #pragma once
 
 #include "rvxcv.h"
@@ -110,8 +110,8 @@ private:
     }
 
     double anyReal() {
-        constexpr double usual[] = {0,       -0.0,     1,    -1,    0.5,     2,   255,
-                                    1e9,     -1e9,     1e30, -1e30, 1e-30,   0.1, static_cast<double>(FLT_MAX),
+        constexpr double usual[] = {0,       -0.0,     1,    -1,    0.5,   2,   255,
+                                    1e9,     -1e9,     1e30, -1e30, 1e-30, 0.1, static_cast<double>(FLT_MAX),
                                     FLT_MIN, -FLT_MAX, 1e-42};
         const std::uint8_t kind = byte();
         if (kind < 64) {

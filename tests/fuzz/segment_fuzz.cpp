@@ -15,7 +15,8 @@ template <class... P> int costCount(StatusCode (*member)(P...)) {
 template <class M> std::vector<M> costs(Call &call, int count) {
     std::vector<M> values;
     for (int i = 0; i < count; ++i) {
-        values.push_back(std::is_integral_v<M> ? static_cast<M>(call.in.within(1, 12)) : static_cast<M>(call.in.real(0.5F, 4)));
+        values.push_back(std::is_integral_v<M> ? static_cast<M>(call.in.within(1, 12))
+                                               : static_cast<M>(call.in.real(0.5F, 4)));
     }
     return values;
 }
@@ -55,8 +56,7 @@ void usualCosts(Call &call, decltype(&rvxiGetDistanceTransformMask) member) {
 }
 
 // An argument of a fill: the value, a delta, three of them, the record, or the scratch.
-template <class T, class... P>
-void flood(Call &call, StatusCode (*member)(T *, std::int32_t, RoiSize, Point2i, P...)) {
+template <class T, class... P> void flood(Call &call, StatusCode (*member)(T *, std::int32_t, RoiSize, Point2i, P...)) {
     call.documented({StatusOutOfRange});
     const std::int64_t channels = channelsOf(member);
     const bool gradient = std::string_view(nameOf(member)).find("_Grad") != std::string_view::npos;
@@ -75,8 +75,8 @@ void flood(Call &call, StatusCode (*member)(T *, std::int32_t, RoiSize, Point2i,
 
 template <class T>
 void inpaint(Call &call,
-             StatusCode (*member)(const T *, std::int32_t, const std::uint8_t *, std::int32_t, T *, std::int32_t, RoiSize,
-                                  std::int32_t, InpaintMethod, std::uint8_t *),
+             StatusCode (*member)(const T *, std::int32_t, const std::uint8_t *, std::int32_t, T *, std::int32_t,
+                                  RoiSize, std::int32_t, InpaintMethod, std::uint8_t *),
              StatusCode (*sizeQuery)(RoiSize, std::int32_t, std::int32_t *)) {
     call.documented({StatusBadArgument, StatusOutOfRange});
     const std::int32_t channels = channelsOf(member);
@@ -89,7 +89,8 @@ void inpaint(Call &call,
     Image<const std::uint8_t> mask(call.in, roi);
     Image<T> dst(call.in, roi, channels);
     Scratch buffer(call.in, call.size(sizeQuery, roi, radius));
-    call.run(member, src, mask, dst, roi, radius, call.in.oneOf<InpaintMethod>({InpaintMarch, InpaintDiffusion}), buffer);
+    call.run(member, src, mask, dst, roi, radius, call.in.oneOf<InpaintMethod>({InpaintMarch, InpaintDiffusion}),
+             buffer);
 }
 
 } // namespace
@@ -107,7 +108,8 @@ const std::vector<fuzz::Member> fuzz::members = {
     MEMBER(chamfer, rvxiDistanceTransform_3x3_8u32f_C1R),
     MEMBER(chamfer, rvxiDistanceTransform_5x5_8u32f_C1R),
     MEMBER(query, rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R),
-    MEMBER(planes, rvxiTrueDistanceTransform_8u32f_C1R, fuzz::ScratchOf{rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R}),
+    MEMBER(planes, rvxiTrueDistanceTransform_8u32f_C1R,
+           fuzz::ScratchOf{rvxiTrueDistanceTransformGetBufferSize_8u32f_C1R}),
     MEMBER(query, rvxiFloodFillGetSize),
     MEMBER(query, rvxiFloodFillGetSize_Grad),
     MEMBER(flood, rvxiFloodFill_4Con_8u_C1IR),

@@ -49,7 +49,8 @@ void deviation(Call &call, StatusCode (*member)(const S *, std::int32_t, const Q
         throw Abandon();
     }
     call.refuse(wrong);
-    // So far the windows of a region reach into the integral images; a step needs not cover a tilted window's last column.
+    // So far the windows of a region reach into the integral images; a step needs not cover a tilted window's last
+    // column.
     const std::int32_t below = tilted ? rect.y + rect.width + rect.height + 1 : rect.y + rect.height;
     const RoiSize read = wrong ? roi : grown(roi, rect.x + rect.width + (tilted ? 1 : 0), below);
     const std::int64_t elements = read.width - (tilted && !wrong ? 1 : 0);
