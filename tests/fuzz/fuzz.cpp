@@ -360,6 +360,7 @@ extern "C" const char *__asan_default_options() { return "allocator_may_return_n
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
     if (std::getenv("RVXCV_FUZZ_REACHED") != nullptr) {
+        fuzz::reached(); // made before the exit handler, and so destroyed after it
         std::atexit(fuzz::writeReached);
     }
     if (const char *const folder = std::getenv("RVXCV_FUZZ_SEEDS")) {

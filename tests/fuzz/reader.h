@@ -46,10 +46,13 @@ public:
         return choice < rare ? usual.begin()[choice % usual.size()] : any<T>();
     }
 
-    // Within lo..hi (at most 240 values apart), now and then any other.
+    // Within lo..hi (at most 224 values apart), now and then the neighbour of an end, or any other.
     std::int32_t within(std::int32_t lo, std::int32_t hi) {
         const std::uint8_t choice = byte();
-        return choice < rare ? lo + choice % (hi - lo + 1) : any<std::int32_t>();
+        if (choice < 224) {
+            return lo + choice % (hi - lo + 1);
+        }
+        return choice < 232 ? lo - 1 : choice < rare ? hi + 1 : any<std::int32_t>();
     }
 
     // A real number of the range in 240 steps, now and then any other.
@@ -71,10 +74,10 @@ public:
         return {width, within(1, most)};
     }
 
-    // Sizes of images: mostly up to 96 x 64, some wide and flat ones, and now and then nonsense.
+    // Sizes of images: up to 96 x 64, mostly flat, some very wide, and now and then nonsense.
     RoiSize roi() {
         const std::uint8_t kind = byte(), w = byte(), h = byte();
-        RoiSize roi = {1 + (w + 16) % 96, 1 + (h + 8) % 64};
+        RoiSize roi = {1 + (w + 16) % 96, 1 + (h + 8) % (w % 8 == 7 ? 64 : 20)};
         if (kind >= rare) {
             (kind % 2 == 0 ? roi.width : roi.height) = anyInteger();
             if (kind % 4 == 3) {
