@@ -120,7 +120,11 @@ template <class T> T pixel(std::uint32_t random, std::uint8_t contents) {
                               real ? std::numeric_limits<T>::denorm_min() : static_cast<T>(255)};
     switch (contents % 8) {
     case 0:
-        return static_cast<T>(real ? random % 65536 / 256.0 : random);
+        if constexpr (real) {
+            return static_cast<T>(random % 65536) / T{256};
+        } else {
+            return static_cast<T>(random);
+        }
     case 1:
         return static_cast<T>(contents / 8);
     case 2:

@@ -1,6 +1,8 @@
 // Integral images, deviations of rectangles, norms, means and extrema.
 #include "planes.h"
 
+#include <algorithm>
+
 namespace {
 
 using namespace fuzz;
@@ -44,18 +46,23 @@ void deviation(Call &call, StatusCode (*member)(const S *, std::int32_t, const Q
                          call.in.within(1, 9)};
     const bool wrong = rect.x < 0 || rect.y < 0 || rect.width < 1 || rect.height < 1 ||
                        (tilted && rect.x < std::int64_t{rect.height} - 1);
-    constexpr std::int32_t most = 4096;
-    if (!wrong && (rect.x > most || rect.y > most || rect.width > most || rect.height > most)) {
-        throw Abandon();
-    }
     call.refuse(wrong);
     // So far the windows of a region reach into the integral images; a step needs not cover a tilted window's last
-    // column.
-    const std::int32_t below = tilted ? rect.y + rect.width + rect.height + 1 : rect.y + rect.height;
-    const RoiSize read = wrong ? roi : grown(roi, rect.x + rect.width + (tilted ? 1 : 0), below);
-    const std::int64_t elements = read.width - (tilted && !wrong ? 1 : 0);
-    Image<const S> sum(call.in, Shape{read, 1, {}, elements * static_cast<std::int64_t>(sizeof(S))});
-    Image<const Q> sqr(call.in, Shape{read, 1, {}, elements * static_cast<std::int64_t>(sizeof(Q))});
+    // column. No step covers a window that is very wide. Of very high ones no step tells.
+    constexpr std::int32_t most = 4096;
+    const std::int64_t elements = std::int64_t{roi.width} + rect.x + rect.width;
+    const std::int64_t below = std::int64_t{rect.y} + rect.height + (tilted ? std::int64_t{rect.width} + 1 : 0);
+    if (!wrong && elements <= most && below > most) {
+        throw Abandon();
+    }
+    RoiSize read = roi;
+    if (!wrong && roi.width > 0 && roi.height > 0) {
+        read.width = static_cast<std::int32_t>(std::min<std::int64_t>(elements + (tilted ? 1 : 0), INT32_MAX));
+        read.height = static_cast<std::int32_t>(std::min<std::int64_t>(roi.height + below, INT32_MAX));
+    }
+    const std::int64_t least = std::max<std::int64_t>(wrong ? 0 : elements, 0);
+    Image<const S> sum(call.in, Shape{read, 1, {}, least * static_cast<std::int64_t>(sizeof(S))});
+    Image<const Q> sqr(call.in, Shape{read, 1, {}, least * static_cast<std::int64_t>(sizeof(Q))});
     Image<D> dst(call.in, roi);
     call.run(member, sum, sqr, dst, roi, rect, call.in.any<P>()...);
 }
