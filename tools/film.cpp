@@ -15,6 +15,7 @@ namespace tools {
 namespace {
 
 constexpr int largestSide = 1 << 15;
+constexpr std::int64_t mostPixels = std::int64_t{1} << 28; // as of pictures: a header alone must not take all memory
 
 std::uint8_t level(double value) { return static_cast<std::uint8_t>(std::clamp(std::lround(value), 0L, 255L)); }
 
@@ -81,6 +82,9 @@ void Y4mReader::parseHeader(const std::string &line) {
     }
     if (width_ == 0 || height_ == 0) {
         fail("broken film: its header has no size");
+    }
+    if (std::int64_t{width_} * height_ > mostPixels) {
+        fail("broken film: unreasonable size " + std::to_string(width_) + "x" + std::to_string(height_));
     }
     parseChroma(chroma);
 }

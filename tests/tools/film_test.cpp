@@ -80,6 +80,7 @@ TEST(Film, BrokenFilmsAreRefused) {
         {"YUV4MPEG2 W0 H2\n" + good, "unreasonable size W0"},
         {"YUV4MPEG2 W4 H2x\n" + good, "unreasonable size H2x"},
         {"YUV4MPEG2 W99999999999 H2\n" + good, "unreasonable size"},
+        {"YUV4MPEG2 W32768 H32768\n" + good, "unreasonable size 32768x32768"},
         {"YUV4MPEG2 W4 H2 C420p10\n" + good, "C420p10"},
         {"YUV4MPEG2 W4 H2 Cmono16\n" + good, "8-bit"},
         {header, "no frames"},
