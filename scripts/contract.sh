@@ -4,12 +4,12 @@
 # Builds the contract program (tests/contract), runs it in every way below and compares what it prints: all runs with
 # each other and with tests/contract/hashes.txt; values that have a bound, in tests/contract/values.txt, within it.
 #
-#   release     gcc -O3                              threads   the same program, eight threads at once
-#   clang       clang -O3                            emulated  the same program on an emulated processor
-#   contract    gcc -O0, address and undefined-behaviour sanitizers
+#   release     gcc -O3                              threads   the same, eight threads at once
+#   clang       clang -O3                            emulated  the same on an emulated processor
+#   sanitize    clang -O0, address and undefined-behaviour sanitizers
 #
-# --accept writes both files from the release build. --step (in ./dev test) takes the sanitized build that the tests
-# have made, which is -O1, since compiling all at -O0 takes minutes.
+# The program knows the library by its interface alone: one build of it runs with each. --accept writes both files from
+# the release build; --step is how ./dev test calls it.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -32,6 +32,16 @@ beyond_bounds() {
         }
         if (bad) print
     }'
+}
+
+# The folder of a preset's libraries; fails unless the program takes them from there.
+libraries() {
+    local folder=$PWD/build/$1/lib
+    LD_LIBRARY_PATH=$folder ldd "$program" | grep -qF "$folder/librvxcvl9.so" || {
+        echo "contract: the program does not take its library from $folder" >&2
+        return 1
+    }
+    echo "$folder"
 }
 
 # print_as NAME COMMAND...: what the program prints, into the files NAME.hashes and NAME.values.
@@ -74,7 +84,8 @@ run() {
 run_emulated() {
     local begin=$SECONDS
     print_as emulated qemu-x86_64 -cpu max "$program" --guards no || return 0
-    print_as emulated-clang qemu-x86_64 -cpu max build/clang/bin/rvxcv_contract --guards no || return 0
+    print_as emulated-clang qemu-x86_64 -cpu max -E "LD_LIBRARY_PATH=$clang" "$program" --guards no ||
+        return 0
     paste -d ' ' "$hashes" "$out/emulated.hashes" "$out/emulated-clang.hashes" | awk '{
         gcc += $4 != $2
         clang += $6 != $2
@@ -86,10 +97,6 @@ run_emulated() {
 
 need "${build_packages[@]}" "${test_packages[@]}"
 mkdir -p "$out"
-sanitized=contract
-if [[ ${1:-} == --step ]]; then
-    sanitized=sanitize
-fi
 configure_and_build release rvxcv_contract >"$out/build.log" || {
     cat "$out/build.log"
     exit 1
@@ -100,16 +107,19 @@ if [[ ${1:-} == --accept ]]; then
     git --no-pager diff --stat -- "$hashes" "$values"
     exit
 fi
-for preset in clang "$sanitized"; do
-    configure_and_build "$preset" rvxcv_contract >"$out/build.log" || {
+for preset in clang sanitize; do
+    configure_and_build "$preset" rvxcvl9 >"$out/build.log" || {
         cat "$out/build.log"
         exit 1
     }
 done
+clang=$(libraries clang)
+sanitized=$(libraries sanitize)
+runtime=$(clang++ -print-file-name=libclang_rt.asan-x86_64.so)
 
 run release "$program"
 run threads "$program" --threads 8
-run clang build/clang/bin/rvxcv_contract
-run "$sanitized" "build/$sanitized/bin/rvxcv_contract"
+run clang env "LD_LIBRARY_PATH=$clang" "$program"
+run sanitize env "LD_LIBRARY_PATH=$sanitized" "LD_PRELOAD=$runtime" "$program"
 run_emulated
 exit "$status"

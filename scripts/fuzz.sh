@@ -11,7 +11,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # shellcheck source=scripts/common.sh
 source scripts/common.sh
 
-binaries=build/fuzz/bin/fuzz
+binaries=build/sanitize/bin/fuzz
 seeds=tests/fuzz/seeds
 found=out/fuzz
 export UBSAN_OPTIONS=print_stacktrace=1
@@ -72,7 +72,7 @@ report() {
 
 need "${build_packages[@]}" clang libclang-rt-dev
 mkdir -p build "$found"
-configure_and_build fuzz rvxcv_fuzz
+configure_and_build sanitize rvxcv_fuzz
 mapfile -t targets < <(cd "$binaries" && printf '%s\n' *)
 
 case ${1:-} in
