@@ -39,9 +39,10 @@ bool inChains(const MorphTask<T> &task, Window window, Plane<const T> other) {
             return true;
         }
     }
-    // A row's two ends cost about as much as 100 bytes.
-    constexpr std::int64_t longRow = 512;
-    if ((both || task.roi.width * task.pixelBytes() >= longRow) &&
+    // A row's two ends cost about as much as 100 bytes; the rows under a window stay in the first-level cache.
+    constexpr std::int64_t shortest = 512, longest = 6 * 1024;
+    const std::int64_t rowBytes = task.roi.width * task.pixelBytes();
+    if ((both || (rowBytes >= shortest && rowBytes <= longest)) &&
         inChain<T, Op, Result, channels, 5, 5>(task, window, other)) {
         return true;
     }
