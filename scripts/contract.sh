@@ -59,7 +59,7 @@ print_as() {
 # compare NAME SECONDS: those files with what is accepted.
 compare() {
     local name=$1 differing beyond
-    differing=$(diff "$hashes" "$out/$name.hashes" | sed -n 's/^[<>] \([^ ]*\) .*/\1/p' | sort -u)
+    differing=$( (diff "$hashes" "$out/$name.hashes" || true) | sed -n 's/^[<>] \([^ ]*\) .*/\1/p' | sort -u)
     beyond=$(beyond_bounds "$out/$name.values" "$values")
     if [[ -n $differing || -n $beyond ]]; then
         echo "contract: $name: differs from $hashes or $values"
@@ -77,20 +77,35 @@ run() {
     fi
 }
 
+# Whether the object that defines a member gathers by vector register 4, in both builds.
+gathers_by_4() {
+    local preset object
+    for preset in release clang; do
+        object=$(grep -rlF "l9_$1" --include='*.o' "build/$preset/src/CMakeFiles/rvxcv_families.dir" | head -n 1)
+        # Counted, since a pipe that ends early is a failure.
+        [[ $(objdump -d --no-show-raw-insn "$object" | grep -c 'gather.*,%[xy]mm4,') != 0 ]] || return 1
+    done
+}
+
 # The emulated processor. -cpu max: every feature that the emulator has, AVX2 and FMA among them; named models ask for
 # some that it has not, and warn. No guard pages: the emulator (7.2) reads whole vectors where masked loads and scalar
 # fused multiply-adds read a part. It also takes a gather's index in vector register 4 for none at all. Which members
 # that hits is up to the compiler, so both compilers' builds run, and a member counts as alike when one of them is right.
+# A member that neither gets right is named, and passes only if both builds have that instruction in its source's code.
 run_emulated() {
-    local begin=$SECONDS
+    local begin=$SECONDS accepted of_gcc of_clang name
     print_as emulated qemu-x86_64 -cpu max "$program" --guards no || return 0
-    print_as emulated-clang qemu-x86_64 -cpu max -E "LD_LIBRARY_PATH=$clang" "$program" --guards no ||
-        return 0
-    paste -d ' ' "$hashes" "$out/emulated.hashes" "$out/emulated-clang.hashes" | awk '{
-        gcc += $4 != $2
-        clang += $6 != $2
-        print $3, ($4 == $2 ? $4 : $6) > "'"$out"'/emulated.merged"
-    } END { printf "contract: emulated: right in the other build only: %d of gcc, %d of clang\n", gcc, clang }'
+    print_as emulated-clang qemu-x86_64 -cpu max -E "LD_LIBRARY_PATH=$clang" "$program" --guards no || return 0
+    while read -r name accepted _ of_gcc _ of_clang; do
+        if [[ $of_gcc != "$accepted" && $of_clang == "$accepted" ]]; then
+            echo "contract: emulated: right in clang's build only: $name" >&2
+            of_gcc=$of_clang
+        elif [[ $of_gcc != "$accepted" ]] && gathers_by_4 "$name"; then
+            echo "contract: emulated: not comparable, gathers by vector register 4: $name" >&2
+            of_gcc=$accepted
+        fi
+        echo "$name $of_gcc"
+    done < <(paste -d ' ' "$hashes" "$out/emulated.hashes" "$out/emulated-clang.hashes") >"$out/emulated.merged"
     mv "$out/emulated.merged" "$out/emulated.hashes"
     compare emulated $((SECONDS - begin))
 }
