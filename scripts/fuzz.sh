@@ -14,6 +14,7 @@ source scripts/common.sh
 binaries=build/sanitize/bin/fuzz
 seeds=tests/fuzz/seeds
 found=out/fuzz
+learned=build/fuzz/corpus
 export UBSAN_OPTIONS=print_stacktrace=1
 
 # Each name of exports.def must have succeeded in a call of the seeds.
@@ -36,7 +37,7 @@ check_reached() {
 
 # run_target NAME SECONDS: one target; what it learns stays in the build folder.
 run_target() {
-    local name=$1 seconds=$2 corpus=build/fuzz/corpus/$1 length=4096 dictionary=tests/fuzz/dictionaries/$1 options=()
+    local name=$1 seconds=$2 corpus=$learned/$1 length=4096 dictionary=tests/fuzz/dictionaries/$1 options=()
     if [[ $name == *_fuzz ]]; then
         length=960 # thirty calls
     fi
@@ -87,7 +88,8 @@ case ${1:-} in
     exit
     ;;
 --step)
-    rm -rf build/fuzz/corpus # from the seeds: what earlier runs learned takes time to read
+    learned=build/fuzz/corpus.step # from the seeds alone: what longer runs learned takes time to read
+    rm -rf "$learned"
     seconds=$(((30 * jobs + ${#targets[@]} - 1) / ${#targets[@]}))
     ;;
 *) seconds=${1:-60} ;;
@@ -96,7 +98,7 @@ esac
 rm -f "$found"/*
 check_reached
 export -f run_target
-export binaries seeds found
+export binaries seeds found learned
 printf '%s\n' "${targets[@]}" | xargs -P "$jobs" -I NAME bash -c "run_target NAME $seconds"
 failed=0
 for target in "${targets[@]}"; do
