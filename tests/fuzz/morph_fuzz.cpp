@@ -146,7 +146,9 @@ void stateFree(Call &call, decltype(&rvxiMorphologyFree) member) {
     MorphState *state = nullptr;
     const std::uint8_t mask[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1};
     if (rvxiMorphologyInitAlloc_8u_C1R(20, mask, RoiSize{3, 3}, Point2i{1, 1}, &state) == StatusOk) {
-        call.run(member, state);
+        if (call.run(member, state) < 0) {
+            member(state); // the pointer was made null
+        }
     }
 }
 
@@ -191,7 +193,9 @@ void advFree(Call &call, decltype(&rvxiMorphAdvFree) member) {
     MorphAdvSpec *spec = nullptr;
     const std::uint8_t mask[9] = {1, 1, 1, 1, 1, 1, 1, 1, 1};
     if (rvxiMorphAdvInitAlloc_8u_C1R(&spec, RoiSize{20, 9}, mask, RoiSize{3, 3}) == StatusOk) {
-        call.run(member, spec);
+        if (call.run(member, spec) < 0) {
+            member(spec); // the pointer was made null
+        }
     }
 }
 

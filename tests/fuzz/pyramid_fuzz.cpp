@@ -55,7 +55,9 @@ void record(Call &call, decltype(&rvxiPyramidInitAlloc) member) {
 void recordFree(Call &call, decltype(&rvxiPyramidFree) member) {
     PyramidRecord *pyramid = nullptr;
     if (rvxiPyramidInitAlloc(&pyramid, 3, RoiSize{17, 9}, 2) == StatusOk) {
-        call.run(member, pyramid);
+        if (call.run(member, pyramid) < 0) {
+            member(pyramid); // the pointer was made null
+        }
     }
 }
 
