@@ -337,6 +337,11 @@ RVX_INLINE void filterRow(const std::uint8_t *const (&rows)[2 * reach + 1], cons
         for (std::int64_t x = last; x < end + reach; ++x) {
             outside(x);
         }
+        // The lanes behind them are loaded, too, and come to nothing in the end; they shall not be what was never
+        // written.
+        for (int p = 0; p < Filter::planes; ++p) {
+            store(sums.at(p, count + reach), I16x16{});
+        }
 
         walkRow<16, Sink::tail>(count, detail::HorizontalSums<Filter, Sink>{sums, sink, start});
     }
