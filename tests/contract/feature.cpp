@@ -21,7 +21,7 @@ template <class T>
 void canny(Run &run, StatusCode (*f)(const T *, std::int32_t, const T *, std::int32_t, std::uint8_t *, std::int32_t,
                                      RoiSize, float, float, std::uint8_t *)) {
     Sweep sweep(run);
-    Choice<Thresholds> thresholds(sweep, {{20, 90}, {0, 0}, {100.5F, 100.5F}, {40.25F, 3000}}, badThresholds);
+    Choice<Thresholds> thresholds(sweep, {{20, 45}, {0, 0}, {12, 30}, {33.25F, 40.5F}, {40.25F, 3000}}, badThresholds);
     // Half of the calls on derivatives of a kind, half on anything.
     const Picture picture = [](std::int64_t x, std::int64_t y, std::uint64_t seed) {
         return hills(x + 1, y, seed) - hills(x, y + 1, seed ^ 3);
@@ -58,7 +58,7 @@ void cannyBorder(Run &run, StatusCode (*f)(const std::uint8_t *, std::int32_t, s
                                {{CannyFilterScharr, Mask5x5}, {CannyFilterSobel, 7}, {1, Mask3x3}});
     Choice<std::int32_t> norm(sweep, {CannyNormL1, CannyNormL2}, {0, 3});
     Choice<BorderKind> border(sweep, bordersOf({BorderConstant, BorderReplicate}), {BorderMirror, 7});
-    Choice<Thresholds> thresholds(sweep, {{60, 200}, {0, 0}, {150.5F, 700.25F}}, badThresholds);
+    Choice<Thresholds> thresholds(sweep, {{60, 200}, {0, 0}, {45, 90}, {150.5F, 700.25F}}, badThresholds);
     Image<const std::uint8_t> src(sweep, {.picture = run.next() % 2 != 0 ? hills : blocks, .margin = [&] {
                                               return inMemory(border, filter.value().mask == Mask5x5 ? 2 : 1);
                                           }});
