@@ -270,7 +270,6 @@ constexpr Out out0{0}, out1{1}, out2{2}, out3{3};
 constexpr Scratch scratch;
 const I16 taps16[] = {1, 2, 1};
 const float tapsF[] = {0.25f, 0.5f, 0.25f};
-const U8 three8[] = {1, 2, 3};
 const float threeF[] = {1, 2, 3};
 
 TEST(BigImages, GiveWhatCloseRowsGive) {
