@@ -251,9 +251,9 @@ StatusCode rvxiFindPeaks3x3GetBufferSize_32f_C1R(int32_t width, int32_t *size);
  * are no corners.
  * @{ */
 
-/** Flags of the map. FastScore: corners are marked with their scores instead of 255. FastNonMax, only together with FastScore:
- * a corner stays when its score is greater than those at the four neighbours before it in scan order (above left,
- * above, above right, left) and not less than those at the four behind; what is no corner counts 0. */
+/** Flags of the map. FastScore: corners are marked with their scores instead of 255. FastNonMax, only together with
+ * FastScore: a corner stays when its score is greater than those at the four neighbours before it in scan order (above
+ * left, above, above right, left) and not less than those at the four behind; what is no corner counts 0. */
 enum {
     FastScore = 1, /**< scores instead of 255 */
     FastNonMax = 2 /**< only the strongest of neighbours */
