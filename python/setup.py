@@ -1,7 +1,12 @@
 """The package of Python. What it is made from is found by pkg-config: the headers, the library, the version."""
+import pathlib
+import sys
+
 import setuptools
 
-from build_raw import pkg_config
+sys.path.insert(0, str(pathlib.Path(__file__).parent))  # a build front end may start somewhere else
+
+from build_raw import pkg_config  # noqa: E402
 
 setuptools.setup(
     name="rvxcv",
