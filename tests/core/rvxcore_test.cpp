@@ -97,11 +97,11 @@ TEST(CacheSize, IsThatOfTheLargestCache) {
 
 TEST(CoreLibrary, ExportsItsFiveFunctionsAndNeedsLibcAlone) {
     const support::ElfFile file(RVXCV_CORE_LIBRARY_PATH);
+    EXPECT_EQ(file.dynamicStrings(DT_SONAME), std::set<std::string>{"librvxcore.so.8"});
+#ifndef RVXCV_SANITIZED // which exports counters and needs a runtime
     EXPECT_EQ(file.definedDynamicNames(),
               (std::set<std::string>{"rvxFree", "rvxGetCpuFeatures", "rvxGetEnabledCpuFeatures", "rvxGetMaxCacheSizeB",
                                      "rvxMalloc"}));
-    EXPECT_EQ(file.dynamicStrings(DT_SONAME), std::set<std::string>{"librvxcore.so.8"});
-#ifndef RVXCV_SANITIZED
     EXPECT_EQ(file.dynamicStrings(DT_NEEDED), std::set<std::string>{"libc.so.6"});
 #endif
 }
