@@ -29,9 +29,9 @@ template <class S, class D> struct PatchCall {
     }
 };
 
-// A scale factor's power of two, as a rule for samples.
+// A scale factor's power of two, as a rule for samples; of any factor, since it is formed before the factor is checked.
 bool isScaleFactor(std::int32_t scaleFactor) { return scaleFactor >= -16 && scaleFactor <= 16; }
-Scaled scaledBy(std::int32_t scaleFactor) { return {splat(std::ldexp(1.0f, -scaleFactor))}; }
+Scaled scaledBy(std::int32_t scaleFactor) { return {splat(std::scalbln(1.0f, -long{scaleFactor}))}; }
 
 template <class S, class D, class Rule> class PatchCopy {
 public:

@@ -227,7 +227,7 @@ template <class S, class D> void checkStatuses(bool part) {
     faults.values(StatusOutOfRange, &C::centre,
                   {{NAN, 1.5f}, {4, -INFINITY}, {3e9f, 1.5f}, {4, std::nextafter(-1e9f, -2e9f)}});
     if (C::scales) {
-        faults.values(StatusOutOfRange, &C::scaleFactor, {17, -17});
+        faults.values(StatusOutOfRange, &C::scaleFactor, {17, -17, INT32_MIN});
     }
     if (part) {
         faults.values(StatusError, &C::centre, {{-3, 1.5f}, {4, 5}});
