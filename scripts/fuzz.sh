@@ -45,7 +45,7 @@ run_target() {
         options=(-dict="$dictionary")
     fi
     mkdir -p "$corpus"
-    "$binaries/$name" -max_total_time="$seconds" -max_len="$length" -timeout=25 -rss_limit_mb=3000 \
+    "$binaries/$name" -seed="$seed" -max_total_time="$seconds" -max_len="$length" -timeout=25 -rss_limit_mb=3000 \
         -print_final_stats=1 -artifact_prefix="$found/$name-" "${options[@]}" "$corpus" "$seeds/$name" \
         >"$found/$name.log" 2>&1 || true
 }
@@ -76,6 +76,7 @@ mkdir -p build "$found"
 configure_and_build sanitize rvxcv_fuzz
 mapfile -t targets < <(cd "$binaries" && printf '%s\n' *)
 
+seed=0 # another one each time
 case ${1:-} in
 --seeds)
     for target in "${targets[@]}"; do
@@ -90,6 +91,7 @@ case ${1:-} in
 --step)
     learned=build/fuzz/corpus.step # from the seeds alone: what longer runs learned takes time to read
     rm -rf "$learned"
+    seed=1 # a step of the tests tries the same inputs each time, as far as it gets
     seconds=$(((30 * jobs + ${#targets[@]} - 1) / ${#targets[@]}))
     ;;
 *) seconds=${1:-60} ;;
@@ -98,7 +100,7 @@ esac
 rm -f "$found"/*
 check_reached
 export -f run_target
-export binaries seeds found learned
+export binaries seeds found seed learned
 printf '%s\n' "${targets[@]}" | xargs -P "$jobs" -I NAME bash -c "run_target NAME $seconds"
 failed=0
 for target in "${targets[@]}"; do
