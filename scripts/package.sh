@@ -74,6 +74,8 @@ make_packages() {
     manual >"$work/debian/rvxcv.1"
     # Debian's folder of libraries has the processor in its name; the preset sets it back.
     cmake build/release -DCMAKE_INSTALL_LIBDIR="lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)" >"$work/configure.log"
+    # The program is linked anew where its path to the library has to make room for the longer one.
+    cmake --build build/release --target rvxcv >>"$work/configure.log"
     DESTDIR=$PWD/$work/installed cmake --install build/release --prefix /usr >"$work/install.log"
     cmake --preset release >>"$work/configure.log"
     install_python
