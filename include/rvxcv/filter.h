@@ -420,8 +420,8 @@ StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t 
 
 /** @defgroup gaussian Gaussian filter
  * A Gaussian blur of odd size K >= 3 and standard deviation sigma (in pixels): the separable pipeline's row stage, then
- * its column stage, with one kernel for both. A specification record, filled once by rvxiFilterGaussianInit, serves any
- * number of images of one type, from several threads at once if each has a buffer of its own.
+ * its column stage, with one kernel for both. A record, filled once by rvxiFilterGaussianInit, serves any number of
+ * images of one type, from several threads at once if each has a buffer of its own.
  *
  * Kernel. With r = K / 2, for i = 0 .. K - 1 and x = i - r, the exponent in single precision, exp in double:
  *
@@ -454,19 +454,18 @@ StatusCode rvxiGenSobelKernel_32f(float *dst, int32_t n, int32_t order, int32_t 
  *   StatusBadDataType (the record is for another type).
  * @{ */
 
-/** The head of a specification record. */
+/** The head of a filter's record. */
 typedef struct GaussianSpec {
-    int32_t kernelSize; /**< K */
-    int32_t
-        coefficientOffset; /**< 20: the coefficients begin at the next multiple of 16 bytes from the record's start */
-    PixelTypeCode type;    /**< PixelType8u, 16u, 16s or 32f */
-    BorderKind border;     /**< kind and flags */
-    int32_t shift;         /**< the divisor is 1 << shift: 12 for 8u, 15 for 16u and 16s, 0 for 32f */
+    int32_t kernelSize;        /**< K */
+    int32_t coefficientOffset; /**< 20: coefficients begin at the next multiple of 16 bytes from the record's start */
+    PixelTypeCode type;        /**< PixelType8u, 16u, 16s or 32f */
+    BorderKind border;         /**< kind and flags */
+    int32_t shift;             /**< the divisor is 1 << shift: 12 for 8u, 15 for 16u and 16s, 0 for 32f */
 } GaussianSpec;
 
-/** @name Specification
+/** @name Record
  * @{ */
-/** Sizes and contents of the specification record. */
+/** Sizes and contents of a filter's record. */
 StatusCode rvxiFilterGaussianGetBufferSize(RoiSize roi, int32_t kernelSize, PixelTypeCode type, int32_t channels,
                                            int32_t *specSize, int32_t *bufferSize);
 StatusCode rvxiFilterGaussianInit(RoiSize roi, int32_t kernelSize, BorderKind border, PixelTypeCode type,
