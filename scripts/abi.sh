@@ -2,7 +2,7 @@
 # Compares the interface of both libraries with the one under version control, tests/abi/*.abi (libabigail's format).
 # Additions pass, anything else fails. abi.sh [--accept | --step]
 #
-# help:   abi [--accept]  * compare the interface with its baseline: additions pass, nothing else; --accept takes
+# help:   abi [--accept]  compare the interface with its baseline: additions pass, nothing else *; --accept takes
 # help:                   additions into the baseline, or everything once the soname is a new one
 # step
 set -euo pipefail

@@ -5,7 +5,7 @@
 
 build_packages=(cmake ninja-build g++ pkg-config libcli11-dev libpng-dev libjpeg62-turbo-dev
     nlohmann-json3-dev libpugixml-dev libgtest-dev libbenchmark-dev)
-test_packages=(clang qemu-user dpkg-dev file)
+test_packages=(clang libclang-rt-dev qemu-user)
 lint_packages=(clang clang-format clang-tidy shellcheck pycodestyle)
 jobs=$(nproc)
 

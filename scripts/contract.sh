@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# help: contract [--accept]  * every exported function on fixed arguments: the same bits from every build
+# help:   contract [--accept]
+# help:                   every exported function on fixed arguments: the same bits from every build *
 # step
 # Builds the contract program (tests/contract), runs it in every way below and compares what it prints: all runs with
 # each other and with tests/contract/hashes.txt; values that have a bound, in tests/contract/values.txt, within it.

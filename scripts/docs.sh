@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# help:   docs            * HTML pages in out/docs/html: a page a family, with pictures, members, costs and examples
+# help:   docs            HTML pages in out/docs/html: a page a family, with pictures, members, costs, examples *
 # step
 # With --check it only reads the headers and the table of families: ./dev lint does that, since all that is exported has
 # to have a text.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # help:   fuzz [SECONDS]  fuzz every target of tests/fuzz for so many seconds (default: 60), as many at a time as there are
-# help:                   processors; findings go to out/fuzz, with the command that repeats each
+# help:                   processors; findings go to out/fuzz, with the command that repeats each *
 # step
 #
 # `fuzz.sh --step` runs all targets for half a minute altogether, from the seeds, as a step of the tests. `fuzz.sh --seeds`

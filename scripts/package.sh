@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Debian packages from the finished release build: package.sh [--step]
 #
-# help:   package         * Debian packages in out/: library, development files, program
+# help:   package         Debian packages in out/: library, development files, program, Python *
 # step
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."

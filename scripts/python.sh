@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Python package into an environment of its own with pip, against a freshly installed library, and tests it there.
-# help:   python [ARG...]  the Python package: built and tested in build/python; ARGs go to pytest *
+# help:   python [ARG...] the Python package: built and tested in build/python; ARGs go to pytest *
 # step
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
